@@ -1,0 +1,8 @@
+#pragma once
+
+/// Marks what the library exports. The library is compiled with hidden visibility.
+#if defined(__GNUC__)
+#define ACCREDIT_EXPORT __attribute__((visibility("default")))
+#else
+#define ACCREDIT_EXPORT
+#endif

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/AccreditExport.h"
+#include "host/IMCEncoder.h"
+
+namespace MCMTD_NAMESPACE {
+
+/// A ready-made encoder of number categories, compared by value: 0.0 and -0.0 are one category, and
+/// so are all NaN.
+class ACCREDIT_EXPORT MCNumberEncoder : public IMCEncoder {
+public:
+    /// No categories; AddCategory adds them.
+    MCNumberEncoder() = default;
+
+    /// The categories in code order. A number given twice keeps its first code.
+    explicit MCNumberEncoder(const std::vector<double>& categories);
+
+    /// The code of the category, which is added behind the others if it is new.
+    int AddCategory(double value);
+
+    int GetValueType() const override;
+    int GetNumCategories() const override;
+    /// Always -1: numbers are not compared by their text.
+    double EncodeString(const std::string& value) const override;
+    double EncodeNumber(double value) const override;
+    /// Always an empty string.
+    std::string DecodeString(int code) const override;
+    /// The category, or the missing value for a code out of range.
+    double DecodeNumber(int code) const override;
+
+private:
+    int Find(double value) const;
+
+    std::vector<double> mCategories;
+    std::unordered_map<double, int> mCodes;
+    int mNaNCode = -1;
+};
+
+}  // namespace MCMTD_NAMESPACE

@@ -1,0 +1,152 @@
+#include "host/MCPMMLExporter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "host/internal/PMMLElements.h"
+#include "host/internal/PMMLVocabulary.h"
+#include "host/internal/XMLText.h"
+
+using MCCommon::MCStatus;
+using MCMTD_NAMESPACE::IMCEncoder;
+using MCMTD_NAMESPACE::IMCVariable;
+using MCMTD_NAMESPACE::MCUniStats;
+using MCMTD_NAMESPACE::MCVarList;
+using MCXML_NAMESPACE::XMLElement;
+using namespace MCDetail;
+
+namespace {
+
+MCStatus Deliver(ElementPtr made, XMLElement*& element) {
+    if (!made) return {MAStatusExportFailed, false};
+    element = made.release();
+    return {};
+}
+
+ElementPtr MakeHeader(const MCApplicInfo4XML* info, const std::string& description) {
+    ElementPtr header = NewElement(gHeader);
+    header->SetAttribute(gCopyright, gLegalNotice);
+    if (!description.empty() && !header->SetAttribute(gDescription, description)) return nullptr;
+    if (!info) return header;
+    if (!info->name.empty()) {
+        ElementPtr application = NewElement(gApplication);
+        if (!application->SetAttribute(gName, info->name)) return nullptr;
+        if (!info->version.empty() && !application->SetAttribute(gVersion, info->version)) {
+            return nullptr;
+        }
+        Adopt(*header, std::move(application));
+    }
+    if (!info->timestamp.empty()) {
+        ElementPtr timestamp = NewElement(gTimestamp);
+        if (!timestamp->SetText(info->timestamp)) return nullptr;
+        Adopt(*header, std::move(timestamp));
+    }
+    return header;
+}
+
+// The text of a category in documents, or nothing for a number that has none.
+std::optional<std::string> CategoryText(const IMCEncoder& encoder, bool numbers, int code) {
+    if (!numbers) return encoder.DecodeString(code);
+    const double number = encoder.DecodeNumber(code);
+    if (!std::isfinite(number)) return std::nullopt;
+    return FormatNumber(number);
+}
+
+const std::string& OptypeOf(int measureLevel) {
+    if (measureLevel == IMCVariable::MeasureLevelOrdinal) return gOrdinal;
+    return MCMTD_NAMESPACE::IsCategoricalLevel(measureLevel) ? gCategorical : gContinuous;
+}
+
+}  // namespace
+
+MCPMMLExporter::MCPMMLExporter(MCQueryCancel* /*queryCancel*/) {}
+
+MCPMMLExporter::~MCPMMLExporter() = default;
+
+XMLElement* MCPMMLExporter::ExportPMMLElement() const {
+    ElementPtr root = NewElement(gPMML);
+    root->SetAttribute(gVersion, gVersionNumber);
+    root->SetAttribute(gXmlns, gPMMLNamespace);
+    root->SetAttribute(gXmlnsXsi, gXSINamespace);
+    root->SetAttribute(gSchemaLocation, gSchemaLocationValue);
+    return root.release();
+}
+
+MCStatus MCPMMLExporter::ExportHeader(const MCApplicInfo4XML* info, const std::string& description,
+                                      bool withApplication, XMLElement*& element) {
+    return Deliver(MakeHeader(withApplication ? info : nullptr, description), element);
+}
+
+MCStatus MCPMMLExporter::ExportDataDictionary(const MCVarList& varList,
+                                              const std::vector<int>& listIndexes,
+                                              XMLElement*& element) {
+    const auto size = static_cast<int>(varList.Size());
+    std::vector<bool> wanted(varList.Size(), false);
+    for (const int index : listIndexes) {
+        if (index >= 0 && index < size) wanted[static_cast<std::size_t>(index)] = true;
+    }
+
+    mCategories.clear();
+    ElementPtr dictionary = NewElement(gDataDictionary);
+    for (int index = 0; index < size; ++index) {
+        if (!wanted[static_cast<std::size_t>(index)]) continue;
+        ElementPtr field = MakeDataField(varList, index);
+        if (!field) return Deliver(nullptr, element);
+        Adopt(*dictionary, std::move(field));
+    }
+    if (mCategories.empty()) return Deliver(nullptr, element);
+    dictionary->SetAttribute(gNumberOfFields, std::to_string(mCategories.size()));
+    return Deliver(std::move(dictionary), element);
+}
+
+std::unique_ptr<XMLElement> MCPMMLExporter::MakeDataField(const MCVarList& varList, int listIndex) {
+    const IMCVariable& variable = *varList.GetVarAt(listIndex);
+    const std::string name = variable.GetName();
+    const auto [entry, isNew] = mCategories.try_emplace(name);
+    ElementPtr field = NewElement(gDataField);
+    if (!isNew || !field->SetAttribute(gName, name)) return nullptr;
+
+    const std::string& optype = OptypeOf(variable.GetMeasureLevel());
+    field->SetAttribute(gOptype, optype);
+    if (optype == gContinuous) {
+        field->SetAttribute(gDataType, gDouble);
+        return field;
+    }
+
+    const IMCEncoder& encoder = *varList.GetEncoderAt(listIndex);
+    const bool numbers = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
+    field->SetAttribute(gDataType, numbers ? gDouble : gString);
+    const int count = std::max(encoder.GetNumCategories(), 0);
+    std::optional<std::string> array = std::string();
+    for (int code = 0; code < count; ++code) {
+        const std::optional<std::string> text = CategoryText(encoder, numbers, code);
+        ElementPtr value = NewElement(gValue);
+        if (!text || !value->SetAttribute(gValueAttribute, *text)) return nullptr;
+        Adopt(*field, std::move(value));
+
+        const std::optional<std::string> token = array ? ArrayToken(*text) : std::nullopt;
+        if (token) {
+            if (code > 0) *array += ' ';
+            *array += *token;
+        } else {
+            array.reset();
+        }
+    }
+    entry->second = {static_cast<std::size_t>(count), std::move(array)};
+    return field;
+}
+
+void MCPMMLExporter::ExportExtension(const std::string& name, const std::string& value,
+                                     XMLElement*& element) {
+    element = MakeExtension(name, value).release();
+}
+
+MCStatus MCPMMLExporter::ExportUniStats(const MCUniStats& stats, XMLElement*& element) {
+    const auto found = mCategories.find(stats.GetVarName());
+    if (found == mCategories.end()) return Deliver(MakeUnivariateStats(stats, 0, nullptr), element);
+    const Categories& categories = found->second;
+    return Deliver(MakeUnivariateStats(stats, categories.count,
+                                       categories.array ? &*categories.array : nullptr),
+                   element);
+}

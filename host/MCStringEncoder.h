@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/AccreditExport.h"
+#include "host/IMCEncoder.h"
+
+namespace MCMTD_NAMESPACE {
+
+/// A ready-made encoder of string categories, compared byte by byte.
+class ACCREDIT_EXPORT MCStringEncoder : public IMCEncoder {
+public:
+    /// No categories; AddCategory adds them.
+    MCStringEncoder() = default;
+
+    /// The categories in code order. A string given twice keeps its first code.
+    explicit MCStringEncoder(const std::vector<std::string>& categories);
+
+    /// The code of the category, which is added behind the others if it is new.
+    int AddCategory(const std::string& value);
+
+    int GetValueType() const override;
+    int GetNumCategories() const override;
+    double EncodeString(const std::string& value) const override;
+    /// Always -1.
+    double EncodeNumber(double value) const override;
+    /// The category, or an empty string for a code out of range.
+    std::string DecodeString(int code) const override;
+    /// Always the missing value.
+    double DecodeNumber(int code) const override;
+
+private:
+    std::vector<std::string> mCategories;
+    std::unordered_map<std::string, int> mCodes;
+};
+
+}  // namespace MCMTD_NAMESPACE

@@ -1,0 +1,28 @@
+#include "host/MCTableRecordIter.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace MCCommon {
+
+MCTableRecordIter::MCTableRecordIter(std::vector<double> values, int recordSize)
+    : mValues(std::move(values)), mRecordSize(static_cast<std::size_t>(std::max(recordSize, 0))) {}
+
+bool MCTableRecordIter::HasMoreRecords() { return mRecordSize > 0 && mNext < mValues.size(); }
+
+const Record* MCTableRecordIter::GetNextRecord() {
+    if (!HasMoreRecords()) return nullptr;
+    const std::size_t size = std::min(mRecordSize, mValues.size() - mNext);
+    mRecord = Record(mValues.data() + mNext, static_cast<int>(size));
+    mNext += size;
+    return &mRecord;
+}
+
+int MCTableRecordIter::GetErrorState() { return ErrorStateNone; }
+
+int MCTableRecordIter::Rewind() {
+    mNext = 0;
+    return 0;
+}
+
+}  // namespace MCCommon

@@ -1,0 +1,218 @@
+#include "host/internal/PMMLElements.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+#include "host/MCMV.h"
+#include "host/internal/PMMLVocabulary.h"
+#include "host/internal/XMLText.h"
+
+using MCMTD_NAMESPACE::MCUniStats;
+using MCXML_NAMESPACE::XMLElement;
+
+namespace MCDetail {
+
+namespace {
+
+// Up to here every whole number is a double, and sums of them are exact.
+constexpr double kExactLimit = 9007199254740992.0;
+
+bool IsCount(double value) {
+    return std::isfinite(value) && value >= 0.0 && value == std::floor(value);
+}
+
+// A negative zero is left to the real numbers, which keep its sign.
+bool IsExactCount(double value) {
+    return IsCount(value) && value <= kExactLimit && !std::signbit(value);
+}
+
+double Sum(const std::vector<double>& values) {
+    double sum = 0.0;
+    for (const double value : values) sum += value;
+    return sum;
+}
+
+bool SetNumber(XMLElement& element, const std::string& name, double value) {
+    if (MCMV::IsMissing(value)) return true;
+    return std::isfinite(value) && element.SetAttribute(name, FormatNumber(value));
+}
+
+ElementPtr MakeArray(std::size_t size, const std::string& type, const std::string& text) {
+    ElementPtr array = NewElement(gArray);
+    array->SetAttribute(gArraySize, std::to_string(size));
+    array->SetAttribute(gType, type);
+    array->SetText(text);
+    return array;
+}
+
+// What is common to the frequencies of both kinds of variable.
+class Frequencies {
+public:
+    Frequencies(const MCUniStats& stats, std::size_t minimum) : mValues(stats.GetFrequencies()) {
+        if (mValues.size() < minimum) mValues.resize(minimum, 0.0);
+        mFinite = std::all_of(mValues.begin(), mValues.end(),
+                              [](double value) { return std::isfinite(value); });
+        mCounts = std::all_of(mValues.begin(), mValues.end(), IsExactCount);
+        const double sum = Sum(mValues);
+        mRegular = sum == stats.GetNumberOfCases() && (!mCounts || sum <= kExactLimit);
+    }
+
+    std::size_t Size() const { return mValues.size(); }
+    bool AreFinite() const { return mFinite; }
+    bool AreCounts() const { return mCounts; }
+
+    // Whether they sum to the number of cases, as other readers expect.
+    bool AreRegular() const { return mRegular; }
+
+    void AddTo(XMLElement& parent) const {
+        std::string text;
+        for (const double value : mValues) {
+            if (!text.empty()) text += ' ';
+            text += mCounts ? FormatWhole(value) : FormatNumber(value);
+        }
+        Adopt(parent, MakeArray(mValues.size(), mCounts ? gInt : gReal, text));
+    }
+
+    // Irregular ones, in an extension, which comes before all other content.
+    void AddExtensionTo(XMLElement& parent) const {
+        ElementPtr extension = MakeExtension("frequencies", "");
+        AddTo(*extension);
+        Adopt(parent, std::move(extension));
+    }
+
+private:
+    std::vector<double> mValues;
+    bool mFinite = false;
+    bool mCounts = false;
+    bool mRegular = false;
+};
+
+ElementPtr MakeCounts(double cases) {
+    if (!IsCount(cases)) return nullptr;
+    ElementPtr counts = NewElement(gCounts);
+    counts->SetAttribute(gTotalFreq, FormatWhole(std::abs(cases)));
+    return counts;
+}
+
+ElementPtr MakeNumericInfo(const MCUniStats::SummStats& summStats) {
+    ElementPtr info = NewElement(gNumericInfo);
+    const bool good = SetNumber(*info, gMinimum, summStats.min) &&
+                      SetNumber(*info, gMaximum, summStats.max) &&
+                      SetNumber(*info, gMean, summStats.mean) &&
+                      SetNumber(*info, gStandardDeviation, summStats.stdDev);
+    return good ? std::move(info) : nullptr;
+}
+
+bool HasAny(const MCUniStats::SummStats& summStats) {
+    return !MCMV::IsMissing(summStats.min) || !MCMV::IsMissing(summStats.max) ||
+           !MCMV::IsMissing(summStats.mean) || !MCMV::IsMissing(summStats.stdDev);
+}
+
+ElementPtr MakeDiscrStats(const MCUniStats& stats, std::size_t valueCount,
+                          const std::string* valueArray) {
+    const Frequencies frequencies(stats, valueCount);
+    if (!frequencies.AreFinite()) return nullptr;
+    ElementPtr discrStats = NewElement(gDiscrStats);
+    if (!frequencies.AreRegular()) {
+        frequencies.AddExtensionTo(*discrStats);
+        return discrStats;
+    }
+    if (valueArray && frequencies.AreCounts() && frequencies.Size() == valueCount) {
+        Adopt(*discrStats, MakeArray(valueCount, gString, *valueArray));
+    }
+    frequencies.AddTo(*discrStats);
+    return discrStats;
+}
+
+// A margin may be missing at either end of the list only; the others are finite and ascend.
+bool MarginsAreGood(const std::vector<double>& margins, std::size_t bins) {
+    if (bins == 0 || margins.size() != bins + 1) return false;
+    const bool openEnd = MCMV::IsMissing(margins.back());
+    const auto end = openEnd ? margins.end() - 1 : margins.end();
+    const bool finite =
+        std::all_of(margins.begin(), end, [](double margin) { return std::isfinite(margin); });
+    // The missing value lies below all others, so an open start needs no care.
+    const bool ascending = std::adjacent_find(margins.begin(), end, [](double left, double right) {
+                               return !(left < right);
+                           }) == end;
+    return finite && ascending;
+}
+
+ElementPtr MakeContStats(const MCUniStats& stats) {
+    const Frequencies frequencies(stats, 0);
+    const std::vector<double>& margins = stats.GetCutPoints();
+    if (!frequencies.AreFinite() || !MarginsAreGood(margins, frequencies.Size())) return nullptr;
+    ElementPtr contStats = NewElement(gContStats);
+    if (!frequencies.AreRegular()) frequencies.AddExtensionTo(*contStats);
+    for (std::size_t bin = 0; bin < frequencies.Size(); ++bin) {
+        ElementPtr interval = NewElement(gInterval);
+        interval->SetAttribute(gClosure, stats.AreIntervalsOpenLeft() ? gOpenClosed : gClosedOpen);
+        SetNumber(*interval, gLeftMargin, margins[bin]);
+        SetNumber(*interval, gRightMargin, margins[bin + 1]);
+        Adopt(*contStats, std::move(interval));
+    }
+    if (frequencies.AreRegular()) frequencies.AddTo(*contStats);
+    return contStats;
+}
+
+}  // namespace
+
+ElementPtr MakeExtension(const std::string& name, const std::string& value) {
+    ElementPtr extension = NewElement(gExtension);
+    extension->SetAttribute(gExtender, gExtenderId);
+    extension->SetAttribute(gName, name);
+    if (!value.empty()) extension->SetAttribute(gValueAttribute, value);
+    return extension;
+}
+
+std::optional<std::string> ArrayToken(const std::string& value) {
+    // An array stands on one line.
+    if (value.find_first_of("\n\r") != std::string::npos) return std::nullopt;
+    // Quotes do no harm, and every white space of Unicode needs them, so all beyond ASCII gets
+    // them.
+    const bool quoted = value.empty() || std::any_of(value.begin(), value.end(), [](char c) {
+                            return c <= ' ' || c == '"' || c > '~';
+                        });
+    if (!quoted) return value;
+    std::string token = "\"";
+    for (const char c : value) {
+        // Between quotes a backslash could be taken for the beginning of an escape.
+        if (c == '\\') return std::nullopt;
+        if (c == '"') token += '\\';
+        token += c;
+    }
+    return token += '"';
+}
+
+ElementPtr MakeUnivariateStats(const MCUniStats& stats, std::size_t valueCount,
+                               const std::string* valueArray) {
+    ElementPtr result = NewElement(gUnivariateStats);
+    if (!result->SetAttribute(gField, stats.GetVarName())) return nullptr;
+
+    ElementPtr counts = MakeCounts(stats.GetNumberOfCases());
+    if (!counts) return nullptr;
+    Adopt(*result, std::move(counts));
+
+    if (stats.IsCategorical()) {
+        ElementPtr discrStats = MakeDiscrStats(stats, valueCount, valueArray);
+        if (!discrStats) return nullptr;
+        Adopt(*result, std::move(discrStats));
+        return result;
+    }
+
+    if (HasAny(stats.GetSummStats())) {
+        ElementPtr info = MakeNumericInfo(stats.GetSummStats());
+        if (!info) return nullptr;
+        Adopt(*result, std::move(info));
+    }
+    if (!stats.GetCutPoints().empty() || !stats.GetFrequencies().empty()) {
+        ElementPtr contStats = MakeContStats(stats);
+        if (!contStats) return nullptr;
+        Adopt(*result, std::move(contStats));
+    }
+    return result;
+}
+
+}  // namespace MCDetail
