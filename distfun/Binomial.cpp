@@ -1,0 +1,207 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "distfun/MCDistFun.h"
+#include "distfun/internal/Numerics.h"
+#include "host/MCMV.h"
+
+namespace MAMath {
+
+using Numerics::ExpOrZero;
+using Numerics::kExponentFloor;
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+double Fail(long& code, long value) {
+    code = value;
+    return MCMV::Missing();
+}
+
+bool IsWhole(double n) { return n == std::floor(n) && n != kInfinity; }
+
+bool IsProbability(double p) { return p >= 0.0 && p <= 1.0; }
+
+// Adds to `sum` up to `steps` probabilities that lead away from the mode, until they no longer
+// count: the one with probability f times ratio(0), that times ratio(1), and so on. The ratios are
+// taken a block at a time, so that their divisions can go side by side.
+template <class Ratio>
+double AddWhileItCounts(double sum, double f, double steps, Ratio ratio) {
+    constexpr int kBlock = 8;
+    double t = f;
+    double step = 0.0;
+    for (auto left = static_cast<std::int64_t>(steps); left > 0; left -= kBlock) {
+        std::array<double, kBlock> ratios;
+        for (double& r : ratios) r = ratio(step++);
+        const auto count = static_cast<std::size_t>(std::min<std::int64_t>(kBlock, left));
+        for (std::size_t i = 0; i < count; ++i) {
+            t *= ratios[i];
+            if (!(sum + t > sum)) return sum;
+            sum += t;
+        }
+    }
+    return sum;
+}
+
+// Adds to `sum` the probabilities below s, from the largest down. f is the probability of s,
+// r = q / p.
+double AddBelow(double sum, double f, double s, double n, double r) {
+    return AddWhileItCounts(sum, f, s, [=](double step) {
+        const double i = s - 1.0 - step;
+        return (i + 1.0) / (n - i) * r;
+    });
+}
+
+// Adds to `sum` the probabilities above m up to that of k. f is the probability of m, r = p / q.
+double AddAbove(double sum, double f, double m, double k, double n, double r) {
+    return AddWhileItCounts(sum, f, k - m, [=](double step) {
+        const double i = m + 1.0 + step;
+        return (n + 1.0 - i) / i * r;
+    });
+}
+
+// P ln(P / p), and its limit for a P that rounding has taken to 0 or below.
+double Deviance(double P, double p) { return P > 0.0 ? P * std::log(P / p) : 0.0; }
+
+// The deviate of P(X <= k) by Peizer and Pratt, in its logarithmic form.
+double PeizerPratt(double k, double n, double p, double q) {
+    const double D0 = k / n - p;
+    const double D = ((D0 + 0.5 / n) + 1.0) - 1.0;
+    if (D == 0.0) return 0.0;
+    const double P = p + D;
+    const double Q = 1.0 - P;
+    const double H = Deviance(Q, q) + Deviance(P, p);
+    if (H <= 0.0) return 0.0;
+    const double G = (q / (k + 1.0) - p / (n - k) + (0.5 - p) / (n + 1.0)) / (50.0 * n);
+    const double R = ((2.0 - p) / (3.0 * n) + D0 + G) / std::fabs(D);
+    return (n / std::sqrt(n + 1.0 / 6.0)) * std::sqrt(2.0 * H) * R;
+}
+
+}  // namespace
+
+double MCDistFun::CdfBin(double x, double n, double p, long& code) {
+    constexpr double kFirstBeyond32Bits = 2147483648.0;
+
+    code = 0;
+    if (std::isnan(x) || std::isnan(n) || std::isnan(p)) return Fail(code, 1);
+    if (!IsWhole(n)) return Fail(code, 3);
+    if (n < 1.0 || !IsProbability(p)) return Fail(code, 1);
+    const double k = std::floor(x);
+    const double q = 1.0 - p;
+    if (p == 0.0) return k >= 0.0 ? 1.0 : 0.0;
+    if (p == 1.0) return k >= n ? 1.0 : 0.0;
+    if (k < 0.0) return 0.0;
+    if (k == 0.0) return ExpOrZero(n * std::log(q));
+    if (k >= n) return 1.0;
+
+    if (!(k < kFirstBeyond32Bits && (n + 1.0) * p < kFirstBeyond32Bits)) {
+        return prbnrm(PeizerPratt(k, n, p, q));
+    }
+    const double mode = std::floor((n + 1.0) * p);
+    const double m = std::min(k, mode);
+    double y = 0.0;
+    if (m == 0.0) {
+        y = n * std::log(q);
+    } else {
+        const double L = dnlgam(n + 1.0) - dnlgam(m + 1.0) - dnlgam(n + 1.0 - m);
+        y = p == 0.5 ? n * std::log(0.5) + L : m * std::log(p) + L + (n - m) * std::log(q);
+    }
+    if (!(y >= kExponentFloor)) return prbnrm(PeizerPratt(k, n, p, q));
+
+    const double f = std::exp(y);
+    double sum = AddBelow(f, f, m, n, q / p);
+    if (k > mode) sum = AddAbove(sum, f, mode, k, n, p / q);
+    return sum >= 1.0 ? 1.0 : sum;
+}
+
+double MCDistFun::PdfBin(double x, double n, double p, long& code) {
+    constexpr double kExponentCeiling = 709.0;
+
+    code = 0;
+    if (!(IsProbability(p) && n >= 1.0) || std::isnan(x)) return Fail(code, 1);
+    if (x != std::floor(x + 0.5)) return 0.0;
+    if (x < 0.0 || x > n) return 0.0;
+    if (p == 0.0) return x == 0.0 ? 1.0 : 0.0;
+    if (p == 1.0) return x == n ? 1.0 : 0.0;
+    if (x == n) return std::pow(p, n);
+    if (x == 0.0) return std::pow(1.0 - p, n);
+    long dnlbncCode = 0;
+    const double y = dnlbnc(n, x, dnlbncCode) + x * std::log(p) + (n - x) * std::log(1.0 - p);
+    if (!(y <= kExponentCeiling)) return Fail(code, 2);
+    return ExpOrZero(y);
+}
+
+namespace {
+
+// How many counts a search may pass before its start stands as the answer. From a start by the
+// normal quantile a search is a few counts long; with trials by the billion the probabilities that
+// it walks on have lost digits, and it may pass them all in vain.
+constexpr int kMaxSearch = 10'000'000;
+
+// The searches go on from the count y with c = P(X <= y) and f = P(X = y), one count a step. Away
+// from the mode f only shrinks: once c does not feel it, the search would run on to its end.
+
+// r = q / p.
+double SearchDown(double y, double c, double f, double prob, double n, double r) {
+    double m = y;
+    for (int step = 0; step < kMaxSearch; ++step) {
+        c -= f;
+        const double m2 = m - 1.0;
+        if (c <= prob || m2 <= 0.0) return m2;
+        const double next = f * r * (m / (n - m2));
+        if (next <= f && c - next == c) return y > kMaxSearch ? y : 0.0;
+        f = next;
+        m = m2;
+    }
+    return y;
+}
+
+// r = p / q.
+double SearchUp(double y, double c, double f, double prob, double n, double r) {
+    double m = y;
+    for (int step = 0; step < kMaxSearch; ++step) {
+        const double m1 = m + 1.0;
+        const double next = f * r * ((n - m) / m1);
+        c += next;
+        if (c > prob || m > n) return m;
+        if (next <= f && c + next == c) return n - y > kMaxSearch ? y : n + 1.0;
+        f = next;
+        m = m1;
+    }
+    return y;
+}
+
+}  // namespace
+
+double MCDistFun::IdfBin(double prob, double n, double p, long& code) {
+    constexpr double kTolerance = 128.0 * 2.220446049250313e-16;
+    constexpr double kLastDistinctCount = 9007199254740992.0;
+
+    if (std::isnan(prob) || std::isnan(n) || std::isnan(p)) return Fail(code, 2);
+    if (!IsWhole(n)) return Fail(code, 1);
+    if (n < 1.0 || !IsProbability(p) || !IsProbability(prob)) return Fail(code, 2);
+    code = 0;
+    if (prob == 1.0) return p > 0.0 ? n : 0.0;
+    if (p == 1.0) return n - 1.0;
+    if (prob == 0.0) return -1.0;
+
+    const double q = 1.0 - p;
+    const double w = n * p;
+    double y = std::floor(std::sqrt(w * q) * probit(prob) + w - 0.5);
+    if (y > n) y = n;
+    if (y < 0.0) y = 0.0;
+    // Beyond it the next count is the same double.
+    if (n > kLastDistinctCount) return y;
+    long innerCode = 0;
+    const double c = CdfBin(y, n, p, innerCode);
+    if (std::fabs(c - prob) < kTolerance) return y;
+    const double f = PdfBin(y, n, p, innerCode);
+    return c > prob ? SearchDown(y, c, f, prob, n, q / p) : SearchUp(y, c, f, prob, n, p / q);
+}
+
+}  // namespace MAMath

@@ -1,0 +1,33 @@
+#pragma once
+
+// What the sources of the distribution functions share. Not for callers of the library.
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+#include "host/MCMV.h"
+
+namespace MAMath::Numerics {
+
+/// The polynomial with these coefficients, highest power first, at x.
+template <std::size_t N>
+constexpr double Horner(const std::array<double, N>& coefficients, double x) {
+    static_assert(N > 0);
+    double value = coefficients[0];
+    for (std::size_t i = 1; i < N; ++i) value = value * x + coefficients[i];
+    return value;
+}
+
+/// Below it exp(y) counts as 0, so that no result is denormal.
+constexpr double kExponentFloor = -708.0;
+
+inline double ExpOrZero(double y) { return y < kExponentFloor ? 0.0 : std::exp(y); }
+
+/// What the public functions make of a result, and of one that came with a code.
+inline double OrMissing(double value) { return std::isnan(value) ? MCMV::Missing() : value; }
+inline double OrMissing(double value, long code) {
+    return code == 0 ? OrMissing(value) : MCMV::Missing();
+}
+
+}  // namespace MAMath::Numerics
