@@ -1,0 +1,29 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "diststats/MADistStats.h"
+#include "host/MCQueryCancel.h"
+#include "host/MCStatus.h"
+#include "host/MCVarList.h"
+#include "host/MultiPassRecordIter.h"
+
+/// What stands behind MAPredictorDist; see there.
+class MAPredictorDistImp {
+public:
+    MAPredictorDistImp(const MCMTD_NAMESPACE::MCVarList& varList,
+                       MCCommon::MultiPassRecordIter& iter, MCQueryCancel* queryCancel);
+    MAPredictorDistImp(const MAPredictorDistImp&) = delete;
+    MAPredictorDistImp& operator=(const MAPredictorDistImp&) = delete;
+    virtual ~MAPredictorDistImp();
+
+    MCCommon::MCStatus ComputeDistStats();
+    MCCommon::MCStatus ExportDistStatsXML(const MCApplicInfo4XML* info, std::ostream& out) const;
+    const MADistStats& GetDistStats() const;
+
+private:
+    const MCMTD_NAMESPACE::MCVarList& mVarList;
+    MCCommon::MultiPassRecordIter& mRecordIter;
+    MADistStats mDistStats;
+    MCQueryCancel* mQueryCancel;
+};
