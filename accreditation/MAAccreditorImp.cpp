@@ -1,0 +1,72 @@
+#include "accreditation/internal/MAAccreditorImp.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "accreditation/internal/VariableMatching.h"
+#include "accreditation/internal/VariableTests.h"
+
+using MCCommon::MCStatus;
+using MCCommon::MultiPassRecordIter;
+using MCMTD_NAMESPACE::MCVarList;
+
+MAAccreditorImp::MAAccreditorImp(const MCVarList& varList, MultiPassRecordIter& iter,
+                                 MCQueryCancel* queryCancel)
+    : mVarList(varList), mRecordIter(iter), mQueryCancel(queryCancel) {
+    if (mVarList.GetNumInputVars() == 0) throw MCStatus(MAStatusNoInputVars, false);
+}
+
+MAAccreditorImp::~MAAccreditorImp() = default;
+
+MCStatus MAAccreditorImp::ComputeDistStats(const std::vector<std::vector<double>>& cutPoints) {
+    try {
+        mDistStats =
+            MADistStats(new MADistStatsImp(mVarList, mRecordIter, cutPoints, mQueryCancel));
+    } catch (MCStatus& status) {
+        return status;
+    }
+    return {};
+}
+
+const MADistStats& MAAccreditorImp::GetDistStats() const { return mDistStats; }
+
+MCStatus MAAccreditorImp::ComputeAccreditation(const MADistStats& refStats,
+                                               const std::vector<double>& weights) {
+    mAccreditation = -1.0;
+    const MCVarList& refList = refStats.GetVarList();
+    const MCVarList& ownList = mDistStats.GetVarList();
+    if (refList.Size() == 0 || ownList.Size() == 0) return {MAStatusNoDistStats, false};
+
+    std::vector<int> matches;
+    MCStatus status = MADetail::MatchVariables(refList, ownList, matches);
+    if (!status.IsOK()) return status;
+
+    if (!weights.empty()) {
+        const bool negative =
+            std::any_of(weights.begin(), weights.end(), [](double weight) { return weight < 0.0; });
+        if (weights.size() != matches.size() || negative) return {MAStatusBadWeights, false};
+    }
+
+    double sum = 0.0;
+    double sumW = 0.0;
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+        double p = -1.0;
+        status = MADetail::TestVariable(static_cast<unsigned int>(i), matches[i], refStats,
+                                        mDistStats, p);
+        if (!status.IsOK()) return status;
+        if (weights.empty()) {
+            sum += p;
+        } else {
+            sum += weights[i] * p;
+            sumW += weights[i];
+        }
+    }
+    if (weights.empty()) {
+        mAccreditation = sum / static_cast<double>(matches.size());
+    } else if (sumW > 0.0) {
+        mAccreditation = sum / sumW;
+    }
+    return status;
+}
+
+double MAAccreditorImp::GetAccreditation() const { return mAccreditation; }
