@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace app {
+
+/// `text` without the spaces and tabs around it.
+std::string_view TrimBlanks(std::string_view text);
+
+/// The double nearest to the decimal number that all of `text` spells: digits with an optional
+/// sign, decimal point and exponent, in any locale. Gives 0 for a number too small for a double,
+/// and nothing for any other text, for a number too large, and for the missing value, which no
+/// datum can have. NaN, infinities and hexadecimal digits are not decimal numbers.
+std::optional<double> ParseNumber(std::string_view text);
+
+/// The complaint about `text` where ParseNumber gives nothing, fit to be shown.
+std::string NotANumber(std::string_view text);
+
+}  // namespace app

@@ -1,0 +1,25 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "app/Program.h"
+
+namespace {
+
+// A standard stream that is closed leaves its number to the next file that is opened, which would
+// then be read or written in its place. So each gets a file that cannot be used the way it is.
+void OpenStandardStreams() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    OpenStandardStreams();
+    return app::RunProgram(argc, argv, std::cout, std::cerr, isatty(STDERR_FILENO) == 1);
+}
