@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/fakes/Summaries.h"
+
+namespace {
+
+using fakes::Column;
+using fakes::List;
+using fakes::Numbers;
+using fakes::Query;
+using fakes::RecordSource;
+
+long CodeOfPass(RecordSource& source, const std::string& list = "x",
+                MCQueryCancel* query = nullptr) {
+    return fakes::CodeOf([&] { const MADistStatsImp stats(List(list), source, {}, query); });
+}
+
+TEST(DataPass, SummarisesOrRefuses) {
+    for (const fakes::Row& row : fakes::Rows(5)) {
+        RecordSource source(row.Lists(1));
+        std::string got;
+        const long code = fakes::CodeOf([&] {
+            got = fakes::Contents(MADistStatsImp(List(row.Text(0)), source, row.Lists(2), nullptr));
+        });
+        EXPECT_EQ(code == 0 ? got : std::to_string(code), row.Text(3)) << row.Label();
+        EXPECT_EQ(std::to_string(source.fetches) + ' ' + std::to_string(source.rewinds),
+                  row.Text(4))
+            << row.Label();
+    }
+}
+
+TEST(DataPass, FindsTheSameBinAsALinearSearchForAnyNumberOfCutPoints) {
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> uniform(0.0, 50.0);
+    Numbers cuts;
+    for (std::size_t k = 1; k <= 40; ++k) {
+        cuts.push_back(static_cast<double>(k) * 1.25);
+        Numbers values = cuts;
+        for (int i = 0; i < 100; ++i) values.push_back(uniform(random));
+        Numbers expected(k + 1, 0.0);
+        for (const double value : values) {
+            std::size_t bin = 0;
+            while (bin < k && cuts[bin] < value) ++bin;
+            expected[bin] += 1.0;
+        }
+        EXPECT_EQ(fakes::Summary(List("x"), Column(values), {cuts}).GetFrequencies(0), expected)
+            << k;
+    }
+}
+
+TEST(DataPass, KeepsItsPrecisionFarFromZero) {
+    // Shifting data by a power of two that leaves every value exact must not change the spread.
+    Numbers values;
+    Numbers shifted;
+    for (int i = 0; i < 1000; ++i) {
+        values.push_back((i * 37 % 101) * 0.25);
+        shifted.push_back(values.back() + 134217728.0);
+    }
+    const MADistStats stats = fakes::Summary(List("x"), Column(values));
+    const MADistStats far = fakes::Summary(List("x"), Column(shifted));
+    double mean = 0.0;
+    double stdDev = 0.0;
+    double farMean = 0.0;
+    double farStdDev = 0.0;
+    stats.GetMeanStdDev(0, mean, stdDev);
+    far.GetMeanStdDev(0, farMean, farStdDev);
+    EXPECT_NEAR(farStdDev / stdDev, 1.0, 1e-9);
+    EXPECT_NEAR(farMean - 134217728.0, mean, 1e-6);
+    EXPECT_EQ(far.GetFrequencies(0), stats.GetFrequencies(0));
+}
+
+TEST(DataPass, FailsAtEveryRecordWithTheSourcesReason) {
+    // 4 fetches of the first pass and 4 of the second.
+    for (std::size_t fetch = 1; fetch <= 8; ++fetch) {
+        for (const auto& [state, code] :
+             {std::pair(1, 180004L), std::pair(2, 1L), std::pair(0, 180004L)}) {
+            RecordSource source(Column({1, 2, 3, 4}));
+            source.FailAt(fetch, state);
+            EXPECT_EQ(CodeOfPass(source), code);
+            EXPECT_EQ(source.fetches, fetch) << "nothing is read after the failure";
+        }
+    }
+    RecordSource noRewind(Column({1, 2, 3, 4}));
+    noRewind.FailRewind(3);
+    EXPECT_EQ(CodeOfPass(noRewind), 180004);
+    EXPECT_EQ(noRewind.fetches, 4U);
+}
+
+TEST(DataPass, PollsTheQueryBeforeEveryTwentiethRecordOfEachPass) {
+    Numbers values(50);
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<double>(i);
+    int poll = 0;
+    for (const std::size_t fetches : {100U, 0U, 20U, 40U, 50U, 70U, 90U}) {
+        Query query(poll);
+        RecordSource source(Column(values));
+        EXPECT_EQ(CodeOfPass(source, "x", &query), poll == 0 ? 0 : 1);
+        EXPECT_EQ(source.fetches, fetches) << "stopped at poll " << poll;
+        EXPECT_EQ(query.polls, poll == 0 ? 6 : poll);
+        ++poll;
+    }
+}
+
+TEST(VarSummary, FoldsValuesAsAPassDoes) {
+    VarSummary summary;
+    for (const double value : {2.5, MCMV::Missing(), -1.0, 4.0}) summary.AddValue(value);
+    EXPECT_EQ(summary.count, 3U);
+    EXPECT_EQ(summary.min, -1.0);
+    EXPECT_EQ(summary.max, 4.0);
+    summary.Finish();
+    EXPECT_DOUBLE_EQ(summary.mean, 5.5 / 3.0);
+    EXPECT_DOUBLE_EQ(summary.stdDev, std::sqrt(79.0 / 12.0));
+}
+
+}  // namespace

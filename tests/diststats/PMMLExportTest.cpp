@@ -1,0 +1,162 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "diststats/MAPredictorDist.h"
+#include "tests/fakes/Documents.h"
+#include "tests/fakes/Summaries.h"
+
+namespace {
+
+using fakes::Column;
+using fakes::List;
+using fakes::Query;
+
+long CodeOfExport(const MADistStatsImp& stats) {
+    std::ostringstream out;
+    const long code = fakes::CodeOf([&] { return stats.ExportAsXML(nullptr, out); });
+    EXPECT_EQ(out.str().empty(), code != 0);
+    return code;
+}
+
+TEST(PMMLExport, WritesTheInputVariablesInListOrder) {
+    // The mean of x is 10 and its standard deviation 2.
+    std::vector<fakes::Numbers> records;
+    for (const double x : {8, 8, 8, 8, 10, 12, 12, 12, 12}) {
+        records.push_back({0, x, x < 10 ? 0.0 : 1.0, 7, fakes::kMissing, fakes::kMissing});
+    }
+    const MADistStats stats =
+        fakes::Summary(List("(id) x c:red,blue's constant unseen#1,2.5 missing"), records);
+    const MCApplicInfo4XML info{"tester", "1.2", "2024-01-31 12:00:00 GMT +00:00"};
+    std::ostringstream expected;
+    expected << std::ifstream(ACCREDIT_TABLE_FOLDER "/expected.pmml").rdbuf();
+    for (const MADistStats& each : {stats, MADistStats(stats)}) {
+        std::ostringstream out;
+        EXPECT_TRUE(each.ExportAsXML(&info, out).IsOK());
+        EXPECT_EQ(out.str(), expected.str());
+        fakes::KeepDocument(out.str());
+    }
+}
+
+TEST(PMMLExport, LoadedStatisticsOfEveryShapeMakeValidDocuments) {
+    MADistStatsImp stats(List(R"(x shell '' c:a\,'' shell-c:a,b)"), nullptr);
+    stats.SetSummStats(0, 10, -1e308, 1e-310, 0.1, 1e300);
+    stats.SetFreqs(0, {0.1, 1e17, 0}, {-5e-324, 1.0 / 3});
+    stats.SetSummStats(2, 1, 7, 7, 7, 7);
+    stats.SetSummStats(3, 18446744073709551615U, 0, 0, 0, 0);
+    stats.SetFreqs(3, {0.5, 2});
+    std::ostringstream out;
+    EXPECT_TRUE(stats.ExportAsXML(nullptr, out).IsOK());
+    fakes::KeepDocument(out.str());
+    out.setstate(std::ios::failbit);
+    EXPECT_TRUE(stats.ExportAsXML(nullptr, out).IsOK()) << "it does not look at the stream";
+}
+
+TEST(PMMLExport, TextsOfRandomBytesComeBackOrAreRefused) {
+    std::mt19937 random(20240131);
+    // Markup and white space first, then what may be refused.
+    static const char bytes[] =
+        "ab<>&\"' \t\n\r\\]\0\x07\x7F\x80\xA0\xBF\xC2\xC3\xE2\x82\xAC\xED\xEF\xBB\xF0\x9F\x90\xF4";
+    int held = 0;
+    for (int i = 0; i < 4000; ++i) {
+        std::string texts[2];
+        for (std::size_t length = random() % 8; length > 0; --length) {
+            const auto any = static_cast<char>(random() % 256);
+            texts[random() % 2] += i % 4 == 0 ? any : bytes[random() % (i % 4 == 1 ? 13 : 31)];
+        }
+        MCMTD_NAMESPACE::MCVarList list;
+        list.Add(MCMTD_NAMESPACE::MCVariable::Categorical(texts[0], 1),
+                 MCMTD_NAMESPACE::MCStringEncoder({texts[1]}));
+        std::ostringstream out;
+        const long code = MADistStatsImp(list, nullptr).ExportAsXML(nullptr, out).GetCode();
+        const std::string both = texts[0] + texts[1];
+        if (code != 0) {
+            EXPECT_EQ(code, 180009);
+            EXPECT_FALSE(
+                std::all_of(both.begin(), both.end(), [](char c) { return c >= ' ' && c <= '~'; }));
+            continue;
+        }
+        EXPECT_TRUE(
+            std::none_of(both.begin(), both.end(), [](char c) { return c >= 0 && c <= 8; }));
+        if (++held % 100 == 0) fakes::KeepDocument(out.str());
+        const pugi::xml_document parsed = fakes::ParseDocument(out.str());
+        const auto read = [&parsed](const char* path) {
+            return std::string(parsed.select_node(path).attribute().value());
+        };
+        EXPECT_EQ(read("//DataField/@name"), texts[0]);
+        EXPECT_EQ(read("//Value/@value"), texts[1]);
+        EXPECT_EQ(read("//UnivariateStats/@field"), texts[0]);
+    }
+    EXPECT_GT(held, 1000);
+    EXPECT_LT(held, 3000);
+}
+
+TEST(PMMLExport, WritesNothingIfANumberIsNotFinite) {
+    for (const fakes::Numbers& values :
+         {fakes::ToNumbers("1 2 inf"), {1e308, -1e308}, fakes::ToNumbers("1 2 nan")}) {
+        fakes::RecordSource source(Column(values));
+        const MADistStatsImp stats(List("x"), source, {}, nullptr);
+        EXPECT_EQ(CodeOfExport(stats), 180009) << fakes::ToText(values);
+    }
+}
+
+TEST(PMMLExport, AsksTheQueryBeforeEveryVariable) {
+    for (const int cancelAt : {1, 2, 3, 4}) {
+        Query query(cancelAt);
+        EXPECT_EQ(CodeOfExport(MADistStatsImp(List("a b c"), &query)), cancelAt <= 3 ? 1 : 0);
+        EXPECT_EQ(query.polls, std::min(cancelAt, 3));
+    }
+}
+
+static_assert(!std::is_copy_constructible_v<MAPredictorDist>);
+static_assert(std::has_virtual_destructor_v<MAPredictorDist>);
+
+TEST(MAPredictorDist, KeepsTheSummaryOfTheLastSuccess) {
+    fakes::RecordSource source(Column({1, 2, 3, 4}));
+    const auto noInput = List("(y)");
+    EXPECT_EQ(fakes::CodeOf([&] { const MAPredictorDist none(noInput, source, nullptr); }), 180002);
+    const auto list = List("x");
+    MAPredictorDist dist(list, source, nullptr);
+    std::ostringstream out;
+    EXPECT_EQ(dist.GetDistStats().GetVarCount(), 0U);
+    EXPECT_EQ(dist.ExportDistStatsXML(nullptr, out).GetCode(), 180008);
+    EXPECT_EQ(out.str(), "");
+
+    ASSERT_TRUE(dist.ComputeDistStats().IsOK());
+    EXPECT_EQ(source.rewinds, 1);
+    const std::string summary = fakes::Contents(dist.GetDistStats());
+    EXPECT_TRUE(dist.ExportDistStatsXML(nullptr, out).IsOK());
+    fakes::KeepDocument(out.str());
+
+    source.Rewind();
+    source.FailAt(source.fetches + 3, MCCommon::MultiPassRecordIter::ErrorStateFailed);
+    EXPECT_EQ(dist.ComputeDistStats().GetCode(), 180004);
+    EXPECT_EQ(fakes::Contents(dist.GetDistStats()), summary);
+    source.FailAt(0, 0);
+    while (source.HasMoreRecords()) source.GetNextRecord();
+    EXPECT_TRUE(dist.ComputeDistStats().IsOK());
+    EXPECT_EQ(dist.GetDistStats().GetNumberOfCases(0), 0U) << "read on from where the source stood";
+}
+
+TEST(MAPredictorDist, CanBeStoppedInEitherPassAndInTheExport) {
+    const auto list = List("x");
+    fakes::RecordSource source(Column({1, 2, 3, 4}));
+    for (const int cancelAt : {1, 2, 3}) {
+        Query query(cancelAt);
+        MAPredictorDist dist(list, source, &query);
+        source.Rewind();
+        EXPECT_EQ(dist.ComputeDistStats().GetCode(), cancelAt == 3 ? 0 : 1);
+        EXPECT_EQ(dist.GetDistStats().GetVarCount(), cancelAt == 3 ? 1U : 0U);
+        std::ostringstream out;
+        EXPECT_EQ(dist.ExportDistStatsXML(nullptr, out).GetCode(), cancelAt == 3 ? 1 : 180008);
+        EXPECT_EQ(out.str(), "");
+    }
+}
+
+}  // namespace

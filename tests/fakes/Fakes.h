@@ -1,0 +1,100 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "host/MCMV.h"
+#include "host/MCNumberEncoder.h"
+#include "host/MCQueryCancel.h"
+#include "host/MCStatus.h"
+#include "host/MCStringEncoder.h"
+#include "host/MCUniStats.h"
+#include "host/MCVarList.h"
+#include "host/MCVariable.h"
+#include "host/MultiPassRecordIter.h"
+#include "tests/fakes/Seams.h"
+#include "tests/fakes/Tables.h"
+
+namespace fakes {
+
+inline constexpr double kMissing = MCMV::Missing();
+
+/// A variable list from words with blanks between them: "x" is a continuous input variable, "x/2"
+/// one of measurement level 2, "c:a,b" and "c#1,2.5" are nominal ones with these texts or numbers
+/// as categories, and what stands in parentheses is no input variable. '' is an empty name or text.
+inline MCMTD_NAMESPACE::MCVarList List(const std::string& words) {
+    using MCMTD_NAMESPACE::IMCVariable;
+    const auto plain = [](const std::string& text) { return text == "''" ? "" : text; };
+    MCMTD_NAMESPACE::MCVarList list;
+    for (std::string word : Split(words, ' ')) {
+        const bool input = word[0] != '(';
+        if (!input) word = word.substr(1, word.size() - 2);
+        const std::size_t end = std::min(word.find_first_of("/:#"), word.size());
+        const char kind = end < word.size() ? word[end] : ' ';
+        const std::string rest = word.substr(std::min(end + 1, word.size()));
+        const int level = kind == '/' ? std::stoi(rest) : kind == ' ' ? 1 : 2;
+        std::vector<std::string> texts;
+        Numbers numbers;
+        for (const std::string& category : Split(kind == '/' ? "" : rest, ',')) {
+            if (kind == '#') numbers.push_back(ToNumber(category));
+            texts.push_back(plain(category));
+        }
+        const MCMTD_NAMESPACE::MCVariable variable(
+            plain(word.substr(0, end)), level,
+            input ? IMCVariable::VariableRoleInput : IMCVariable::VariableRoleTarget,
+            static_cast<int>(texts.size()));
+        if (kind == '#') list.Add(variable, MCMTD_NAMESPACE::MCNumberEncoder(numbers));
+        if (kind == ':') list.Add(variable, MCMTD_NAMESPACE::MCStringEncoder(texts));
+        if (kind == ' ' || kind == '/') list.Add(variable);
+    }
+    return list;
+}
+
+/// One record a value.
+inline std::vector<Numbers> Column(const Numbers& values) {
+    std::vector<Numbers> rows;
+    for (const double value : values) rows.push_back({value});
+    return rows;
+}
+
+/// Statistics of one variable: "name; cases; frequencies", or "name; cases; min max mean deviation;
+/// margins; frequencies", with a fifth semicolon at the end for bins closed on the left.
+inline MCMTD_NAMESPACE::MCUniStats UniStats(const std::string& text) {
+    const std::vector<std::string> parts = Split(text + " ", ';');
+    const double cases = ToNumber(parts[1]);
+    if (parts.size() == 3) return {parts[0], cases, ToNumbers(parts[2])};
+    MCMTD_NAMESPACE::MCUniStats::SummStats summStats;
+    const Numbers summary = ToNumbers(parts[2]);
+    summStats.min = summary[0];
+    summStats.max = summary[1];
+    summStats.mean = summary[2];
+    summStats.stdDev = summary[3];
+    MCMTD_NAMESPACE::MCUniStats stats(parts[0], cases, summStats, ToNumbers(parts[3]),
+                                      ToNumbers(parts[4]));
+    stats.SetIntervalsOpenLeft(parts.size() == 5);
+    return stats;
+}
+
+/// The code of the status that an operation returns or throws. No status has the flag.
+template <class Operation>
+long CodeOf(Operation operation) {
+    MCCommon::MCStatus status;
+    try {
+        if constexpr (std::is_void_v<decltype(operation())>) {
+            operation();
+        } else {
+            status = operation();
+        }
+    } catch (const MCCommon::MCStatus& thrown) {
+        status = thrown;
+    }
+    EXPECT_FALSE(status.GetFlag());
+    return status.GetCode();
+}
+
+}  // namespace fakes

@@ -1,0 +1,206 @@
+// Fails every single allocation of every public operation, one at a time, by replacing the global
+// allocation functions: nothing may leak, and every object must be in the state that its contract
+// promises.
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "accreditation/MAAccreditor.h"
+#include "accreditation/MAVariableResult.h"
+#include "diststats/MAPredictorDist.h"
+#include "host/MCTableRecordIter.h"
+#include "host/XMLElement.h"
+#include "tests/fakes/Summaries.h"
+
+namespace {
+
+long gAllocationsUntilFailure = -1;  // negative: none fails
+long gLiveAllocations = 0;
+
+void* Allocate(std::size_t size) {
+    if (gAllocationsUntilFailure == 0) throw std::bad_alloc();
+    if (gAllocationsUntilFailure > 0) --gAllocationsUntilFailure;
+    void* memory = std::malloc(size == 0 ? 1 : size);
+    if (!memory) throw std::bad_alloc();
+    ++gLiveAllocations;
+    return memory;
+}
+
+void Release(void* memory) noexcept {
+    if (memory) --gLiveAllocations;
+    std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return Allocate(size); }
+void* operator new[](std::size_t size) { return Allocate(size); }
+void operator delete(void* memory) noexcept { Release(memory); }
+void operator delete[](void* memory) noexcept { Release(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { Release(memory); }
+void operator delete[](void* memory, std::size_t /*size*/) noexcept { Release(memory); }
+
+namespace {
+
+using fakes::Contents;
+using fakes::List;
+using MCCommon::MCTableRecordIter;
+using MCXML_NAMESPACE::XMLElement;
+
+constexpr const char* kLongName = "a-name-too-long-for-the-place-that-a-short-string-has";
+
+// Runs `once`, which gets a function that lets the n-th allocation of what it is given fail and
+// says whether it did, for n = 1, 2, ... until nothing fails any more.
+using Guarded = std::function<bool(const std::function<void()>& operation)>;
+
+void FailEveryAllocation(const std::function<void(const Guarded& guarded)>& once) {
+    bool failed = true;
+    for (long n = 0; failed; ++n) {
+        ASSERT_LT(n, 100000) << "the operation never succeeds";
+        SCOPED_TRACE("allocation " + std::to_string(n));
+        failed = false;
+        const Guarded guarded = [&](const std::function<void()>& operation) {
+            bool thrown = false;
+            gAllocationsUntilFailure = n;
+            try {
+                operation();
+            } catch (const std::bad_alloc&) {
+                thrown = true;
+            }
+            gAllocationsUntilFailure = -1;
+            failed = failed || thrown;
+            return thrown;
+        };
+        const long before = gLiveAllocations;
+        once(guarded);
+        EXPECT_EQ(gLiveAllocations, before) << "memory leaked";
+    }
+}
+
+const auto kList = List(std::string("x c:a,") + kLongName);
+const std::vector<double> kTable = {1, 0, 2, 1, 3, 1, 4, 0, 5, 1, 9, 0};
+
+MADistStatsImp* NewSummary() {
+    MCTableRecordIter iter(kTable, 2);
+    return new MADistStatsImp(kList, iter, {}, nullptr);
+}
+
+TEST(AllocationFailure, ListsAndEncodersKeepTheirState) {
+    FailEveryAllocation([](const Guarded& guarded) {
+        auto list = kList;
+        const MCMTD_NAMESPACE::MCVariable variable(kLongName, 2);
+        bool failed = guarded([&] { list.Add(variable, MCMTD_NAMESPACE::MCNumberEncoder({1.5})); });
+        EXPECT_EQ(list.Size(), failed ? 2U : 3U);
+        EXPECT_EQ(list.FindVariable(kLongName), failed ? -1 : 2);
+
+        auto target = List("y");
+        failed = guarded([&] { target = list; });
+        EXPECT_EQ(target.FindVariable("y"), failed ? 0 : -1);
+        EXPECT_EQ(target.FindVariable("x"), failed ? -1 : 0);
+
+        MCMTD_NAMESPACE::MCStringEncoder strings({"a"});
+        failed = guarded([&] { strings.AddCategory(kLongName); });
+        EXPECT_EQ(strings.GetNumCategories(), failed ? 1 : 2);
+        EXPECT_EQ(strings.EncodeString(kLongName), failed ? -1.0 : 1.0);
+        MCMTD_NAMESPACE::MCNumberEncoder numbers({1.0});
+        failed = guarded([&] { numbers.AddCategory(2.0); });
+        EXPECT_EQ(numbers.GetNumCategories(), failed ? 1 : 2);
+    });
+}
+
+TEST(AllocationFailure, SummariesAreWholeOrNotThere) {
+    FailEveryAllocation([&](const Guarded& guarded) {
+        guarded([] { delete NewSummary(); });
+        const std::unique_ptr<MADistStatsImp> summary(NewSummary());
+        MADistStatsImp target(List("y"), nullptr);
+        const std::string shell = Contents(target);
+        bool failed = guarded([&] { target = *summary; });
+        EXPECT_EQ(Contents(target), failed ? shell : Contents(*summary));
+
+        const MADistStats handle(NewSummary());
+        MADistStats other(NewSummary());
+        failed = guarded([&] { other = handle; });
+        EXPECT_EQ(other.GetVarCount(), failed ? 0U : 2U) << "a failed assignment leaves it empty";
+        guarded([&] { const MADistStats copy(handle); });
+    });
+}
+
+TEST(AllocationFailure, LoadingReplacesAPairOrNothing) {
+    const fakes::Numbers frequencies = {4, 5, 6};
+    const fakes::Numbers cutPoints = {5, 6};
+    const fakes::Numbers categories = {4, 5};
+    const MCMTD_NAMESPACE::MCUniStats all("c", 9, categories);
+    FailEveryAllocation([&](const Guarded& guarded) {
+        guarded([] { const MADistStatsImp none(kList, nullptr); });
+        MADistStatsImp shell(kList, nullptr);
+        EXPECT_TRUE(shell.SetFreqs(0, {1, 2}, {5}));
+        bool failed = guarded([&] { shell.SetFreqs(0, frequencies, cutPoints); });
+        EXPECT_EQ(Contents(shell, 0), failed ? "0; M M 0 0; 5; 1 2" : "0; M M 0 0; 5 6; 4 5 6");
+        failed = guarded([&] { shell.SetFreqs(1, categories); });
+        EXPECT_EQ(Contents(shell, 1), failed ? "0; M M 0 0; ;" : "0; M M 0 0; ; 4 5");
+        failed = guarded([&] { shell.SetAllStats(all); });
+        EXPECT_TRUE(failed || shell.GetNumberOfCases(1) == 9);
+    });
+}
+
+TEST(AllocationFailure, FrontEndsKeepWhatTheyPromise) {
+    const MADistStats reference(NewSummary());
+    const std::vector<fakes::Numbers> cutPoints = {reference.GetCutPoints(0), {}};
+    FailEveryAllocation([&](const Guarded& guarded) {
+        MCTableRecordIter iter(kTable, 2);
+        guarded([&] { const MAAccreditor none(kList, iter, nullptr); });
+        MAAccreditor accreditor(kList, iter, nullptr);
+        bool failed = guarded([&] { accreditor.ComputeDistStats(cutPoints); });
+        EXPECT_EQ(accreditor.GetDistStats().GetVarCount(), failed ? 0U : 2U);
+        iter.Rewind();
+        EXPECT_TRUE(accreditor.ComputeDistStats(cutPoints).IsOK());
+        failed = guarded([&] { accreditor.ComputeDistStats(cutPoints); });
+        EXPECT_EQ(accreditor.GetDistStats().GetNumberOfCases(0), failed ? 6U : 0U)
+            << "a failed run keeps the earlier summary";
+        iter.Rewind();
+        EXPECT_TRUE(accreditor.ComputeDistStats(cutPoints).IsOK());
+
+        failed = guarded([&] { accreditor.ComputeAccreditation(reference, {}); });
+        EXPECT_EQ(accreditor.GetAccreditation(), failed ? -1.0 : 1.0);
+        guarded([&] { MATestVariables(reference, accreditor.GetDistStats()); });
+        std::vector<int> matches = {7};
+        failed = guarded([&] { MAAccreditor::MatchVariables(kList, kList, matches); });
+        EXPECT_EQ(matches, failed ? std::vector<int>{7} : (std::vector<int>{0, 1}));
+
+        iter.Rewind();
+        guarded([&] { const MAPredictorDist none(kList, iter, nullptr); });
+        MAPredictorDist predictor(kList, iter, nullptr);
+        failed = guarded([&] { predictor.ComputeDistStats(); });
+        EXPECT_EQ(predictor.GetDistStats().GetVarCount(), failed ? 0U : 2U);
+    });
+}
+
+TEST(AllocationFailure, AnExportWritesAllOrNothing) {
+    const std::unique_ptr<MADistStatsImp> summary(NewSummary());
+    const MCApplicInfo4XML info{kLongName, "1", kLongName};
+    FailEveryAllocation([&](const Guarded& guarded) {
+        // The stream's own memory is there before it is written to.
+        std::ostringstream out(std::string(1 << 16, ' '));
+        out.seekp(0);
+        const bool failed = guarded([&] { EXPECT_TRUE(summary->ExportAsXML(&info, out).IsOK()); });
+        EXPECT_TRUE(!failed || out.tellp() == 0);
+
+        const std::unique_ptr<XMLElement> element(XMLElement::Create("E"));
+        element->SetAttribute("a", "old");
+        const bool unset = guarded([&] { element->SetAttribute("b", kLongName); });
+        guarded([&] { element->SetText(kLongName); });
+        std::ostringstream text;
+        element->WriteTo(text, {}, 0);
+        EXPECT_EQ(text.str().find(" b=") == std::string::npos, unset);
+    });
+}
+
+}  // namespace

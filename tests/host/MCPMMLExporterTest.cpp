@@ -1,0 +1,142 @@
+#include "host/MCPMMLExporter.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "host/internal/PMMLVocabulary.h"
+#include "tests/fakes/Documents.h"
+#include "tests/fakes/Fakes.h"
+
+namespace {
+
+using fakes::Row;
+using MCXML_NAMESPACE::XMLElement;
+
+TEST(PMMLVocabulary, Has96WordsInOrder) {
+    std::string words;
+    for (const std::string* word : MCDetail::gVocabulary) words += *word + ' ';
+    EXPECT_EQ(
+        words,
+        "PMML version 3.1 xmlns http://www.dmg.org/PMML-3_1 xmlns:xsi "
+        "http://www.w3.org/2001/XMLSchema-instance xsi:schemaLocation "
+        "http://www.dmg.org/PMML-3_1 pmml-3-1.xsd Header copyright "
+        "Copyright (c) 2026 The Accredit authors description Application Annotation name "
+        "Timestamp DataDictionary numberOfFields DataField displayName optype categorical "
+        "continuous ordinal Value value displayValue dataType string float double property "
+        "missing valid invalid Extension extender Accredit missingInterval invalidRangeLower "
+        "invalidRangeUpper TransformationDictionary DerivedField FieldRef field Discretize "
+        "DiscretizeBin binValue Interval closure openOpen openClosed closedOpen closedClosed "
+        "leftMargin rightMargin functionName classification regression modelName algorithmName "
+        "fieldName MiningSchema MiningField name usageType active predicted ModelStats "
+        "UnivariateStats Array n type real int Matrix kind diagonal Covariances Partition "
+        "PartitionFieldStats N Counts totalFreq invalidFreq missingFreq DiscrStats NumericInfo "
+        "minimum maximum mean standardDeviation median ContStats containerModel ");
+}
+
+// What one step made, as text; "" for a step that failed and left nothing.
+template <class Step>
+std::string Made(Step step) {
+    XMLElement* element = nullptr;
+    const MCCommon::MCStatus status = step(element);
+    const std::unique_ptr<XMLElement> owner(element);
+    EXPECT_EQ(status.IsOK(), element != nullptr);
+    if (!element) {
+        EXPECT_EQ(status.GetCode(), MAStatusExportFailed);
+        return "";
+    }
+    std::ostringstream out;
+    MCXML_NAMESPACE::ExportFormat format;
+    format.indent = -1;
+    format.declaration = false;
+    element->WriteTo(out, format, 0);
+    return out.str();
+}
+
+std::string Dictionary(const std::string& words, const std::vector<int>& indexes) {
+    return Made([&](XMLElement*& element) {
+        return MCPMMLExporter(nullptr).ExportDataDictionary(fakes::List(words), indexes, element);
+    });
+}
+
+TEST(MCPMMLExporter, NamesTheApplicationInTheHeader) {
+    // A cell "none" stands for no information on the application.
+    for (const Row& row : fakes::Rows(5)) {
+        const MCApplicInfo4XML info{row.Text(0), row.Text(1), row.Text(2)};
+        const std::string description = row.Text(3);
+        const std::string made = Made([&](XMLElement*& element) {
+            return MCPMMLExporter(nullptr).ExportHeader(
+                info.name == "none" ? nullptr : &info, description, description != "bare", element);
+        });
+        const std::string start = R"(<Header copyright="Copyright (c) 2026 The Accredit authors")";
+        EXPECT_EQ(made, row.Text(4) == "refused" ? "" : start + row.Text(4)) << row.Label();
+    }
+}
+
+TEST(MCPMMLExporter, WritesTheFieldsOfTheChosenVariables) {
+    EXPECT_EQ(Dictionary("x not-chosen s:b,'',a\n n#0.1,-1e300 o/3", {3, 0, -1, 2, 9, 0, 4}),
+              R"(<DataDictionary numberOfFields="4">)"
+              R"(<DataField name="x" optype="continuous" dataType="double"/>)"
+              R"(<DataField name="s" optype="categorical" dataType="string">)"
+              R"(<Value value="b"/><Value value=""/><Value value="a&#10;"/></DataField>)"
+              R"(<DataField name="n" optype="categorical" dataType="double">)"
+              R"(<Value value="0.1"/><Value value="-1e+300"/></DataField>)"
+              R"(<DataField name="o" optype="ordinal" dataType="string"/></DataDictionary>)");
+    EXPECT_EQ(Dictionary("x", {}), "");
+    for (const char* words : {"x x", "x\x02", "c:good,\xC3", "c#1,inf"}) {
+        EXPECT_EQ(Dictionary(words, {0, 1}), "") << words;
+    }
+}
+
+TEST(MCPMMLExporter, WritesWhatThereIsOfAVariable) {
+    for (const Row& row : fakes::Rows(2)) {
+        const std::string made = Made([&](XMLElement*& element) {
+            return MCPMMLExporter(nullptr).ExportUniStats(fakes::UniStats(row.Text(0)), element);
+        });
+        EXPECT_EQ(made, row.Text(1) == "refused"
+                            ? ""
+                            : R"(<UnivariateStats field="x">)" + row.Text(1) + "</UnivariateStats>")
+            << row.Label();
+    }
+}
+
+TEST(MCPMMLExporter, NamesTheCategoriesWhereAnArrayCanHoldThem) {
+    for (const Row& row : fakes::Rows(4)) {
+        SCOPED_TRACE(row.Label());
+        MCMTD_NAMESPACE::MCVarList list;
+        list.Add(MCMTD_NAMESPACE::MCVariable::Categorical("x", 3),
+                 MCMTD_NAMESPACE::MCStringEncoder({row.Text(0), row.Text(1), row.Text(2)}));
+        MCPMMLExporter exporter(nullptr);
+        Made([&](XMLElement*& element) {
+            return exporter.ExportDataDictionary(list, {0}, element);
+        });
+        // A data pass that met the first two categories only.
+        const std::string made = Made([&](XMLElement*& element) {
+            return exporter.ExportUniStats(fakes::UniStats("x; 3; 2 1"), element);
+        });
+        const pugi::xml_document parsed = fakes::ParseDocument(made);
+        const auto array = parsed.select_node("//Array[@type='string']").node();
+        EXPECT_EQ(array.text().get(), row.Text(3));
+        EXPECT_EQ(array.empty(), row.Text(3).empty());
+        EXPECT_STREQ(parsed.select_node("//Array[@type='int']").node().text().get(), "2 1 0");
+    }
+}
+
+TEST(MCPMMLExporter, AlwaysDeliversAnExtension) {
+    for (const auto& [name, value, expected] :
+         {std::tuple("n", "", R"(<Extension extender="Accredit" name="n"/>)"),
+          std::tuple("n", "v", R"(<Extension extender="Accredit" name="n" value="v"/>)"),
+          std::tuple("\x01", "\xFF", R"(<Extension extender="Accredit"/>)")}) {
+        EXPECT_EQ(Made([&, name = name, value = value](XMLElement*& element) {
+                      MCPMMLExporter(nullptr).ExportExtension(name, value, element);
+                      return MCCommon::MCStatus();
+                  }),
+                  expected);
+    }
+}
+
+}  // namespace

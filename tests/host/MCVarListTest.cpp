@@ -1,0 +1,130 @@
+#include "host/MCVarList.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "host/MCTableRecordIter.h"
+#include "tests/fakes/Fakes.h"
+
+namespace {
+
+using namespace MCMTD_NAMESPACE;
+using fakes::List;
+using MCCommon::MCStatus;
+
+TEST(MCVarList, FindsNamesAndAnswersForPositionsThatDoNotExist) {
+    EXPECT_EQ(MCVarList().Size(), 0U);
+    EXPECT_LT(MCVarList().FindVariable("age"), 0);
+    const MCVarList list = List("(id) age colour:red,blue age");
+    EXPECT_EQ(list.Size(), 4U);
+    EXPECT_EQ(list.GetNumInputVars(), 3);
+    EXPECT_EQ(list.FindVariable("age"), 1) << "the first of two namesakes";
+    EXPECT_LT(list.FindVariable("Age"), 0);
+    EXPECT_EQ(list.GetVariableRole(0), IMCVariable::VariableRoleTarget);
+    EXPECT_EQ(list.GetVarAt(3)->GetName(), "age");
+    EXPECT_EQ(list.GetEncoderAt(2)->DecodeString(1), "blue");
+    EXPECT_EQ(list.GetEncoderAt(1)->GetNumCategories(), 0) << "a variable without an encoder";
+    for (const int position : {-1, 4, 1 << 30}) {
+        EXPECT_EQ(list.GetVarAt(position), nullptr);
+        EXPECT_EQ(list.GetVariableRole(position), IMCVariable::VariableRoleNone);
+        EXPECT_EQ(list.GetEncoderAt(position)->GetNumCategories(), 0);
+    }
+}
+
+// A variable whose name can change, only for telling copies apart.
+class Renamable : public MCVariable {
+public:
+    Renamable() : MCVariable(Continuous("")) {}
+    std::string GetName() const override { return name; }
+    std::string name = "before";
+};
+
+TEST(MCVarList, ACopyStandsAloneButSharesWhatIsShared) {
+    const auto shared = std::make_shared<MCStringEncoder>();
+    auto list = std::make_unique<MCVarList>(List("colour:red"));
+    list->Add(Renamable());
+    list->AddShared(std::make_shared<MCVariable>(MCVariable::Categorical("s", 0)), shared);
+    const MCVarList copy(*list);
+    MCVarList assigned = List("gone");
+    assigned = *list;
+    dynamic_cast<Renamable&>(*list->GetVarAt(1)).name = "after";
+    list.reset();
+    shared->AddCategory("late");
+    const MCVarList& self = assigned;
+    assigned = self;
+    for (const MCVarList* survivor : {&copy, &self}) {
+        EXPECT_EQ(survivor->Size(), 3U);
+        EXPECT_EQ(survivor->GetVarAt(1)->GetName(), "before");
+        EXPECT_EQ(survivor->GetEncoderAt(0)->EncodeString("red"), 0.0);
+        EXPECT_EQ(survivor->FindVariable("colour"), 0);
+        EXPECT_LT(survivor->FindVariable("gone"), 0);
+        EXPECT_EQ(survivor->GetEncoderAt(2)->EncodeString("late"), 0.0);
+    }
+}
+
+TEST(Encoders, MapBothWaysAndAnswerForTheUnknown) {
+    MCStringEncoder strings({"b", "", "b", "a"});
+    EXPECT_NE(strings.GetValueType(), 2);
+    EXPECT_EQ(strings.GetNumCategories(), 3);
+    EXPECT_EQ(strings.EncodeString("a"), 2.0);
+    EXPECT_EQ(strings.EncodeString("A"), -1.0);
+    EXPECT_EQ(strings.EncodeNumber(0.0), -1.0);
+    EXPECT_EQ(strings.AddCategory("b"), 0);
+    EXPECT_EQ(strings.AddCategory("c"), 3);
+    EXPECT_EQ(strings.DecodeString(3), "c");
+    EXPECT_EQ(strings.DecodeString(4) + strings.DecodeString(-1), "");
+    EXPECT_EQ(strings.DecodeNumber(0), fakes::kMissing);
+
+    MCNumberEncoder numbers(fakes::ToNumbers("1 0 2.5 nan -nan"));
+    EXPECT_EQ(numbers.GetValueType(), 2);
+    EXPECT_EQ(numbers.GetNumCategories(), 4);
+    EXPECT_EQ(numbers.EncodeNumber(2.5), 2.0);
+    EXPECT_EQ(numbers.EncodeNumber(-0.0), 1.0);
+    EXPECT_EQ(numbers.EncodeNumber(fakes::ToNumber("nan")), 3.0);
+    EXPECT_EQ(numbers.EncodeNumber(3.0), -1.0);
+    EXPECT_EQ(numbers.EncodeString("1"), -1.0);
+    EXPECT_EQ(numbers.AddCategory(1.0), 0);
+    EXPECT_EQ(numbers.DecodeNumber(2), 2.5);
+    EXPECT_EQ(numbers.DecodeNumber(4), fakes::kMissing);
+    EXPECT_EQ(numbers.DecodeNumber(-1), fakes::kMissing);
+    EXPECT_EQ(numbers.DecodeString(0), "");
+}
+
+TEST(MCTableRecordIter, DeliversRewindsAndShortensTheLastRecord) {
+    MCCommon::MCTableRecordIter iter({1, 2, 3, 4, 5}, 2);
+    for (int pass = 0; pass < 2; ++pass) {
+        for (const int size : {2, 2, 1}) {
+            ASSERT_TRUE(iter.HasMoreRecords());
+            EXPECT_EQ(iter.GetNextRecord()->Size(), size);
+        }
+        EXPECT_FALSE(iter.HasMoreRecords());
+        EXPECT_EQ(iter.GetNextRecord(), nullptr);
+        EXPECT_EQ(iter.Rewind(), 0);
+    }
+    EXPECT_EQ(iter.GetNextRecord()->GetAll()[1], 2.0);
+    EXPECT_FALSE(MCCommon::MCTableRecordIter({1.0}, 0).HasMoreRecords());
+}
+
+TEST(MCStatus, CarriesCodeAndData) {
+    EXPECT_STREQ(MCStatus().GetMessage(), "OK");
+    for (const long code : {1L, 180002L, 180003L, 180004L, 180005L, 180008L, 180009L, 180014L,
+                            180015L, 180016L, 180017L, 180018L, 180019L, 180020L, 180021L}) {
+        const MCStatus status(code, false);
+        EXPECT_FALSE(status.IsOK()) << code;
+        EXPECT_EQ(status.GetCode(), code);
+        EXPECT_STRNE(status.GetMessage(), MCStatus(99, false).GetMessage()) << code;
+    }
+    MCStatus status(MAStatusVariableNotFound, false);
+    EXPECT_EQ(status.GetDiscreteDatum(0), -1);
+    status.SetDiscreteDatum(0, 5);
+    status.SetDiscreteDatum(MCStatus::kMaxData, 6);
+    const MCStatus copy = status;
+    EXPECT_EQ(copy.GetDiscreteDatum(0), 5);
+    EXPECT_EQ(copy.GetDiscreteDatum(MCStatus::kMaxData), -1);
+    status = MCStatus();
+    EXPECT_FALSE(status.HasDiscreteDatum(0)) << "assignment replaces the whole status";
+}
+
+}  // namespace
