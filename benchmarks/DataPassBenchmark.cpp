@@ -1,0 +1,126 @@
+// The data passes, beside one plain pass that only sums the same memory: the limit of what reading
+// the records costs. Every figure is items per second and, as "ns/value", time a value.
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "diststats/MADistStatsImp.h"
+#include "host/MCMV.h"
+#include "host/MCStringEncoder.h"
+#include "host/MCTableRecordIter.h"
+#include "host/MCVariable.h"
+
+namespace {
+
+using MCCommon::MCTableRecordIter;
+using MCMTD_NAMESPACE::MCStringEncoder;
+using MCMTD_NAMESPACE::MCVariable;
+using MCMTD_NAMESPACE::MCVarList;
+
+constexpr std::size_t kValues = 1 << 20;
+constexpr int kCategories = 12;
+
+struct Table {
+    MCVarList list;
+    std::vector<double> values;
+    int width = 0;
+    std::vector<std::vector<double>> cutPoints;
+};
+
+Table MakeTable(int continuous, int categorical, bool withMissing) {
+    Table table;
+    table.width = continuous + categorical;
+    std::vector<std::string> categories;
+    for (int c = 0; c < kCategories; ++c) categories.push_back("category " + std::to_string(c));
+    // Continuous and categorical variables alternate, as they do in real data.
+    std::vector<bool> isCategorical;
+    for (int i = 0, c = 0; i < table.width; ++i) {
+        const bool takeCategorical = (i + 1) * categorical / table.width > c;
+        isCategorical.push_back(takeCategorical);
+        const std::string name = "v" + std::to_string(i);
+        if (takeCategorical) {
+            ++c;
+            table.list.Add(MCVariable::Categorical(name, kCategories), MCStringEncoder(categories));
+            table.cutPoints.emplace_back();
+        } else {
+            table.list.Add(MCVariable::Continuous(name));
+            table.cutPoints.push_back({30.0, 40.0, 50.0, 60.0, 70.0});
+        }
+    }
+    std::mt19937_64 random(1);
+    std::normal_distribution<double> normal(50.0, 10.0);
+    std::uniform_int_distribution<int> category(0, kCategories - 1);
+    std::bernoulli_distribution missing(withMissing ? 0.1 : 0.0);
+    const std::size_t records = kValues / static_cast<std::size_t>(table.width);
+    for (std::size_t r = 0; r < records; ++r) {
+        for (const bool takeCategorical : isCategorical) {
+            const double value = takeCategorical ? category(random) : normal(random);
+            table.values.push_back(missing(random) ? MCMV::Missing() : value);
+        }
+    }
+    return table;
+}
+
+void Report(benchmark::State& state, const Table& table) {
+    const auto values = static_cast<std::int64_t>(table.values.size());
+    state.SetItemsProcessed(state.iterations() * values);
+    state.counters["ns/value"] = benchmark::Counter(
+        static_cast<double>(values) * 1e-9,
+        benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+void PlainSum(benchmark::State& state, int continuous, int categorical, bool withMissing) {
+    const Table table = MakeTable(continuous, categorical, withMissing);
+    for (auto _ : state) {
+        double sum = 0.0;
+        for (const double value : table.values) sum += value;
+        benchmark::DoNotOptimize(sum);
+    }
+    Report(state, table);
+}
+
+void DataPass(benchmark::State& state, int continuous, int categorical, bool withMissing,
+              bool givenCutPoints) {
+    const Table table = MakeTable(continuous, categorical, withMissing);
+    MCTableRecordIter iter(table.values, table.width);
+    const std::vector<std::vector<double>> none;
+    for (auto _ : state) {
+        iter.Rewind();
+        MADistStatsImp stats(table.list, iter, givenCutPoints ? table.cutPoints : none, nullptr);
+        benchmark::DoNotOptimize(stats.GetNumberOfCases(0));
+    }
+    Report(state, table);
+}
+
+void RegisterAll() {
+    const std::vector<std::pair<std::string, std::pair<int, int>>> shapes = {
+        {"10 continuous", {10, 0}}, {"10 categorical", {0, 10}}, {"100 mixed", {50, 50}}};
+    for (const auto& [name, shape] : shapes) {
+        const auto [continuous, categorical] = shape;
+        for (const bool missing : {false, true}) {
+            const std::string label = "/" + name + (missing ? "/missing" : "/complete");
+            benchmark::RegisterBenchmark(("Sum" + label).c_str(), PlainSum, continuous, categorical,
+                                         missing);
+            benchmark::RegisterBenchmark(("GivenCutPoints" + label).c_str(), DataPass, continuous,
+                                         categorical, missing, true);
+            benchmark::RegisterBenchmark(("ComputedCutPoints" + label).c_str(), DataPass,
+                                         continuous, categorical, missing, false);
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    RegisterAll();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
