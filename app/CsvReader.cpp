@@ -50,17 +50,17 @@ CsvReader::CsvReader(const std::string& path, Reading reading, Progress& progres
       mBuffer(kFirstBufferSize + 1),
       mNext(mBuffer.data()),
       mEnd(mBuffer.data()) {
+    Refill();
+    if (BeginsLikeXml({mNext, static_cast<std::size_t>(mEnd - mNext)})) {
+        throw InputError(mFile.Name() + ": this looks like a stored reference, not data");
+    }
     ReadHeading();
     mHeadings.assign(mFields.begin(), mFields.end());
     mMaxFields = mHeadings.size();
 }
 
 void CsvReader::ReadHeading() {
-    Refill();
     const std::string_view beginning(mNext, static_cast<std::size_t>(mEnd - mNext));
-    if (BeginsLikeXml(beginning)) {
-        throw InputError(mFile.Name() + ": this looks like a stored reference, not data");
-    }
     if (beginning.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
         mNext += kByteOrderMark.size();
     }
@@ -82,6 +82,7 @@ void CsvReader::Rewind() {
     mAtEnd = false;
     mLine = 1;
     mAfterCarriageReturn = false;
+    Refill();
     ReadHeading();
     if (!std::equal(mFields.begin(), mFields.end(), mHeadings.begin(), mHeadings.end())) {
         RefuseChanged();

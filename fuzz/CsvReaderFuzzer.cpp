@@ -1,6 +1,7 @@
 // A file of any bytes, beside a plainer reader of all of it at once: the same rows, and the
-// first bad one refused by both. After a rewind it is read once more with a buffer so small that
-// its end falls anywhere; the first byte of the input tells how small.
+// first bad one, or a file that begins like a stored reference, refused by both. After a rewind it
+// is read once more with a buffer so small that its end falls anywhere; the first byte of the input
+// tells how small.
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 
 #include "app/CsvReader.h"
 #include "app/Errors.h"
+#include "app/XmlScan.h"
 #include "fuzz/Fuzzing.h"
 
 using fuzz::Require;
@@ -84,6 +86,10 @@ std::optional<Row> PlainRow(const std::string& file, std::size_t& at) {
 
 Content PlainContent(const std::string& file) {
     Content content;
+    if (app::BeginsLikeXml(file)) {
+        content.good = false;
+        return content;
+    }
     std::size_t at = file.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
     for (; at < file.size(); ++at) {
         if (file[at] == '\n' || file[at] == '\r') continue;
