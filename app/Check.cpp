@@ -71,14 +71,16 @@ void RequireColumns(const std::vector<std::string>& names,
     }
 }
 
-MADistStats Summarise(CsvRecordIter& records, MCQueryCancel& cancel) {
+MADistStats Summarise(CsvRecordIter& records, const std::string& name, MCQueryCancel& cancel) {
     try {
         MADistStats stats(new MADistStatsImp(records.VarList(), records, {}, &cancel));
         return stats;
     } catch (const MCStatus& status) {
         if (status.GetCode() == MAStatusCancelled) throw Cancelled();
-        if (status.GetCode() == MAStatusNoInputVars) throw UsageError("every column is ignored");
-        throw InputError(status.GetMessage());
+        if (status.GetCode() == MAStatusNoInputVars) {
+            throw UsageError(name + ": every column is ignored");
+        }
+        throw InputError(name + ": " + status.GetMessage());
     }
 }
 
@@ -122,7 +124,7 @@ CheckResult Describe(const MADistStats& reference, const std::vector<double>& we
     return result;
 }
 
-CheckResult Compare(const MADistStats& reference, CsvRecordIter& records,
+CheckResult Compare(const MADistStats& reference, CsvRecordIter& records, const std::string& name,
                     const std::vector<double>& weights, MCQueryCancel& cancel) {
     CheckResult result = Describe(reference, weights);
     if (records.VarList().GetNumInputVars() == 0) {
@@ -135,7 +137,7 @@ CheckResult Compare(const MADistStats& reference, CsvRecordIter& records,
     const CutPoints cutPoints(reference, records.VarList());
     const MCStatus summarised = accreditor.ComputeDistStats(cutPoints.lists);
     if (summarised.GetCode() == MAStatusCancelled) throw Cancelled();
-    if (!summarised.IsOK()) throw InputError(summarised.GetMessage());
+    if (!summarised.IsOK()) throw InputError(name + ": " + summarised.GetMessage());
 
     result.status = accreditor.ComputeAccreditation(reference, weights);
     // -1 is the library's mark for no number.
@@ -181,11 +183,12 @@ CheckResult CheckAgainstData(const CheckOptions& options, Progress& progress,
 
     const std::vector<Column> columns = SettleKinds(reference, options.columns, missing);
     CsvRecordIter referenceRecords(reference, columns, missing);
-    const MADistStats referenceStats = Summarise(referenceRecords, cancel);
+    const MADistStats referenceStats =
+        Summarise(referenceRecords, Printable(options.referencePath), cancel);
 
     CsvRecordIter newRecords(newData, ColumnsLike(referenceStats.GetVarList(), newData.Headings()),
                              missing);
-    return Compare(referenceStats, newRecords, weights, cancel);
+    return Compare(referenceStats, newRecords, Printable(options.newPath), weights, cancel);
 }
 
 void RefuseSettledOptions(const CheckOptions& options) {
@@ -213,7 +216,7 @@ CheckResult CheckAgainstDocument(const CheckOptions& options, const SourceText& 
     CheckNewHeadings(newData, names, options.columns.ignored);
     const std::vector<double> weights = WeightsInOrder(options, names);
     CsvRecordIter newRecords(newData, ColumnsLike(list, newData.Headings()), reference.missing);
-    return Compare(reference.stats, newRecords, weights, cancel);
+    return Compare(reference.stats, newRecords, Printable(options.newPath), weights, cancel);
 }
 
 }  // namespace

@@ -247,11 +247,11 @@ MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string
     return list;
 }
 
-MADistStatsImp* NewStats(const MCVarList& list) {
+std::unique_ptr<MADistStatsImp> NewStats(const MCVarList& list, const std::string& documentName) {
     try {
-        return new MADistStatsImp(list, nullptr);
+        return std::make_unique<MADistStatsImp>(list, nullptr);
     } catch (const MCCommon::MCStatus&) {
-        throw UsageError("every column is ignored");
+        throw UsageError(documentName + ": every column is ignored");
     }
 }
 
@@ -324,7 +324,7 @@ StoredReference ReadReference(const SourceText& source, const std::vector<std::s
     const std::vector<Field> fields = ReadDictionary(children.Require("DataDictionary"));
     reference.missing = MissingTokensOf(fields);
 
-    auto stats = std::unique_ptr<MADistStatsImp>(NewStats(ListOf(fields, ignored)));
+    auto stats = NewStats(ListOf(fields, ignored), source.Name());
     const Element extension = children.Require("Extension");
     extension.AllowAttributes({"extender", "name"});
     if (extension.Text("name") != "containerModel")

@@ -60,12 +60,13 @@ std::string Explanation(const MADistStats& stats) {
     return "this summary";
 }
 
-std::string ExportedBy(const StoredReference& reference) {
+std::string ExportedBy(const StoredReference& reference, const std::string& dataName) {
     std::ostringstream out;
     const MCCommon::MCStatus status = reference.stats.ExportAsXML(&reference.application, out);
     if (status.GetCode() == MAStatusCancelled) throw Cancelled();
     if (!status.IsOK()) {
-        throw InputError("a PMML document cannot hold " + Explanation(reference.stats));
+        throw InputError(dataName + ": a PMML document cannot hold " +
+                         Explanation(reference.stats));
     }
     return out.str();
 }
@@ -94,7 +95,7 @@ void AddMissingCounts(pugi::xml_node modelStats, const StoredReference& referenc
 
 }  // namespace
 
-std::string WriteReference(const StoredReference& reference) {
+std::string WriteReference(const StoredReference& reference, const std::string& dataName) {
     const std::vector<std::string> tokens = reference.missing.Texts();
     for (const std::string& token : tokens) {
         if (!IsXmlText(token)) {
@@ -104,7 +105,7 @@ std::string WriteReference(const StoredReference& reference) {
                             Printable(token), kNotText));
         }
     }
-    const std::string exported = ExportedBy(reference);
+    const std::string exported = ExportedBy(reference, dataName);
     pugi::xml_document document;
     document.load_buffer(
         exported.data(), exported.size(),

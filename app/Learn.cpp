@@ -21,11 +21,13 @@ namespace app {
 
 namespace {
 
-void RequireColumns(const std::vector<std::string>& names, const CsvReader& reader) {
+void RequireColumns(const std::vector<std::string>& names, const CsvReader& reader,
+                    const std::string& fileName) {
     const std::vector<std::string>& headings = reader.Headings();
     for (const std::string& name : names) {
         if (std::find(headings.begin(), headings.end(), name) == headings.end()) {
-            throw UsageError(fmt::format("the file has no column \"{}\"", Printable(name)));
+            throw UsageError(
+                fmt::format("{}: the file has no column \"{}\"", fileName, Printable(name)));
         }
     }
 }
@@ -55,26 +57,28 @@ std::string Learn(const LearnOptions& options, Progress& progress, MCQueryCancel
     reference.missing = MissingTokens(options.missing);
     reference.application = ThisProgram();
 
+    const std::string name = Printable(options.dataPath);
     CsvReader reader(options.dataPath, Reading::Repeated, progress, cancel);
     CheckHeadings(reader, options.columns.ignored);
-    RequireColumns(options.columns.ignored, reader);
+    RequireColumns(options.columns.ignored, reader, name);
     const std::vector<Column> columns = SettleKinds(reader, options.columns, reference.missing);
     CsvRecordIter records(reader, columns, reference.missing);
-    if (records.VarList().GetNumInputVars() == 0) throw UsageError("every column is ignored");
+    if (records.VarList().GetNumInputVars() == 0) {
+        throw UsageError(name + ": every column is ignored");
+    }
 
     MAPredictorDist predictor(records.VarList(), records, &cancel);
     const MCStatus status = predictor.ComputeDistStats();
     if (status.GetCode() == MAStatusCancelled) throw Cancelled();
-    if (!status.IsOK()) throw InputError(status.GetMessage());
+    if (!status.IsOK()) throw InputError(name + ": " + status.GetMessage());
 
     reference.stats = predictor.GetDistStats();
-    const std::string name = Printable(options.dataPath);
     RequireWholePasses(reference.stats, records.RecordCount(), name);
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
         reference.missingCounts.push_back(records.RecordCount() -
                                           reference.stats.GetNumberOfCases(slot));
     }
-    std::string document = WriteReference(reference);
+    std::string document = WriteReference(reference, name);
     if (document.size() > kMaxDocumentSize) {
         throw InputError(fmt::format(
             "{}: the reference would be longer than {} MiB; --ignore leaves columns out", name,

@@ -99,27 +99,31 @@ void SyncFolder(const std::string& folder) {
     close(descriptor);
 }
 
+// The place that a path leads to, whether or not a file stands there. The system follows no more
+// links than these either.
+std::filesystem::path WithoutLinks(std::filesystem::path path) {
+    for (int links = 0; links < 40; ++links) {
+        std::error_code notALink;
+        const std::filesystem::path target = std::filesystem::read_symlink(path, notALink);
+        if (notALink) break;
+        path = path.parent_path() / target;
+    }
+    return path;
+}
+
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : mName(Printable(path)), mPath(path) {
-    std::error_code ignored;
-    if (std::filesystem::is_symlink(path, ignored)) {
-        const std::filesystem::path target = std::filesystem::canonical(path, ignored);
-        if (!target.empty()) mPath = target.string();
-    }
-    const std::string folder = std::filesystem::path(mPath).parent_path().string();
-    mFolder = folder.empty() ? "." : folder;
-    if (access(mFolder.c_str(), W_OK | X_OK) != 0) Fail(errno);
-
+OutputFile::OutputFile(const std::string& path) : mName(Printable(path)) {
     struct stat status = {};
-    if (path.empty()) Fail(ENOENT);
-    if (stat(mPath.c_str(), &status) != 0) {
-        if (errno != ENOENT) Fail(errno);
-    } else if (!S_ISREG(status.st_mode)) {
-        throw OutputError(mName + ": is not a regular file");
-    } else if (access(mPath.c_str(), W_OK) != 0) {
-        Fail(errno);
-    }
+    const bool exists = stat(path.c_str(), &status) == 0;
+    if (path.empty() || (!exists && errno != ENOENT)) Fail(errno);
+    if (exists && !S_ISREG(status.st_mode)) throw OutputError(mName + ": is not a regular file");
+
+    const std::filesystem::path place = WithoutLinks(path);
+    mPath = place.string();
+    mFolder = place.has_parent_path() ? place.parent_path().string() : ".";
+    if (access(mFolder.c_str(), W_OK | X_OK) != 0) Fail(errno);
+    if (exists && access(mPath.c_str(), W_OK) != 0) Fail(errno);
 }
 
 void OutputFile::Replace(std::string_view text) {

@@ -30,11 +30,15 @@ Json CategoriesJson(const IMCEncoder& encoder, const std::vector<double>& freque
     return categories;
 }
 
+std::string VariableName(const MADistStats& stats, unsigned int slot) {
+    return stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
+}
+
 Json VariableJson(const StoredReference& reference, unsigned int slot) {
     const MADistStats& stats = reference.stats;
     const int position = stats.GetVarListIndex(slot);
     const bool categorical = stats.IsCategorical(slot);
-    Json variable = {{"name", stats.GetVarList().GetVarAt(position)->GetName()},
+    Json variable = {{"name", VariableName(stats, slot)},
                      {"kind", categorical ? "categorical" : "continuous"},
                      {"cases", stats.GetNumberOfCases(slot)},
                      {"missing", reference.missingCounts[slot]}};
@@ -59,11 +63,21 @@ Json VariableJson(const StoredReference& reference, unsigned int slot) {
 }  // namespace
 
 std::string TextListing(const StoredReference& reference, const std::string& title) {
-    std::stringstream listing;
-    reference.stats.Display(title, listing);
+    std::ostringstream out;
+    reference.stats.Display(Printable(title), out);
+    const std::string listing = out.str();
+    // A name may hold line ends, and would then look like other lines of the listing. Whatever
+    // stands before the next label is title or numbers.
+    const std::string label = "\nVariable name: ";
     std::string shown;
-    for (std::string line; std::getline(listing, line);) shown += Printable(line) + "\n";
-    return shown;
+    std::size_t at = 0;
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const std::string name = VariableName(reference.stats, slot);
+        const std::size_t place = listing.find(label, at) + label.size();
+        shown += listing.substr(at, place - at) + Printable(name);
+        at = place + name.size();
+    }
+    return shown + listing.substr(at);
 }
 
 std::string JsonListing(const StoredReference& reference) {

@@ -48,8 +48,8 @@ StoredReference ReadReference(const SourceText& source,
                               const std::vector<std::string>& ignored = {});
 
 /// The document that ReadReference reads; reading and writing it again gives the same text. Throws
-/// InputError for what a document cannot hold: it names the column if that is a name, a value or
-/// a statistic of it.
-std::string WriteReference(const StoredReference& reference);
+/// InputError, which begins with `dataName`, for what a document cannot hold: it names the column
+/// if that is a name, a value or a statistic of it. Throws UsageError for such a missing token.
+std::string WriteReference(const StoredReference& reference, const std::string& dataName);
 
 }  // namespace app

@@ -22,12 +22,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Require(fuzz::IsWellFormed(text), "what is read is well formed");
 
-    const std::string written = app::WriteReference(*read);
+    const std::string written = app::WriteReference(*read, "f");
     Require(fuzz::IsWellFormed(written), "what is written is well formed");
     const app::StoredReference again = app::ReadReference(app::SourceText("written", written));
     Require(fuzz::SlotsOf(again.stats) == fuzz::SlotsOf(read->stats), "the numbers are kept");
     Require(again.missing.Texts() == read->missing.Texts(), "the missing tokens are kept");
     Require(again.missingCounts == read->missingCounts, "the missing data are kept");
-    Require(app::WriteReference(again) == written, "a second time the same is written");
+    Require(app::WriteReference(again, "f") == written, "a second time the same is written");
     return 0;
 }

@@ -47,14 +47,22 @@ TEST_F(OutputFileTest, ReplacesTheFileAndNothingElse) {
     EXPECT_TRUE(fs::is_symlink(Path("link")));
     EXPECT_EQ(fs::status(Path("new")).permissions(), fs::perms(0640));
     EXPECT_EQ(FileCount(), 2U);
+    fs::remove(Path("new"));
+    fs::create_symlink(Path("link"), Path("far"));
+    OutputFile(Path("far")).Replace("third");
+    EXPECT_EQ(fakes::ReadFile(Path("new")), "third");
+    EXPECT_EQ(FileCount(), 3U);
 }
 
 TEST_F(OutputFileTest, RefusesAPlaceWhereNoFileCanBe) {
+    fs::create_symlink("circle", Path("circle"));
+    OutputFile(Path("file")).Replace("");
     for (const std::string& path :
-         {std::string(), Path("no/file"), Path(""), Path("."), std::string("/dev/null")}) {
+         {std::string(), Path("no/file"), Path(""), Path("."), Path("file/"), Path("new/"),
+          Path("circle"), std::string("/dev/null")}) {
         EXPECT_THROW(OutputFile{path}, app::OutputError) << path;
     }
-    EXPECT_EQ(FileCount(), 0U);
+    EXPECT_EQ(FileCount(), 2U);
 }
 
 TEST_F(OutputFileTest, LeavesWhatWasThereIfTheFileCannotGrow) {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -42,7 +43,7 @@ std::string ExpectStoredLikeData(const std::string& path, const std::vector<std:
     EXPECT_EQ(learned.status, 0) << learned.err;
     if (learned.status != 0) return "";
     const app::SourceText document("stored", learned.out);
-    EXPECT_EQ(app::WriteReference(app::ReadReference(document)), learned.out);
+    EXPECT_EQ(app::WriteReference(app::ReadReference(document), path), learned.out);
 
     const TempFile stored(learned.out);
     for (const std::string& newPath : newPaths) {
@@ -82,7 +83,8 @@ TEST(StoredReference, KeepsAwkwardNamesAndValues) {
     const Arguments options = {"--missing= - ", "--missing=NA", "--categorical=code"};
     const std::vector<std::string> newPaths = {reference.Path(), other.Path()};
     fakes::KeepDocument(ExpectStoredLikeData(reference.Path(), newPaths, options));
-    ExpectStoredLikeData(reference.Path(), newPaths, options,
+    // What was ignored when the reference was learned may be ignored again.
+    ExpectStoredLikeData(reference.Path(), newPaths, options + Arguments{"--ignore=none"},
                          {"--ignore=none", "--ignore=one", "--weight=code=3"});
 }
 
@@ -212,6 +214,12 @@ TEST(Show, PrintsTheListingOrJson) {
     EXPECT_EQ(json["variables"][2]["categories"][0],
               (nlohmann::json{{"value", 1.0}, {"frequency", 2.0}}));
 
+    const TempFile forged(std::regex_replace(Document(), std::regex("name=\"t|field=\"t"),
+                                             "$&&#10;Variable name: n&#10;Case count: 9"));
+    EXPECT_THAT(
+        Accredit({"show", forged.Path()}).out,
+        HasSubstr("\nVariable name: t\\nVariable name: n\\nCase count: 9\nCase count: 4\n"));
+
     const TempFile data("a\n1\n");
     EXPECT_THAT(Accredit({"show", data.Path()}).err, HasSubstr("this is not a stored reference"));
     for (const char* option : {"--missing=x", "--categorical=n", "--continuous=n"}) {
@@ -229,6 +237,8 @@ TEST(Learn, RefusesWhatADocumentCannotHold) {
         const Outcome outcome =
             Accredit(Arguments{"learn", data.Path(), "--output", output.Path()} + options);
         EXPECT_EQ(outcome.status, 2) << row.Label();
+        const std::string where = row.Text(1) == "--missing=\x02" ? "" : data.Path() + ":";
+        EXPECT_THAT(outcome.err, StartsWith("accredit: " + where)) << row.Label();
         EXPECT_THAT(outcome.err, HasSubstr(row.Text(2))) << row.Label();
         EXPECT_EQ(output.Read(), "before") << row.Label();
     }
