@@ -19,7 +19,8 @@ function(accredit_folder_library folder)
     add_library(${target} STATIC ${ARG_SOURCES})
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(${target} PUBLIC ${ARG_LINKS})
-    target_compile_options(${target} PRIVATE -ffp-contract=off -fno-fast-math)
+    target_compile_options(${target} PRIVATE -ffp-contract=off -fno-fast-math
+        -fno-semantic-interposition)
     set_target_properties(${target} PROPERTIES
         POSITION_INDEPENDENT_CODE ON
         CXX_VISIBILITY_PRESET hidden

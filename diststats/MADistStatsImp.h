@@ -21,6 +21,10 @@ namespace MCXML_NAMESPACE {
 class XMLElement;
 }
 
+namespace MADetail {
+class Accumulators;
+}
+
 /// The distribution of every input variable of a list in one body of data.
 ///
 /// Each input variable has a slot: its rank, from 0, among the list's input variables. All
@@ -173,4 +177,5 @@ private:
     std::vector<std::vector<double>> mCutPoints;
     std::vector<VarSummary> mSummaries;
     MCQueryCancel* mQueryCancel;
+    MADetail::Accumulators* mPass = nullptr;  // Of the pass that runs; MakeADataPass owns them.
 };

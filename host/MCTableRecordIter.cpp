@@ -11,7 +11,7 @@ MCTableRecordIter::MCTableRecordIter(std::vector<double> values, int recordSize)
 bool MCTableRecordIter::HasMoreRecords() { return mRecordSize > 0 && mNext < mValues.size(); }
 
 const Record* MCTableRecordIter::GetNextRecord() {
-    if (!HasMoreRecords()) return nullptr;
+    if (!MCTableRecordIter::HasMoreRecords()) return nullptr;
     const std::size_t size = std::min(mRecordSize, mValues.size() - mNext);
     mRecord = Record(mValues.data() + mNext, static_cast<int>(size));
     mNext += size;

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -105,15 +107,43 @@ TEST(DataPass, PollsTheQueryBeforeEveryTwentiethRecordOfEachPass) {
     }
 }
 
+bool Same(double left, double right) {
+    return std::isnan(left) ? std::isnan(right) : std::memcmp(&left, &right, sizeof left) == 0;
+}
+
 TEST(VarSummary, FoldsValuesAsAPassDoes) {
-    VarSummary summary;
-    for (const double value : {2.5, MCMV::Missing(), -1.0, 4.0}) summary.AddValue(value);
-    EXPECT_EQ(summary.count, 3U);
-    EXPECT_EQ(summary.min, -1.0);
-    EXPECT_EQ(summary.max, 4.0);
-    summary.Finish();
-    EXPECT_DOUBLE_EQ(summary.mean, 5.5 / 3.0);
-    EXPECT_DOUBLE_EQ(summary.stdDev, std::sqrt(79.0 / 12.0));
+    const double inf = std::numeric_limits<double>::infinity();
+    const Numbers odd = {MCMV::Missing(), MCMV::Missing(), -0.0, 0.0,  5e-324,
+                         1e308,           -1e308,          inf,  -inf, std::nan("")};
+    const std::string names = "a b c d e ";
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> uniform(-1.0, 3.0);
+    for (int table = 0; table < 500; ++table) {
+        // Up to NaN in every third table, up to the tame ones in the others.
+        const std::size_t kinds = table % 3 == 0 ? odd.size() : 5;
+        const std::size_t width = random() % 5 + 1;
+        std::vector<Numbers> rows(random() % 12, Numbers(width));
+        std::vector<VarSummary> expected(width);
+        for (Numbers& row : rows) {
+            for (std::size_t i = 0; i < width; ++i) {
+                const std::size_t kind = random() % (2 * kinds);
+                row[i] = kind < kinds ? odd[kind] : uniform(random);
+                expected[i].AddValue(row[i]);
+            }
+        }
+        const MADistStats stats = fakes::Summary(List(names.substr(0, 2 * width)), rows);
+        for (unsigned int slot = 0; slot < width; ++slot) {
+            VarSummary& alone = expected[slot];
+            alone.Finish();
+            VarSummary inPass;
+            stats.GetMinMax(slot, inPass.min, inPass.max);
+            stats.GetMeanStdDev(slot, inPass.mean, inPass.stdDev);
+            EXPECT_EQ(stats.GetNumberOfCases(slot), alone.count);
+            EXPECT_TRUE(Same(inPass.min, alone.min) && Same(inPass.max, alone.max)) << table;
+            EXPECT_TRUE(Same(inPass.mean, alone.mean)) << table;
+            EXPECT_TRUE(Same(inPass.stdDev, alone.stdDev)) << table;
+        }
+    }
 }
 
 }  // namespace
