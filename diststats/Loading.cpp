@@ -102,16 +102,22 @@ bool MADistStatsImp::SetAllStats(const MCUniStats& stats) {
 
     if (!IsCaseCount(stats.GetNumberOfCases())) return false;
     const auto count = static_cast<unsigned long>(stats.GetNumberOfCases());
-    if (categorical) {
-        const double missing = MCMV::Missing();
-        return SetSummStats(slot, count, missing, missing, missing, missing) &&
-               SetFreqs(slot, stats.GetFrequencies());
+    const VarSummary before = mSummaries[slot];
+    try {
+        if (categorical) {
+            const double missing = MCMV::Missing();
+            return SetSummStats(slot, count, missing, missing, missing, missing) &&
+                   SetFreqs(slot, stats.GetFrequencies());
+        }
+        const MCUniStats::SummStats& summStats = stats.GetSummStats();
+        std::vector<double> cutPoints;
+        return stats.AreIntervalsOpenLeft() &&
+               SetSummStats(slot, count, summStats.min, summStats.max, summStats.mean,
+                            summStats.stdDev) &&
+               TakeCutPoints(stats.GetCutPoints(), cutPoints) &&
+               SetFreqs(slot, stats.GetFrequencies(), cutPoints);
+    } catch (...) {
+        mSummaries[slot] = before;
+        throw;
     }
-    const MCUniStats::SummStats& summStats = stats.GetSummStats();
-    std::vector<double> cutPoints;
-    return stats.AreIntervalsOpenLeft() &&
-           SetSummStats(slot, count, summStats.min, summStats.max, summStats.mean,
-                        summStats.stdDev) &&
-           TakeCutPoints(stats.GetCutPoints(), cutPoints) &&
-           SetFreqs(slot, stats.GetFrequencies(), cutPoints);
 }

@@ -135,7 +135,7 @@ public:
     /// of a continuous variable are not open on the left, or if SetSummStats refuses. False is also
     /// the answer if SetFreqs then refuses, or if margins do not begin and end with
     /// MCMV::Missing() and hold at least one cut point in between (see MCUniStats); the summary is
-    /// then the new one, beside the old frequencies.
+    /// then the new one, beside the old frequencies. If memory runs out, nothing changes.
     bool SetAllStats(const MCMTD_NAMESPACE::MCUniStats& stats);
 
     /// Prints the summary as text under this title, for a reader: of each variable the name, the

@@ -11,6 +11,17 @@ MCNumberEncoder::MCNumberEncoder(const std::vector<double>& categories) {
     for (const double category : categories) AddCategory(category);
 }
 
+MCNumberEncoder::MCNumberEncoder(const MCNumberEncoder& other) = default;
+MCNumberEncoder::MCNumberEncoder(MCNumberEncoder&& other) = default;
+MCNumberEncoder::~MCNumberEncoder() = default;
+
+MCNumberEncoder& MCNumberEncoder::operator=(MCNumberEncoder other) noexcept {
+    mCategories.swap(other.mCategories);
+    mCodes.swap(other.mCodes);
+    mNaNCode = other.mNaNCode;
+    return *this;
+}
+
 int MCNumberEncoder::AddCategory(double value) {
     const int known = Find(value);
     if (known >= 0) return known;

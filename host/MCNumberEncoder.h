@@ -19,6 +19,12 @@ public:
     /// The categories in code order. A number given twice keeps its first code.
     explicit MCNumberEncoder(const std::vector<double>& categories);
 
+    MCNumberEncoder(const MCNumberEncoder& other);  ///< A whole copy.
+    MCNumberEncoder(MCNumberEncoder&& other);       ///< Takes over.
+    /// The same. If memory runs out, the encoder stays as it was.
+    MCNumberEncoder& operator=(MCNumberEncoder other) noexcept;
+    ~MCNumberEncoder() override;
+
     /// The code of the category, which is added behind the others if it is new.
     int AddCategory(double value);
 

@@ -10,6 +10,16 @@ MCStringEncoder::MCStringEncoder(const std::vector<std::string>& categories) {
     for (const std::string& category : categories) AddCategory(category);
 }
 
+MCStringEncoder::MCStringEncoder(const MCStringEncoder& other) = default;
+MCStringEncoder::MCStringEncoder(MCStringEncoder&& other) = default;
+MCStringEncoder::~MCStringEncoder() = default;
+
+MCStringEncoder& MCStringEncoder::operator=(MCStringEncoder other) noexcept {
+    mCategories.swap(other.mCategories);
+    mCodes.swap(other.mCodes);
+    return *this;
+}
+
 int MCStringEncoder::AddCategory(const std::string& value) {
     const auto found = mCodes.find(value);
     if (found != mCodes.end()) return found->second;

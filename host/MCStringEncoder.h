@@ -18,6 +18,12 @@ public:
     /// The categories in code order. A string given twice keeps its first code.
     explicit MCStringEncoder(const std::vector<std::string>& categories);
 
+    MCStringEncoder(const MCStringEncoder& other);  ///< A whole copy.
+    MCStringEncoder(MCStringEncoder&& other);       ///< Takes over.
+    /// The same. If memory runs out, the encoder stays as it was.
+    MCStringEncoder& operator=(MCStringEncoder other) noexcept;
+    ~MCStringEncoder() override;
+
     /// The code of the category, which is added behind the others if it is new.
     int AddCategory(const std::string& value);
 

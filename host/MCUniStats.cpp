@@ -19,7 +19,7 @@ MCUniStats::MCUniStats(const std::string& name, double cases, const SummStats& s
 
 MCUniStats::MCUniStats(const MCUniStats& other) = default;
 MCUniStats::MCUniStats(MCUniStats&& other) noexcept = default;
-MCUniStats& MCUniStats::operator=(const MCUniStats& other) = default;
+MCUniStats& MCUniStats::operator=(const MCUniStats& other) { return *this = MCUniStats(other); }
 MCUniStats& MCUniStats::operator=(MCUniStats&& other) noexcept = default;
 MCUniStats::~MCUniStats() = default;
 

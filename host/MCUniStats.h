@@ -36,9 +36,10 @@ public:
     MCUniStats(const std::string& name, double cases, const SummStats& summStats,
                const std::vector<double>& cutPoints, const std::vector<double>& frequencies);
 
-    MCUniStats(const MCUniStats& other);                 ///< A whole copy.
-    MCUniStats(MCUniStats&& other) noexcept;             ///< Takes over.
-    MCUniStats& operator=(const MCUniStats& other);      ///< A whole copy.
+    MCUniStats(const MCUniStats& other);      ///< A whole copy.
+    MCUniStats(MCUniStats&& other) noexcept;  ///< Takes over.
+    /// A whole copy. If memory runs out, the object stays as it was.
+    MCUniStats& operator=(const MCUniStats& other);
     MCUniStats& operator=(MCUniStats&& other) noexcept;  ///< Takes over.
     ~MCUniStats();
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -103,6 +104,33 @@ TEST(PMMLExport, WritesNothingIfANumberIsNotFinite) {
         fakes::RecordSource source(Column(values));
         const MADistStatsImp stats(List("x"), source, {}, nullptr);
         EXPECT_EQ(CodeOfExport(stats), 180009) << fakes::ToText(values);
+    }
+}
+
+TEST(PMMLExport, AStreamThatIsFullAtAnyByteHoldsTheBeginning) {
+    const MADistStats stats = fakes::Summary(List("x c:a"), {{1, 0}, {2, 0}});
+    const std::vector<std::function<void(std::ostream&)>> writers = {
+        [&](std::ostream& out) { EXPECT_TRUE(stats.ExportAsXML(nullptr, out).IsOK()); },
+        [&](std::ostream& out) { stats.Display("title", out); }};
+    for (const auto& write : writers) {
+        std::ostringstream whole;
+        write(whole);
+        for (std::size_t room = 0; room < whole.str().size(); ++room) {
+            for (const bool throws : {false, true}) {
+                fakes::FullBuffer full(room, throws);
+                std::ostream out(&full);
+                if (throws) out.exceptions(std::ios::badbit);
+                bool thrown = false;
+                try {
+                    write(out);
+                } catch (const std::ios::failure&) {
+                    thrown = true;
+                }
+                EXPECT_EQ(thrown, throws) << room;
+                EXPECT_TRUE(out.bad()) << room;
+                EXPECT_EQ(full.taken, whole.str().substr(0, room));
+            }
+        }
     }
 }
 

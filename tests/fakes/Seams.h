@@ -2,6 +2,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <ios>
+#include <streambuf>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -65,6 +68,28 @@ public:
 private:
     int mCancelAt;
     std::function<void()> mInstead;
+};
+
+/// A place for output that takes so many bytes, and then refuses the rest or throws.
+class FullBuffer : public std::streambuf {
+public:
+    FullBuffer(std::size_t room, bool throws) : mRoom(room), mThrows(throws) {}
+
+    std::string taken;
+
+protected:
+    int overflow(int byte) override {
+        if (taken.size() < mRoom) {
+            taken += static_cast<char>(byte);
+            return byte;
+        }
+        if (mThrows) throw std::ios_base::failure("full");
+        return traits_type::eof();
+    }
+
+private:
+    std::size_t mRoom;
+    bool mThrows;
 };
 
 }  // namespace fakes

@@ -113,6 +113,21 @@ TEST(AllocationFailure, ListsAndEncodersKeepTheirState) {
         MCMTD_NAMESPACE::MCNumberEncoder numbers({1.0});
         failed = guarded([&] { numbers.AddCategory(2.0); });
         EXPECT_EQ(numbers.GetNumCategories(), failed ? 1 : 2);
+
+        MCMTD_NAMESPACE::MCStringEncoder otherStrings({"x", "y", "z"});
+        failed = guarded([&] { strings = otherStrings; });
+        EXPECT_EQ(strings.EncodeString("a"), failed ? 0.0 : -1.0);
+        EXPECT_EQ(strings.EncodeString(strings.DecodeString(0)), 0.0);
+        MCMTD_NAMESPACE::MCNumberEncoder otherNumbers({7.0, 8.0, 9.0});
+        failed = guarded([&] { numbers = otherNumbers; });
+        EXPECT_EQ(numbers.EncodeNumber(1.0), failed ? 0.0 : -1.0);
+        EXPECT_EQ(numbers.EncodeNumber(numbers.DecodeNumber(0)), 0.0);
+
+        const auto shared = std::make_shared<MCMTD_NAMESPACE::MCVariable>("shared", 1);
+        failed = guarded([&] { target.AddShared(shared); });
+        EXPECT_EQ(target.FindVariable("shared") < 0, failed);
+        EXPECT_EQ(shared.use_count(), failed ? 1 : 2);
+        guarded([&] { const auto copy = list; });
     });
 }
 
@@ -137,7 +152,9 @@ TEST(AllocationFailure, LoadingReplacesAPairOrNothing) {
     const fakes::Numbers frequencies = {4, 5, 6};
     const fakes::Numbers cutPoints = {5, 6};
     const fakes::Numbers categories = {4, 5};
-    const MCMTD_NAMESPACE::MCUniStats all("c", 9, categories);
+    const MCMTD_NAMESPACE::MCUniStats ofCategories("c", 9, categories);
+    const MCMTD_NAMESPACE::MCUniStats ofBins("x", 3, {1, 2, 1.5, 0.5},
+                                             {MCMV::Missing(), 1.5, MCMV::Missing()}, {2, 1});
     FailEveryAllocation([&](const Guarded& guarded) {
         guarded([] { const MADistStatsImp none(kList, nullptr); });
         MADistStatsImp shell(kList, nullptr);
@@ -146,8 +163,16 @@ TEST(AllocationFailure, LoadingReplacesAPairOrNothing) {
         EXPECT_EQ(Contents(shell, 0), failed ? "0; M M 0 0; 5; 1 2" : "0; M M 0 0; 5 6; 4 5 6");
         failed = guarded([&] { shell.SetFreqs(1, categories); });
         EXPECT_EQ(Contents(shell, 1), failed ? "0; M M 0 0; ;" : "0; M M 0 0; ; 4 5");
-        failed = guarded([&] { shell.SetAllStats(all); });
-        EXPECT_TRUE(failed || shell.GetNumberOfCases(1) == 9);
+        failed = guarded([&] { shell.SetAllStats(ofCategories); });
+        EXPECT_EQ(shell.GetNumberOfCases(1), failed ? 0U : 9U);
+        const std::string before = Contents(shell, 0);
+        failed = guarded([&] { shell.SetAllStats(ofBins); });
+        EXPECT_EQ(Contents(shell, 0), failed ? before : "3; 1 2 1.5 0.5; 1.5; 2 1");
+        MCMTD_NAMESPACE::MCUniStats stats = ofCategories;
+        failed = guarded([&] { stats = ofBins; });
+        EXPECT_EQ(stats.GetVarName(), failed ? "c" : "x");
+        EXPECT_EQ(stats.IsCategorical(), failed);
+        EXPECT_EQ(stats.GetFrequencies(), failed ? categories : fakes::Numbers({2, 1}));
     });
 }
 
@@ -180,6 +205,10 @@ TEST(AllocationFailure, FrontEndsKeepWhatTheyPromise) {
         MAPredictorDist predictor(kList, iter, nullptr);
         failed = guarded([&] { predictor.ComputeDistStats(); });
         EXPECT_EQ(predictor.GetDistStats().GetVarCount(), failed ? 0U : 2U);
+        iter.Rewind();
+        EXPECT_TRUE(predictor.ComputeDistStats().IsOK());
+        failed = guarded([&] { predictor.ComputeDistStats(); });
+        EXPECT_EQ(predictor.GetDistStats().GetNumberOfCases(0), failed ? 6U : 0U);
     });
 }
 
@@ -192,6 +221,7 @@ TEST(AllocationFailure, AnExportWritesAllOrNothing) {
         out.seekp(0);
         const bool failed = guarded([&] { EXPECT_TRUE(summary->ExportAsXML(&info, out).IsOK()); });
         EXPECT_TRUE(!failed || out.tellp() == 0);
+        guarded([&] { summary->Display(kLongName, out); });
 
         const std::unique_ptr<XMLElement> element(XMLElement::Create("E"));
         element->SetAttribute("a", "old");
