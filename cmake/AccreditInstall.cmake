@@ -24,9 +24,17 @@ install(FILES "${PROJECT_BINARY_DIR}/accredit-config.cmake"
               "${PROJECT_BINARY_DIR}/accredit-config-version.cmake"
         DESTINATION "${package_dir}" COMPONENT dev)
 
-# Relative to its own place, so that an installation may be moved.
-file(RELATIVE_PATH ACCREDIT_PC_TO_PREFIX
-     "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+    set(ACCREDIT_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
+    set(ACCREDIT_PC_INCLUDEDIR "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
+    set(ACCREDIT_PC_LIBDIR "${CMAKE_INSTALL_FULL_LIBDIR}")
+else()
+    # Relative to the file's own place, so that an installation may be moved.
+    file(RELATIVE_PATH to_prefix "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+    set(ACCREDIT_PC_PREFIX "\${pcfiledir}/${to_prefix}")
+    set(ACCREDIT_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+    set(ACCREDIT_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/accredit.pc.in" "${PROJECT_BINARY_DIR}/accredit.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/accredit.pc"
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT dev)
@@ -38,8 +46,18 @@ if(ACCREDIT_BUILD_APP)
             DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
 endif()
 
-# cpack in the build folder makes three Debian packages: the shared library, what a developer needs,
-# and the program, which has the library linked in.
+# The licence goes where Debian looks for it, once a package.
+foreach(component_package library:libaccredit${PROJECT_VERSION_MAJOR} dev:libaccredit-dev program:accredit)
+    string(REPLACE ":" ";" pair "${component_package}")
+    list(GET pair 0 component)
+    list(GET pair 1 package)
+    install(FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+            DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}" RENAME copyright
+            COMPONENT ${component})
+endforeach()
+
+# cmake --workflow --preset package makes three Debian packages: the shared library, what a developer
+# needs, and the program, which has the library linked in.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The Accredit authors <authors@accredit.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
@@ -50,6 +68,7 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "libaccredit${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libaccredit-dev)
