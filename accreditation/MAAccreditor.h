@@ -45,11 +45,13 @@ public:
     /// ComputeDistStats or the end of the accreditor.
     const MADistStats& GetDistStats() const;
 
-    /// Compares the new data with a reference. `weights` is empty for a plain mean, or has one
-    /// entry, 0 or more and finite, for each input variable of the reference, in its order. A
-    /// variable of weight 0 is tested all the same; variables that only the new data has are
-    /// ignored. A test that could not be carried out without being a failure enters the mean with
-    /// the p-value -1.
+    /// Compares the new data with a reference: each variable by Pearson's chi-square test that the
+    /// new frequencies come from the distribution of the reference's, over its m categories or
+    /// bins, with m - 1 degrees of freedom. `weights` is empty for a plain mean, or has one entry,
+    /// 0 or more and finite, for each input variable of the reference, in its order; one that is
+    /// not finite leaves no number: -1 or a NaN. A variable of weight 0 is tested all the same;
+    /// variables that only the new data has are ignored. A test that could not be carried out
+    /// without being a failure enters the mean with the p-value -1.
     ///
     /// Gives the first failure, and the accreditation is then -1: MAStatusNoDistStats if one of the
     /// summaries is empty; MAStatusUnnamedVariable, MAStatusVariableNotFound,

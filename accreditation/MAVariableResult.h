@@ -6,6 +6,9 @@
 #include "host/AccreditExport.h"
 #include "host/MCStatus.h"
 
+/// @file
+/// The results of the single variables.
+
 /// The result of one variable of a reference against a new summary.
 struct ACCREDIT_EXPORT MAVariableResult {
     /// The slot of the variable in the new summary, -1 if it has no partner there.

@@ -4,6 +4,7 @@
 
 #include "host/AccreditExport.h"
 
+/// Mathematics.
 namespace MAMath {
 
 /// Statistical distribution functions: normal, chi-square, F, t and binomial with their inverses,
@@ -30,16 +31,19 @@ public:
     /// @name Normal distribution
     /// @{
 
-    /// P(Z <= z) for a standard normal Z; 0 and 1 for infinite z. Missing for a NaN.
+    /// P(Z <= z) for a standard normal Z, by piecewise polynomials for the error function
+    /// (Abramowitz and Stegun 26.2.29); 0 and 1 for infinite z. Missing for a NaN.
     static double CdfStdNorm(double z);
 
-    /// P(X <= x) for a normal X. Missing for sd <= 0, even where x equals the mean.
+    /// P(X <= x) for a normal X: CdfStdNorm of (x - mean) / sd. Missing for sd <= 0, even where x
+    /// equals the mean.
     static double CdfNorm(double x, double mean, double sd);
 
     /// The z with P(Z <= z) = p, by Algorithm AS 241. Missing unless 0 < p < 1.
     static double IdfStdNorm(double p);
 
-    /// The normal quantile of p; exactly `mean` for p = 0.5. Missing unless 0 < p < 1 and sd > 0.
+    /// The normal quantile of p, from IdfStdNorm; exactly `mean` for p = 0.5. Missing unless 0 < p
+    /// < 1 and sd > 0.
     static double IdfNorm(double p, double mean, double sd);
 
     /// @}
@@ -61,10 +65,12 @@ public:
     /// the logarithms of gamma leave it no digit at all.
     /// @{
 
-    /// P(F <= x) with df1 and df2 degrees of freedom; 0 for x <= 0. Missing if either is <= 0.
+    /// P(F <= x) with df1 and df2 degrees of freedom, from the incomplete beta function (Abramowitz
+    /// and Stegun 26.6.2); 0 for x <= 0. Missing if either is <= 0.
     static double CdfF(double x, double df1, double df2);
 
-    /// P(T <= x) with df degrees of freedom. With df above 1e7 and |x| above 1.7 the probability of
+    /// P(T <= x) with df degrees of freedom, from the incomplete beta function (Abramowitz and
+    /// Stegun 26.7.1). With df above 1e7 and |x| above 1.7 the probability of
     /// the tail is off by up to a quarter. Missing for df <= 0.
     static double CdfT(double x, double df);
 
@@ -83,13 +89,14 @@ public:
     /// @name Binomial distribution with n trials and success probability p
     /// @{
 
-    /// P(X <= x); x is taken down to a whole number. Exact summation from the mode outwards; a
-    /// normal approximation where the first term underflows and for counts of 2^31 or more.
-    /// Codes: 1 n < 1, p outside [0, 1], or a NaN; 3 n not a (finite) whole number.
+    /// P(X <= x); x is taken down to a whole number. Exact summation from the mode outwards; the
+    /// normal approximation of Peizer and Pratt where the first term underflows and for counts of
+    /// 2^31 or more. Codes: 1 n < 1, p outside [0, 1], or a NaN; 3 n not a (finite) whole number.
     static double CdfBin(double x, double n, double p, long& code);
 
-    /// P(X = x); 0 with code 0 if x is not a whole number. n may be fractional.
-    /// Codes: 1 n < 1, p outside [0, 1], or a NaN; 2 no value within the range of doubles.
+    /// P(X = x), as a product for small n, else from logarithms of gamma; 0 with code 0 if x is not
+    /// a whole number. n may be fractional. Codes: 1 n < 1, p outside [0, 1], or a NaN; 2 no value
+    /// within the range of doubles.
     static double PdfBin(double x, double n, double p, long& code);
 
     /// The largest whole number m with `CdfBin(m) <= prob` (within 2.8e-14); -1 if there is none,
@@ -120,7 +127,8 @@ public:
                        long k, double& result, long& code);
 
     /// A confidence interval of the median from order statistics, for n values with n weights that
-    /// add up to N cases; `level` is the level asked for in percent.
+    /// add up to N cases; `level` is the level asked for in percent. The ranks are those of the
+    /// binomial distribution with p = 1/2 of the cases below the median.
     ///
     /// `lower` and `upper` get the two values that bracket the median. With `wantLevel`, `actual`
     /// gets the level that they reach, in percent: ranks being whole numbers, it differs from the
@@ -135,8 +143,9 @@ public:
 
     /// @}
 
-    /// ln(gamma(x)) for x > 0. Missing for x = 0. Below 0 there is no such function: the result is
-    /// missing or a number without meaning.
+    /// ln(gamma(x)) for x > 0, by pairs of polynomials and, from 8 on, Stirling's formula
+    /// (Abramowitz and Stegun 6.1.41). Missing for x = 0. Below 0 there is no such function: the
+    /// result is missing or a number without meaning.
     static double teskdnlgam(const double& x);
 
 private:

@@ -58,6 +58,7 @@ MADistStatsImp& MADistStatsImp::operator=(const MADistStatsImp& other) {
     mCutPoints = std::move(copy.mCutPoints);
     mSummaries = std::move(copy.mSummaries);
     mQueryCancel = copy.mQueryCancel;
+    mPass = copy.mPass;
     return *this;
 }
 

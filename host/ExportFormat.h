@@ -2,6 +2,7 @@
 
 #include "host/AccreditExport.h"
 
+/// Trees of XML elements.
 namespace MCXML_NAMESPACE {
 
 /// How an XMLElement is written.

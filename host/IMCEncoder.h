@@ -8,7 +8,8 @@ namespace MCMTD_NAMESPACE {
 
 /// Maps the category values of one categorical variable to codes and back. The codes are 0 to
 /// GetNumCategories() - 1; records and frequency vectors carry codes. Applications may derive their
-/// own; MCStringEncoder and MCNumberEncoder are ready-made.
+/// own; MCStringEncoder and MCNumberEncoder are ready-made. Several threads may call the constant
+/// operations at once.
 class ACCREDIT_EXPORT IMCEncoder {
 public:
     /// What the category values are. Every value other than ValueTypeNumber means strings.
@@ -31,10 +32,11 @@ public:
     /// The code of a number, or -1 if it is not a category.
     virtual double EncodeNumber(double value) const = 0;
 
-    /// The string of a code.
+    /// The string of a code; the library asks for codes from 0 to GetNumCategories() - 1 of an
+    /// encoder of strings.
     virtual std::string DecodeString(int code) const = 0;
 
-    /// The number of a code.
+    /// The number of a code; the library asks for codes in the same range of an encoder of numbers.
     virtual double DecodeNumber(int code) const = 0;
 };
 

@@ -4,10 +4,15 @@
 
 #include "host/AccreditExport.h"
 
+/// @file
+/// What a variable is.
+
+/// Variables, their encoders, lists of them, and stored statistics.
 namespace MCMTD_NAMESPACE {
 
 /// One variable of an MCVarList. Applications may derive their own; MCVariable is ready-made.
-/// The answers must stay the same while the variable stands in a list.
+/// The answers must stay the same while the variable stands in a list, and several threads may ask
+/// for them at once.
 class ACCREDIT_EXPORT IMCVariable {
 public:
     /// What a variable is for. Only input variables are summarised and matched; all other roles,

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The status codes that the library raises, for use with MCCommon::MCStatus. 0 is OK.
 /// The numbers are part of the interface.
 
@@ -33,5 +34,5 @@ inline constexpr long MAStatusNoCases = 180018;
 inline constexpr long MAStatusTooFewCases = 180019;
 /// The categories of the two samples cannot be aligned.
 inline constexpr long MAStatusCategoriesDiffer = 180020;
-/// The weights have the wrong number of entries, or one of them is negative.
+/// The weights have the wrong number of entries, or one of them is below 0.
 inline constexpr long MAStatusBadWeights = 180021;

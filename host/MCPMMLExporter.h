@@ -28,7 +28,8 @@ public:
     explicit MCPMMLExporter(MCQueryCancel* queryCancel);
     ~MCPMMLExporter();
 
-    /// The empty root element with version, namespace and schema location. Never null.
+    /// The empty root element with version, namespace and schema location; the caller owns it.
+    /// Never null.
     MCXML_NAMESPACE::XMLElement* ExportPMMLElement() const;
 
     /// The header with the legal notice. `description` is left out if it is empty. With

@@ -7,8 +7,11 @@
 
 namespace MCCommon {
 
-/// The result of every operation that can fail, and the only thing that the library throws: a code,
-/// a flag and a few numbered data. A plain value without a destructor; copy and assign it freely.
+/// The result of every operation that can fail, and what a constructor that fails throws: a code, a
+/// flag and a few numbered data. A plain value without a destructor; copy and assign it freely.
+///
+/// Beside it, std::bad_alloc passes through every operation that takes memory, and so does whatever
+/// an application's own class or stream throws.
 class ACCREDIT_EXPORT MCStatus {
 public:
     /// How many data a status holds: those with index 0 to kMaxData - 1.

@@ -2,6 +2,7 @@
 
 #include "host/AccreditExport.h"
 
+/// Records, their sources, and status values.
 namespace MCCommon {
 
 /// One data record: a view of one double for each variable of an MCVarList, in list order. A

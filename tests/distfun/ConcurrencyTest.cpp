@@ -17,6 +17,16 @@ std::vector<double> AllResults() {
             results.push_back(static_cast<double>(code));
         }
     }
+    const std::vector<double> values = {1, 2, 3, 5, 8};
+    const std::vector<double> weights = {9, 1, 4, 4, 2};
+    double place = 0.0;
+    long code = 0;
+    MAMath::MCDistFun::GPTile(5, 40.0, values, weights, {}, 0, place, code);
+    double lower = 0.0;
+    double upper = 0.0;
+    double actual = 0.0;
+    MAMath::MCDistFun::Mednci(5, values, weights, 20.0, 95.0, true, lower, upper, actual);
+    results.insert(results.end(), {place, lower, upper, actual});
     return results;
 }
 
