@@ -3,8 +3,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <fstream>
 #include <random>
 #include <string>
 #include <utility>
@@ -98,26 +100,80 @@ void DataPass(benchmark::State& state, int continuous, int categorical, bool wit
     Report(state, table);
 }
 
-void RegisterAll() {
-    const std::vector<std::pair<std::string, std::pair<int, int>>> shapes = {
-        {"10 continuous", {10, 0}}, {"10 categorical", {0, 10}}, {"100 mixed", {50, 50}}};
-    for (const auto& [name, shape] : shapes) {
-        const auto [continuous, categorical] = shape;
+struct Case {
+    std::string name;
+    int continuous;
+    int categorical;
+    bool withMissing;
+};
+
+std::vector<Case> Cases() {
+    std::vector<Case> cases;
+    for (const Case& shape :
+         {Case{"10 continuous", 10, 0, false}, Case{"10 categorical", 0, 10, false},
+          Case{"100 mixed", 50, 50, false}}) {
         for (const bool missing : {false, true}) {
-            const std::string label = "/" + name + (missing ? "/missing" : "/complete");
-            benchmark::RegisterBenchmark(("Sum" + label).c_str(), PlainSum, continuous, categorical,
-                                         missing);
-            benchmark::RegisterBenchmark(("GivenCutPoints" + label).c_str(), DataPass, continuous,
-                                         categorical, missing, true);
-            benchmark::RegisterBenchmark(("ComputedCutPoints" + label).c_str(), DataPass,
-                                         continuous, categorical, missing, false);
+            cases.push_back({shape.name + (missing ? "/missing" : "/complete"), shape.continuous,
+                             shape.categorical, missing});
+        }
+    }
+    return cases;
+}
+
+void RegisterAll() {
+    for (const auto& [name, continuous, categorical, missing] : Cases()) {
+        benchmark::RegisterBenchmark(("Sum/" + name).c_str(), PlainSum, continuous, categorical,
+                                     missing);
+        benchmark::RegisterBenchmark(("GivenCutPoints/" + name).c_str(), DataPass, continuous,
+                                     categorical, missing, true);
+        benchmark::RegisterBenchmark(("ComputedCutPoints/" + name).c_str(), DataPass, continuous,
+                                     categorical, missing, false);
+    }
+}
+
+// Writes the tables and their summaries into a folder, for others to summarise the same data and
+// to compare: of each case the values record by record as doubles, and of each variable a line with
+// its kind, cases, minimum, maximum, mean, deviation and frequencies.
+void Dump(const std::string& folder) {
+    for (const Case& each : Cases()) {
+        const Table table = MakeTable(each.continuous, each.categorical, each.withMissing);
+        std::string name = each.name;
+        std::replace(name.begin(), name.end(), '/', '-');
+        std::ofstream(folder + "/" + name + ".doubles", std::ios::binary)
+            .write(reinterpret_cast<const char*>(table.values.data()),
+                   static_cast<std::streamsize>(table.values.size() * sizeof(double)));
+        for (const bool given : {true, false}) {
+            MCTableRecordIter iter(table.values, table.width);
+            const MADistStatsImp stats(table.list, iter,
+                                       given ? table.cutPoints : std::vector<std::vector<double>>(),
+                                       nullptr);
+            std::ofstream out(folder + "/" + name + (given ? ".given" : ".computed"));
+            out.precision(17);
+            for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
+                double min = 0.0;
+                double max = 0.0;
+                double mean = 0.0;
+                double deviation = 0.0;
+                stats.GetMinMax(slot, min, max);
+                stats.GetMeanStdDev(slot, mean, deviation);
+                out << stats.IsCategorical(slot) << ' ' << stats.GetNumberOfCases(slot);
+                for (const double value : {min, max, mean, deviation}) out << ' ' << value;
+                for (const double frequency : stats.GetFrequencies(slot)) out << ' ' << frequency;
+                out << '\n';
+            }
         }
     }
 }
 
 }  // namespace
 
+// data_pass_benchmark --dump=FOLDER writes the data; without it the options are the benchmark's.
 int main(int argc, char** argv) {
+    const std::string option = "--dump=";
+    if (argc == 2 && std::string(argv[1]).rfind(option, 0) == 0) {
+        Dump(std::string(argv[1]).substr(option.size()));
+        return 0;
+    }
     benchmark::Initialize(&argc, argv);
     RegisterAll();
     benchmark::RunSpecifiedBenchmarks();

@@ -33,5 +33,6 @@ run() { # run WHAT COMMAND...
 run "learn, 1 GB" "$accredit" learn "$data" --output "$folder/reference.pmml"
 run "check against the stored reference, 1 GB" "$accredit" check "$folder/reference.pmml" "$data"
 run "check, 1 GB against itself" "$accredit" check "$data" "$data"
+run "pandas summarises it once, what learn does" python3 benchmarks/summary_numpy.py "$data"
 run "pandas reads it once: read_csv alone" python3 -c \
     'import sys, pandas; pandas.read_csv(sys.argv[1])' "$data"

@@ -1,35 +1,20 @@
 """The summaries of the data-pass benchmark as a user of NumPy and pandas would compute them.
 
-Prints one line a case: the shape, how (given or computed cut points), the tool, and the median time a
-value in nanoseconds. The shapes and the data are those of DataPassBenchmark.cpp: 2^20 values, records
-row by row, 12 categories, normal values around 50 with deviation 10, a tenth missing or none.
+usage: summary_numpy.py FOLDER      the data that data_pass_benchmark --dump=FOLDER wrote
+       summary_numpy.py FILE.csv    reads the file and summarises it once, with pandas
+
+For a folder it first checks that both tools find the library's summaries, and then prints one line a
+case and tool: the case, the tool, and the median time a value in nanoseconds, separated by tabs.
 """
+import pathlib
 import sys
 import time
 
 import numpy as np
 import pandas as pd
 
-VALUES = 1 << 20
-CATEGORIES = 12
 GIVEN = np.array([30.0, 40.0, 50.0, 60.0, 70.0])
-SHAPES = {"10 continuous": (10, 0), "10 categorical": (0, 10), "100 mixed": (50, 50)}
-
-
-def make_table(continuous, categorical, missing):
-    rng = np.random.default_rng(1)
-    width = continuous + categorical
-    rows = VALUES // width
-    table = np.empty((rows, width))
-    is_categorical = [(i + 1) * categorical // width > i * categorical // width for i in range(width)]
-    for column, take_categorical in enumerate(is_categorical):
-        if take_categorical:
-            table[:, column] = rng.integers(0, CATEGORIES, rows)
-        else:
-            table[:, column] = rng.normal(50.0, 10.0, rows)
-    if missing:
-        table[rng.random(table.shape) < 0.1] = np.nan
-    return table, is_categorical
+MISSING = np.finfo(float).min
 
 
 def cuts_of(mean, deviation, given):
@@ -49,7 +34,7 @@ def summarise_numpy(table, is_categorical, given):
         mean, deviation = values.mean(), values.std(ddof=1)
         cuts = cuts_of(mean, deviation, given)
         bins = np.bincount(np.searchsorted(cuts, values, side="left"), minlength=6)
-        result.append((len(values), values.min(), values.max(), mean, deviation, bins))
+        result.append(([len(values), values.min(), values.max(), mean, deviation], bins))
     return result
 
 
@@ -67,6 +52,18 @@ def summarise_pandas(frame, is_categorical, given):
     return result
 
 
+def check(summary, library):
+    """Whether a summary is the library's: counts the same, moments to 12 digits."""
+    for (kind, *numbers), found in zip(library, summary, strict=True):
+        if kind:
+            counts = found.sort_index() if isinstance(found, pd.Series) else found
+            np.testing.assert_array_equal(counts, numbers[5:])
+        else:
+            moments, bins = found
+            np.testing.assert_allclose(moments, numbers[:5], rtol=1e-12)
+            np.testing.assert_array_equal(bins, numbers[5:])
+
+
 def median_time(function, *arguments):
     times = []
     for _ in range(7):
@@ -76,14 +73,25 @@ def median_time(function, *arguments):
     return sorted(times)[len(times) // 2]
 
 
-for name, (continuous, categorical) in SHAPES.items():
-    for missing in (False, True):
-        table, kinds = make_table(continuous, categorical, missing)
-        frame = pd.DataFrame(table)
-        for given in (True, False):
-            how = "GivenCutPoints" if given else "ComputedCutPoints"
-            for tool, seconds in (("NumPy", median_time(summarise_numpy, table, kinds, given)),
-                                  ("pandas", median_time(summarise_pandas, frame, kinds, given))):
-                label = f"{how}/{name}/{'missing' if missing else 'complete'}"
-                print(f"{label}\t{tool}\t{seconds / table.size * 1e9:.3f}")
-                sys.stdout.flush()
+def time_folder(folder):
+    for data in sorted(folder.glob("*.doubles")):
+        for how, given in (("GivenCutPoints", True), ("ComputedCutPoints", False)):
+            lines = data.with_suffix(".given" if given else ".computed").read_text().splitlines()
+            library = [[float(number) for number in line.split()] for line in lines]
+            kinds = [bool(kind) for kind, *_ in library]
+            table = np.fromfile(data).reshape(-1, len(kinds))
+            table[table == MISSING] = np.nan
+            frame = pd.DataFrame(table)
+            for tool, function, argument in (("NumPy", summarise_numpy, table),
+                                             ("pandas", summarise_pandas, frame)):
+                check(function(argument, kinds, given), library)
+                seconds = median_time(function, argument, kinds, given)
+                print(f"{how}/{data.stem.replace('-', '/')}\t{tool}\t{seconds / table.size * 1e9:.3f}")
+
+
+place = pathlib.Path(sys.argv[1])
+if place.is_dir():
+    time_folder(place)
+else:
+    csv = pd.read_csv(place)
+    summarise_pandas(csv, [dtype == object for dtype in csv.dtypes], False)

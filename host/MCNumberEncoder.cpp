@@ -12,7 +12,7 @@ MCNumberEncoder::MCNumberEncoder(const std::vector<double>& categories) {
 }
 
 MCNumberEncoder::MCNumberEncoder(const MCNumberEncoder& other) = default;
-MCNumberEncoder::MCNumberEncoder(MCNumberEncoder&& other) = default;
+MCNumberEncoder::MCNumberEncoder(MCNumberEncoder&& other) noexcept = default;
 MCNumberEncoder::~MCNumberEncoder() = default;
 
 MCNumberEncoder& MCNumberEncoder::operator=(MCNumberEncoder other) noexcept {

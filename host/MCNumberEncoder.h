@@ -19,8 +19,8 @@ public:
     /// The categories in code order. A number given twice keeps its first code.
     explicit MCNumberEncoder(const std::vector<double>& categories);
 
-    MCNumberEncoder(const MCNumberEncoder& other);  ///< A whole copy.
-    MCNumberEncoder(MCNumberEncoder&& other);       ///< Takes over.
+    MCNumberEncoder(const MCNumberEncoder& other);      ///< A whole copy.
+    MCNumberEncoder(MCNumberEncoder&& other) noexcept;  ///< Takes over.
     /// The same. If memory runs out, the encoder stays as it was.
     MCNumberEncoder& operator=(MCNumberEncoder other) noexcept;
     ~MCNumberEncoder() override;

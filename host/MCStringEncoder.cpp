@@ -11,7 +11,7 @@ MCStringEncoder::MCStringEncoder(const std::vector<std::string>& categories) {
 }
 
 MCStringEncoder::MCStringEncoder(const MCStringEncoder& other) = default;
-MCStringEncoder::MCStringEncoder(MCStringEncoder&& other) = default;
+MCStringEncoder::MCStringEncoder(MCStringEncoder&& other) noexcept = default;
 MCStringEncoder::~MCStringEncoder() = default;
 
 MCStringEncoder& MCStringEncoder::operator=(MCStringEncoder other) noexcept {

@@ -18,8 +18,8 @@ public:
     /// The categories in code order. A string given twice keeps its first code.
     explicit MCStringEncoder(const std::vector<std::string>& categories);
 
-    MCStringEncoder(const MCStringEncoder& other);  ///< A whole copy.
-    MCStringEncoder(MCStringEncoder&& other);       ///< Takes over.
+    MCStringEncoder(const MCStringEncoder& other);      ///< A whole copy.
+    MCStringEncoder(MCStringEncoder&& other) noexcept;  ///< Takes over.
     /// The same. If memory runs out, the encoder stays as it was.
     MCStringEncoder& operator=(MCStringEncoder other) noexcept;
     ~MCStringEncoder() override;
