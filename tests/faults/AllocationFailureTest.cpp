@@ -209,6 +209,9 @@ TEST(AllocationFailure, FrontEndsKeepWhatTheyPromise) {
         EXPECT_TRUE(predictor.ComputeDistStats().IsOK());
         failed = guarded([&] { predictor.ComputeDistStats(); });
         EXPECT_EQ(predictor.GetDistStats().GetNumberOfCases(0), failed ? 6U : 0U);
+        std::ostringstream out(std::string(1 << 16, ' '));
+        failed = guarded([&] { predictor.ExportDistStatsXML(nullptr, out); });
+        EXPECT_TRUE(!failed || out.tellp() == 0);
     });
 }
 
@@ -227,6 +230,8 @@ TEST(AllocationFailure, AnExportWritesAllOrNothing) {
         element->SetAttribute("a", "old");
         const bool unset = guarded([&] { element->SetAttribute("b", kLongName); });
         guarded([&] { element->SetText(kLongName); });
+        guarded([] { delete XMLElement::Create(kLongName); });
+        guarded([&] { element->WriteTo(out, {}, 0); });
         std::ostringstream text;
         element->WriteTo(text, {}, 0);
         EXPECT_EQ(text.str().find(" b=") == std::string::npos, unset);
