@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -139,6 +140,9 @@ TEST(VarSummary, FoldsValuesAsAPassDoes) {
             stats.GetMinMax(slot, inPass.min, inPass.max);
             stats.GetMeanStdDev(slot, inPass.mean, inPass.stdDev);
             EXPECT_EQ(stats.GetNumberOfCases(slot), alone.count);
+            const Numbers& bins = stats.GetFrequencies(slot);
+            EXPECT_EQ(std::accumulate(bins.begin(), bins.end(), 0.0),
+                      bins.empty() ? 0.0 : static_cast<double>(alone.count));
             EXPECT_TRUE(Same(inPass.min, alone.min) && Same(inPass.max, alone.max)) << table;
             EXPECT_TRUE(Same(inPass.mean, alone.mean)) << table;
             EXPECT_TRUE(Same(inPass.stdDev, alone.stdDev)) << table;

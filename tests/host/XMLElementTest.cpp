@@ -65,9 +65,9 @@ TEST(XMLElement, WritesChildrenInOrder) {
     EXPECT_EQ(root->AddElement(first), 0);
     EXPECT_EQ(root->AddElement(XMLElement::Create("second")), 1);
     XMLElement* inner = XMLElement::Create("inner");
-    EXPECT_EQ(first->AddElement(inner), 0);
     inner->SetText("t");
     EXPECT_EQ(inner->AddElement(XMLElement::Create("mixed")), 0);
+    EXPECT_EQ(first->AddElement(inner), 0);
     EXPECT_EQ(inner->AddElement(XMLElement::Create("twice")), 1);
 
     EXPECT_EQ(root->AddElement(nullptr), -1);
