@@ -211,8 +211,9 @@ CheckResult CheckAgainstDocument(const CheckOptions& options, const SourceText& 
         names.push_back(list.GetVarAt(static_cast<int>(i))->GetName());
     }
     CsvReader newData(options.newPath, Reading::Once, progress, cancel);
-    // A column that was ignored when the reference was learned is not in it, and ignoring it once
-    // more is no mistake.
+    // A column that was ignored when the reference was learned is not in it, but may be ignored
+    // once more where the new data has it.
+    RequireColumns(options.columns.ignored, names, newData.Headings());
     CheckNewHeadings(newData, names, options.columns.ignored);
     const std::vector<double> weights = WeightsInOrder(options, names);
     CsvRecordIter newRecords(newData, ColumnsLike(list, newData.Headings()), reference.missing);
@@ -225,8 +226,11 @@ CheckResult Check(const CheckOptions& options, Progress& progress, MCQueryCancel
     if (options.referencePath == "-" && options.newPath == "-") {
         throw UsageError("only one of the two files can be standard input");
     }
+    // What is no document is read as data, and not from a pipe, which could keep the program
+    // waiting.
+    const Reading reading = options.referencePath == "-" ? Reading::Once : Reading::Repeated;
     const std::optional<SourceText> document =
-        LoadDocument(options.referencePath, progress, cancel);
+        LoadDocument(options.referencePath, reading, progress, cancel);
     return document ? CheckAgainstDocument(options, *document, progress, cancel)
                     : CheckAgainstData(options, progress, cancel);
 }

@@ -1,6 +1,6 @@
 #include "app/Column.h"
 
-#include "host/IMCVariable.h"
+#include <utility>
 
 using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::IMCVariable;
@@ -29,8 +29,11 @@ std::vector<Column> ColumnsLike(const MCVarList& reference,
     columns.reserve(headings.size());
     for (const std::string& heading : headings) {
         const int position = reference.FindVariable(heading);
-        columns.push_back(
-            {heading, KindLike(reference, position), reference.GetEncoderAt(position)});
+        Column column{heading, KindLike(reference, position), reference.GetEncoderAt(position)};
+        if (column.kind != ColumnKind::Ignored) {
+            column.measureLevel = reference.GetVarAt(position)->GetMeasureLevel();
+        }
+        columns.push_back(std::move(column));
     }
     return columns;
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/IMCEncoder.h"
+#include "host/IMCVariable.h"
 #include "host/MCVarList.h"
 
 namespace app {
@@ -23,6 +24,8 @@ struct Column {
     /// What the column of a new file is compared with; null if the file is the reference. Not
     /// owned.
     const MCMTD_NAMESPACE::IMCEncoder* reference = nullptr;
+    /// Of a column of categories.
+    int measureLevel = MCMTD_NAMESPACE::IMCVariable::MeasureLevelNominal;
 };
 
 /// The columns of a file that is to be compared with the reference of which this is the list: those

@@ -34,8 +34,8 @@ constexpr std::size_t kMaxCategoryBytes = 128 * kMiB;
 // A categorical variable whose encoder grows.
 class GrowingVariable : public MCVariable {
 public:
-    GrowingVariable(std::string name, std::shared_ptr<IMCEncoder> encoder)
-        : MCVariable(Categorical(std::move(name), 0)), mEncoder(std::move(encoder)) {}
+    GrowingVariable(std::string name, int measureLevel, std::shared_ptr<IMCEncoder> encoder)
+        : MCVariable(std::move(name), measureLevel), mEncoder(std::move(encoder)) {}
 
     int GetNumCategories() const override { return mEncoder->GetNumCategories(); }
 
@@ -73,7 +73,8 @@ void CsvRecordIter::AddVariable(const Column& column, std::size_t position) {
             break;
     }
     if (encoder) {
-        mVarList.AddShared(std::make_shared<GrowingVariable>(column.name, encoder), encoder);
+        mVarList.AddShared(
+            std::make_shared<GrowingVariable>(column.name, column.measureLevel, encoder), encoder);
     }
     mSources.push_back(std::move(source));
 }
@@ -118,7 +119,7 @@ double CsvRecordIter::Value(Source& source, std::string_view field) {
         mReader.Refuse(
             source.column,
             fmt::format("{}; the column is continuous in the reference: --categorical '{}' "
-                        "when that is read, or --ignore '{}'",
+                        "when that is read or learned, or --ignore '{}'",
                         NotANumber(text), name, name));
     }
     return source.texts ? TextCategory(source, field) : NumberCategory(source, text);

@@ -35,6 +35,7 @@ namespace app {
 namespace {
 
 constexpr std::string_view kNamespace = "http://www.dmg.org/PMML-3_1";
+constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLSchema-instance";
 
 struct Field {
     explicit Field(const Element& source) : element(source), name(source.Text("name")) {}
@@ -113,6 +114,10 @@ Element RootOf(const SourceText& source, const pugi::xml_document& document) {
         root.Refuse(fmt::format("PMML version \"{}\", only 3.1 is understood", Printable(version)));
     }
     if (root.Text("xmlns") != kNamespace) root.Refuse("the namespace is not that of PMML 3.1");
+    if (root.Has("xmlns:xsi") ? root.Text("xmlns:xsi") != kSchemaInstance
+                              : root.Has("xsi:schemaLocation")) {
+        root.Refuse("the prefix xsi does not stand for instances of XML schemas");
+    }
     return root;
 }
 
@@ -293,11 +298,9 @@ void ReadModelStats(const Element& modelStats, const std::vector<Field>& fields,
 
 }  // namespace
 
-std::optional<SourceText> LoadDocument(const std::string& path, Progress& progress,
+std::optional<SourceText> LoadDocument(const std::string& path, Reading reading, Progress& progress,
                                        MCQueryCancel& cancel) {
     constexpr std::size_t kPiece = std::size_t{1} << 16U;
-    // A pipe could keep the program waiting, and data could not be read from it anyway.
-    const Reading reading = path == "-" ? Reading::Once : Reading::Repeated;
     InputFile file(path, reading, progress, cancel);
     std::string text;
     std::size_t got = kPiece;

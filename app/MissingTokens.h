@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,9 +25,11 @@ public:
     }
 
 private:
-    bool IsToken(std::string_view text) const;
+    void Add(std::string_view token);
+    bool IsToken(std::string_view text) const { return mTokens.find(text) != mTokens.end(); }
 
-    std::vector<std::string> mTokens;
+    std::set<std::string, std::less<>> mTokens;
+    std::vector<std::string> mInOrder;
     std::array<bool, 256> mFirstBytes{};
 };
 

@@ -256,6 +256,10 @@ Command ParseCommandLine(int argc, const char* const* argv) {
                                                     : kHelp)};
     } catch (const CLI::CallForVersion&) {
         return Message{std::string(kVersion) + "\n"};
+    } catch (const CLI::ArgumentMismatch& error) {
+        // The message begins with the option.
+        const std::string message = error.what();
+        throw UsageError(message.substr(0, message.find(':')) + " needs a value");
     } catch (const CLI::ParseError& error) {
         RefuseUnknown(program);
         throw UsageError(error.what());

@@ -73,9 +73,14 @@ public:
         return fsync(mDescriptor) == 0;
     }
 
+    // The owner only as far as the system lets the program change it.
     bool TakePermissionsOf(const std::string& path) const {
         struct stat status = {};
         if (stat(path.c_str(), &status) != 0) return errno == ENOENT;
+        if (fchown(mDescriptor, status.st_uid, status.st_gid) != 0) {
+            [[maybe_unused]] const int changed =
+                fchown(mDescriptor, static_cast<uid_t>(-1), status.st_gid);
+        }
         return fchmod(mDescriptor, status.st_mode & 0777U) == 0;
     }
 
@@ -113,7 +118,7 @@ std::filesystem::path WithoutLinks(std::filesystem::path path) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : mName(Printable(path)) {
+OutputFile::OutputFile(const std::string& path) : mName(path.empty() ? "\"\"" : Printable(path)) {
     struct stat status = {};
     const bool exists = stat(path.c_str(), &status) == 0;
     if (path.empty() || (!exists && errno != ENOENT)) Fail(errno);

@@ -16,7 +16,8 @@ public:
     explicit OutputFile(const std::string& path);
 
     /// Puts a file that holds `text` in the place. It has the permissions of the file that was
-    /// there. Throws OutputError; what was there is then untouched.
+    /// there, and its owner and group where the system allows that. Throws OutputError; what was
+    /// there is then untouched.
     void Replace(std::string_view text);
 
 private:

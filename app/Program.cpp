@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -62,7 +63,7 @@ int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* termina
     Progress progress(terminal);
     Interrupt interrupt;
     const std::optional<SourceText> document =
-        LoadDocument(options.referencePath, progress, interrupt);
+        LoadDocument(options.referencePath, Reading::Once, progress, interrupt);
     progress.Erase();
     if (!document) {
         throw InputError(Printable(options.referencePath) + ": this is not a stored reference");
@@ -101,6 +102,8 @@ int RunProgram(int argc, const char* const* argv, std::ostream& out, std::ostrea
     } catch (const UsageError& error) {
         err << "accredit: " << error.what() << "\nTry 'accredit" << CommandName(argc, argv)
             << " --help'.\n";
+    } catch (const std::bad_alloc&) {
+        err << "accredit: there is not enough memory\n";
     } catch (const std::exception& error) {
         err << "accredit: " << error.what() << '\n';
     }

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/MCMV.h"
@@ -37,31 +39,38 @@ std::string TakeQuoted(std::string_view& text, const Element& element) {
     element.Refuse("a quote in the array is not closed");
 }
 
-Array ReadArray(const Element& element) {
+// An array of so many entries; one with more takes no more memory.
+Array ReadArray(const Element& element, std::size_t size) {
     element.AllowAttributes({"n", "type"});
     Array array;
     array.type = element.Text("type");
     const std::string content = element.Content();
     std::string_view text = content;
-    while (true) {
+    std::size_t count = 0;
+    for (;; ++count) {
         text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
         if (text.empty()) break;
+        std::string token;
         if (array.type == "string" && text.front() == '"') {
-            array.tokens.push_back(TakeQuoted(text, element));
-            continue;
+            token = TakeQuoted(text, element);
+        } else {
+            const std::size_t end = std::min(text.find_first_of(kWhiteSpace), text.size());
+            token = text.substr(0, end);
+            text.remove_prefix(end);
         }
-        const std::size_t end = std::min(text.find_first_of(kWhiteSpace), text.size());
-        array.tokens.emplace_back(text.substr(0, end));
-        text.remove_prefix(end);
+        if (count < size) array.tokens.push_back(std::move(token));
     }
-    if (element.Count("n") != array.tokens.size()) {
-        element.Refuse(fmt::format("the array has {} entries", array.tokens.size()));
+    if (element.Count("n") != count) {
+        element.Refuse(fmt::format("the array has {} entries", count));
+    }
+    if (count != size) {
+        element.Refuse(fmt::format("the array has {} entries, but {} belong there", count, size));
     }
     return array;
 }
 
-std::vector<double> ReadFrequencies(const Element& element) {
-    const Array array = ReadArray(element);
+std::vector<double> ReadFrequencies(const Element& element, std::size_t size) {
+    const Array array = ReadArray(element, size);
     const bool counts = array.type == "int";
     if (!counts && array.type != "real") element.Refuse("frequencies are numbers");
     std::vector<double> frequencies;
@@ -73,17 +82,31 @@ std::vector<double> ReadFrequencies(const Element& element) {
     return frequencies;
 }
 
-void CheckSum(const Element& element, const std::vector<double>& frequencies, double cases) {
+// Frequencies in their usual place, where they sum to the number of cases.
+std::vector<double> ReadRegular(const Element& element, std::size_t size, double cases) {
+    const std::vector<double> frequencies = ReadFrequencies(element, size);
     double sum = 0.0;
     for (const double frequency : frequencies) sum += frequency;
     if (sum != cases) {
         element.Refuse(fmt::format("the frequencies sum to {}, not to the {} cases", sum, cases));
     }
+    return frequencies;
+}
+
+// Frequencies in the library's extension for those that do not.
+std::vector<double> ReadIrregular(const Element& extension, std::size_t size) {
+    extension.AllowAttributes({"extender", "name"});
+    if (extension.Text("name") != "frequencies") {
+        extension.Refuse("this extension is not understood");
+    }
+    Children children(extension);
+    std::vector<double> frequencies = ReadFrequencies(children.Require("Array"), size);
+    children.End();
+    return frequencies;
 }
 
 bool IsCategory(const Element& element, const IMCEncoder& encoder, std::size_t code,
                 const std::string& token) {
-    if (code >= static_cast<std::size_t>(encoder.GetNumCategories())) return false;
     const int c = static_cast<int>(code);
     return encoder.GetValueType() == IMCEncoder::ValueTypeNumber
                ? encoder.DecodeNumber(c) == element.ToNumber(token)
@@ -91,7 +114,7 @@ bool IsCategory(const Element& element, const IMCEncoder& encoder, std::size_t c
 }
 
 void CheckCategories(const Element& element, const IMCEncoder& encoder) {
-    const Array array = ReadArray(element);
+    const Array array = ReadArray(element, static_cast<std::size_t>(encoder.GetNumCategories()));
     if (array.type != "string")
         element.Refuse("the values of the categories are an array of strings");
     for (std::size_t code = 0; code < array.tokens.size(); ++code) {
@@ -104,18 +127,18 @@ void CheckCategories(const Element& element, const IMCEncoder& encoder) {
 std::vector<double> ReadDiscrStats(const Element& element, const IMCEncoder& encoder,
                                    double cases) {
     element.AllowAttributes({});
+    const auto categories = static_cast<std::size_t>(encoder.GetNumCategories());
     Children children(element);
-    const Element first = children.Require("Array");
-    const Element second = children.Take("Array");
-    if (second) CheckCategories(first, encoder);
-    std::vector<double> frequencies = ReadFrequencies(second ? second : first);
-    CheckSum(second ? second : first, frequencies, cases);
-    children.End();
-    const int categories = encoder.GetNumCategories();
-    if (frequencies.size() != static_cast<std::size_t>(categories)) {
-        element.Refuse(fmt::format("{} frequencies, but the field has {} values",
-                                   frequencies.size(), categories));
+    std::vector<double> frequencies;
+    if (const Element extension = children.Take("Extension")) {
+        frequencies = ReadIrregular(extension, categories);
+    } else {
+        const Element first = children.Require("Array");
+        const Element second = children.Take("Array");
+        if (second) CheckCategories(first, encoder);
+        frequencies = ReadRegular(second ? second : first, categories, cases);
     }
+    children.End();
     return frequencies;
 }
 
@@ -162,18 +185,15 @@ Bins ReadContStats(const Element& element, double cases) {
     element.AllowAttributes({});
     Children children(element);
     Bins bins;
+    const Element extension = children.Take("Extension");
     while (const Element interval = children.Take("Interval")) ReadInterval(interval, bins.margins);
     if (bins.margins.size() < 3) element.Refuse("two intervals are the fewest");
     if (!MCMV::IsMissing(bins.margins.back()))
         element.Refuse("the last interval has a right margin");
-    const Element array = children.Require("Array");
-    bins.frequencies = ReadFrequencies(array);
-    CheckSum(array, bins.frequencies, cases);
+    const std::size_t size = bins.margins.size() - 1;
+    bins.frequencies = extension ? ReadIrregular(extension, size)
+                                 : ReadRegular(children.Require("Array"), size, cases);
     children.End();
-    if (bins.frequencies.size() + 1 != bins.margins.size()) {
-        element.Refuse(fmt::format("{} frequencies for {} intervals", bins.frequencies.size(),
-                                   bins.margins.size() - 1));
-    }
     return bins;
 }
 
@@ -193,19 +213,38 @@ double ReadCounts(const Element& element, std::uint64_t& missing) {
 // deviation of different ones can come out as 0.
 constexpr double kClose = 1e-150;
 
-// Bins are there for values that vary, and only for them; a statistic is there if it exists.
+// How far the rounding of a running mean may carry it past the smallest or largest value.
+constexpr double kRounding = 1e-6;
+
+// What the number of cases asks for and what is greater than something else, the summary checks
+// when it is loaded.
 void CheckSummary(const Element& element, double cases, const MCUniStats::SummStats& summary,
-                  bool hasInfo, bool hasBins) {
-    if (cases == 0.0 && hasInfo) element.Refuse("a summary of no cases");
-    if (cases == 1.0 && !MCMV::IsMissing(summary.stdDev)) {
+                  bool hasInfo) {
+    const auto& [min, max, mean, stdDev] = summary;
+    const bool hasRange = !MCMV::IsMissing(min) && !MCMV::IsMissing(max);
+    if (cases == 0.0) {
+        // Of a variable that nothing was loaded into, mean and deviation are 0.
+        const bool untouched =
+            MCMV::IsMissing(min) && MCMV::IsMissing(max) && mean == 0.0 && stdDev == 0.0;
+        if (hasInfo && !untouched) element.Refuse("a summary of no cases");
+        return;
+    }
+    if (!hasRange || MCMV::IsMissing(mean)) {
+        element.Refuse("minimum, maximum and mean are there if there are cases");
+    }
+    if (cases == 1.0 && !MCMV::IsMissing(stdDev)) {
         element.Refuse("a standard deviation of one case");
     }
-    if (summary.stdDev == 0.0 && summary.max - summary.min > kClose) {
+    if (stdDev == 0.0 && max - min > kClose) {
         element.Refuse("the standard deviation is 0, but the values differ");
     }
-    const bool vary = cases >= 2.0 && summary.stdDev > 0.0;
-    if (vary && !hasBins) element.Refuse("values that vary must have intervals");
-    if (!vary && hasBins) element.Refuse("values that do not vary have no intervals");
+    if (stdDev > 0.0 && max == min) {
+        element.Refuse("the standard deviation is not 0, but the values are equal");
+    }
+    const double slack = min == max ? 0.0 : kRounding * std::max(std::fabs(min), std::fabs(max));
+    if (min <= max && (mean < min - slack || mean > max + slack)) {
+        element.Refuse("the mean does not lie between minimum and maximum");
+    }
 }
 
 }  // namespace
@@ -223,8 +262,7 @@ StoredStatistics ReadStatistics(const Element& element, const std::string& name,
         const MCUniStats::SummStats summary =
             info ? ReadNumericInfo(info) : MCUniStats::SummStats();
         const Element contStats = children.Take("ContStats");
-        CheckSummary(element, cases, summary, static_cast<bool>(info),
-                     static_cast<bool>(contStats));
+        CheckSummary(element, cases, summary, static_cast<bool>(info));
         const Bins bins = contStats ? ReadContStats(contStats, cases) : Bins();
         result.stats = MCUniStats(name, cases, summary, bins.margins, bins.frequencies);
     }

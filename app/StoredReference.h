@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/InputFile.h"
 #include "app/MissingTokens.h"
 #include "app/Progress.h"
 #include "app/SourceText.h"
@@ -31,8 +32,9 @@ inline constexpr std::size_t kMaxDocumentMiB = 256;
 inline constexpr std::size_t kMaxDocumentSize = kMaxDocumentMiB * 1'048'576;
 
 /// The text of the file if it begins like a document, nothing if it does not; the path "-" is
-/// standard input. Throws InputError, also for a document that is too long, and Cancelled.
-std::optional<SourceText> LoadDocument(const std::string& path, Progress& progress,
+/// standard input. `reading` says whether a file that is none will be read as data. Throws
+/// InputError, also for a document that is too long, and Cancelled.
+std::optional<SourceText> LoadDocument(const std::string& path, Reading reading, Progress& progress,
                                        MCQueryCancel& cancel);
 
 /// The reference that a document holds. The columns named in `ignored` are not input variables of
@@ -41,9 +43,9 @@ std::optional<SourceText> LoadDocument(const std::string& path, Progress& progre
 /// Whatever is not such a document is refused with InputError and the place: one that is not well
 /// formed; elements, attributes and values that the format above does not have; a field or a value
 /// that stands twice; fields without statistics and statistics without field; margins that do not
-/// ascend or leave gaps; frequencies that do not sum to the number of cases, in their place or in
-/// the library's extension for them; values that vary without intervals, and intervals without
-/// values that vary. Throws UsageError if every column is ignored.
+/// ascend or leave gaps; frequencies that do not sum to the number of cases outside the library's
+/// extension for those; summaries that contradict themselves. Throws UsageError if every column is
+/// ignored.
 StoredReference ReadReference(const SourceText& source,
                               const std::vector<std::string>& ignored = {});
 

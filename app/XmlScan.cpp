@@ -103,7 +103,7 @@ private:
         }
     }
 
-    // What is in it, the parser tells.
+    // What is in it, the parser tells, which takes other ends than this one for its end as well.
     void SkipDeclaration() {
         constexpr std::string_view kDeclaration = "<?xml";
         const bool first = mAt == 0 || mDocument.substr(0, mAt) == kByteOrderMark;
@@ -111,7 +111,13 @@ private:
             Rest().substr(kDeclaration.size()).find_first_of(kWhiteSpace) != 0) {
             mSource.Refuse(mAt, "processing instructions are not understood");
         }
+        const std::size_t begin = mAt + kDeclaration.size();
         SkipPast("?>", "the declaration that begins here does not end");
+        const std::string_view content = mDocument.substr(begin, mAt - 2 - begin);
+        const std::size_t foreign = content.find_first_of("<>/?");
+        if (foreign != std::string_view::npos) {
+            mSource.Refuse(begin + foreign, "this cannot stand in a declaration");
+        }
     }
 
     void SkipComment() {

@@ -36,7 +36,8 @@ std::size_t LanesInUse(const Variables& variables) {
 }
 
 // The number of cut points below the value, found by halving. Data whose moments overflow can give
-// cut points with NaN among them, the first one always; the answer is then what the halving gives.
+// cut points that begin with NaN; the answer is then what the halving gives. Where NaN only end the
+// list, behind -inf, the halving gives the number of cut points below the value, too.
 std::size_t LowerBound(const std::vector<double>& cutPoints, double value) {
     const double* first = cutPoints.data();
     std::size_t length = cutPoints.size();

@@ -17,7 +17,7 @@
 #include "tests/app/Accredit.h"
 #include "tests/app/TempFile.h"
 #include "tests/fakes/Documents.h"
-#include "tests/fakes/Fakes.h"
+#include "tests/fakes/Summaries.h"
 
 namespace {
 
@@ -188,16 +188,44 @@ TEST(StoredReference, SurvivesAnyChangeOfADocument) {
 }
 
 TEST(StoredReference, ReadsWhatTheLibraryAloneWrites) {
-    MADistStatsImp stats(fakes::List("x"), nullptr);
+    // Fractions, frequencies that do not sum to the cases, bins of equal values and of none, values
+    // that vary without bins, and variables that nothing was loaded into.
+    MADistStatsImp stats(fakes::List("x y equal none nobins shell c:a,b shell-c:a,b"), nullptr);
     stats.SetSummStats(0, 9, 1, 2, 1.5, 0.1);
     stats.SetFreqs(0, {4.5, 4.5}, {1.5});
+    stats.SetSummStats(1, 9, 1, 2, 1.5, 0.1);
+    stats.SetFreqs(1, {4.5, 7}, {1.5});
+    stats.SetSummStats(2, 3, 5, 5, 5, 0);
+    stats.SetFreqs(2, {0, 3, 0}, {3, 6});
+    stats.SetSummStats(3, 0, 0, 0, 0, 0);
+    stats.SetFreqs(3, {0, 0}, {3});
+    stats.SetSummStats(4, 3, 5, 6, 5.5, 1);
+    stats.SetSummStats(6, 10, 0, 0, 0, 0);
+    stats.SetFreqs(6, {0.5, 0.5});
     std::ostringstream out;
     ASSERT_TRUE(stats.ExportAsXML(nullptr, out).IsOK());
+    fakes::KeepDocument(out.str());
     const auto reference = app::ReadReference(app::SourceText("f", out.str()));
-    EXPECT_EQ(reference.stats.GetFrequencies(0), stats.GetFrequencies(0));
-    EXPECT_EQ(reference.stats.GetCutPoints(0), stats.GetCutPoints(0));
-    EXPECT_EQ(reference.stats.GetNumberOfCases(0), 9U);
+    // What was never loaded reads back as nothing.
+    for (const unsigned int slot : {5U, 7U}) stats.SetSummStats(slot, 0, 0, 0, 0, 0);
+    stats.SetFreqs(7, {0, 0});
+    EXPECT_EQ(fakes::Contents(reference.stats), fakes::Contents(stats));
     EXPECT_EQ(reference.missing.Texts(), (std::vector<std::string>{"", "NA"}));
+}
+
+TEST(StoredReference, OfAnOrdinalVariableCanBeChecked) {
+    fakes::RecordSource source(fakes::Column({0, 1, 0}));
+    MCMTD_NAMESPACE::MCVarList list;
+    list.Add(
+        MCMTD_NAMESPACE::MCVariable("s", 3, MCMTD_NAMESPACE::IMCVariable::VariableRoleInput, 2),
+        MCMTD_NAMESPACE::MCStringEncoder({"S", "L"}));
+    std::ostringstream out;
+    ASSERT_TRUE(MADistStatsImp(list, source, {}, nullptr).ExportAsXML(nullptr, out).IsOK());
+    const TempFile stored(out.str());
+    const TempFile data("s\nS\nL\nS\n");
+    EXPECT_THAT(Accredit({"check", stored.Path(), data.Path()}).out, HasSubstr("Accreditation 1"));
+    const Outcome ignoring = Accredit({"check", "--ignore=S", stored.Path(), data.Path()});
+    EXPECT_THAT(ignoring.err, HasSubstr("neither file has a column \"S\""));
 }
 
 TEST(Show, PrintsTheListingOrJson) {
