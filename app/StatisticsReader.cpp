@@ -84,7 +84,7 @@ std::vector<double> ReadFrequencies(const Element& element, std::size_t size) {
 
 // Frequencies in their usual place, where they sum to the number of cases.
 std::vector<double> ReadRegular(const Element& element, std::size_t size, double cases) {
-    const std::vector<double> frequencies = ReadFrequencies(element, size);
+    std::vector<double> frequencies = ReadFrequencies(element, size);
     double sum = 0.0;
     for (const double frequency : frequencies) sum += frequency;
     if (sum != cases) {
