@@ -12,7 +12,9 @@ endfunction()
 
 # accredit_folder_library(FOLDER SOURCES ... LINKS ...): the target of one folder of the library.
 # Results are specified to the last bit, so no product and sum may be fused into one rounding and
-# no option that loosens floating-point arithmetic may reach these sources.
+# no option that loosens floating-point arithmetic may reach these sources. Nobody replaces single
+# functions of the library when it is loaded, so they may be inlined into each other in the shared
+# one as well.
 function(accredit_folder_library folder)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     set(target accredit_${folder})

@@ -119,14 +119,14 @@ void Accumulators::Fold(const double* values) {
     const Lanes missing = Both(MCMV::Missing());
     for (Moments& moments : mMoments) {
         const Lanes x = ValuesOf(moments.variables, values);
-        const LaneMask left = x == missing;
+        const LaneMask absent = x == missing;
         const Lanes n = moments.count + 1.0;
         // Adding this 0 changes nothing: neither the mean nor the squares are ever -0.
-        const Lanes d = left ? Both(0.0) : x - moments.mean;
+        const Lanes d = absent ? Both(0.0) : x - moments.mean;
         moments.squares += (moments.count / n) * (d * d);
         moments.mean += d / n;
-        moments.count += left ? Both(0.0) : Both(1.0);
-        const Lanes seen = NaNWhere(left, x);
+        moments.count += absent ? Both(0.0) : Both(1.0);
+        const Lanes seen = NaNWhere(absent, x);
         moments.min = seen < moments.min ? seen : moments.min;
         moments.max = seen > moments.max ? seen : moments.max;
     }
