@@ -1,7 +1,7 @@
-#include "accreditation/MAAccreditor.h"
+#include "accredit/accreditation/MAAccreditor.h"
 
-#include "accreditation/internal/MAAccreditorImp.h"
-#include "accreditation/internal/VariableMatching.h"
+#include "accredit/accreditation/internal/MAAccreditorImp.h"
+#include "accredit/accreditation/internal/VariableMatching.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;

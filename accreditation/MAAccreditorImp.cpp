@@ -1,10 +1,10 @@
-#include "accreditation/internal/MAAccreditorImp.h"
+#include "accredit/accreditation/internal/MAAccreditorImp.h"
 
 #include <algorithm>
 #include <cstddef>
 
-#include "accreditation/internal/VariableMatching.h"
-#include "accreditation/internal/VariableTests.h"
+#include "accredit/accreditation/internal/VariableMatching.h"
+#include "accredit/accreditation/internal/VariableTests.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;

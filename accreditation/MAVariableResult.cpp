@@ -1,7 +1,7 @@
-#include "accreditation/MAVariableResult.h"
+#include "accredit/accreditation/MAVariableResult.h"
 
-#include "accreditation/internal/VariableMatching.h"
-#include "accreditation/internal/VariableTests.h"
+#include "accredit/accreditation/internal/VariableMatching.h"
+#include "accredit/accreditation/internal/VariableTests.h"
 
 using MCCommon::MCStatus;
 

@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "diststats/MADistStats.h"
-#include "host/AccreditExport.h"
-#include "host/MCStatus.h"
+#include "accredit/diststats/MADistStats.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MCStatus.h"
 
 /// @file
 /// The results of the single variables.

@@ -1,4 +1,4 @@
-#include "accreditation/internal/VariableMatching.h"
+#include "accredit/accreditation/internal/VariableMatching.h"
 
 #include <cstddef>
 #include <string>

@@ -1,11 +1,11 @@
-#include "accreditation/internal/VariableTests.h"
+#include "accredit/accreditation/internal/VariableTests.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
-#include "distfun/MCDistFun.h"
+#include "accredit/distfun/MCDistFun.h"
 
 using MAMath::MCDistFun;
 using MCCommon::MCStatus;

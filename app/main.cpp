@@ -3,7 +3,7 @@
 
 #include <iostream>
 
-#include "app/Program.h"
+#include "app/commands/Program.h"
 
 namespace {
 

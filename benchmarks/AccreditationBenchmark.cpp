@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "accreditation/MAAccreditor.h"
-#include "accreditation/MAVariableResult.h"
-#include "host/MCStringEncoder.h"
-#include "host/MCTableRecordIter.h"
-#include "host/MCUniStats.h"
-#include "host/MCVariable.h"
+#include "accredit/accreditation/MAAccreditor.h"
+#include "accredit/accreditation/MAVariableResult.h"
+#include "accredit/host/MCStringEncoder.h"
+#include "accredit/host/MCTableRecordIter.h"
+#include "accredit/host/MCUniStats.h"
+#include "accredit/host/MCVariable.h"
 
 namespace {
 

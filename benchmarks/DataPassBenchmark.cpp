@@ -12,11 +12,11 @@
 #include <utility>
 #include <vector>
 
-#include "diststats/MADistStatsImp.h"
-#include "host/MCMV.h"
-#include "host/MCStringEncoder.h"
-#include "host/MCTableRecordIter.h"
-#include "host/MCVariable.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/host/MCMV.h"
+#include "accredit/host/MCStringEncoder.h"
+#include "accredit/host/MCTableRecordIter.h"
+#include "accredit/host/MCVariable.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/distfun/Libraries.h"
-#include "benchmarks/distfun/Regions.h"
-#include "distfun/MCDistFun.h"
+#include "accredit/distfun/MCDistFun.h"
+#include "distfun/Libraries.h"
+#include "distfun/Regions.h"
 
 namespace {
 

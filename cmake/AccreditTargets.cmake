@@ -1,6 +1,6 @@
 include(GNUInstallDirs)
 
-# accredit_compile_options(TARGET): the warnings of the house, for every target we build.
+# accredit_compile_options(TARGET): the warnings that every target of ours is built with.
 function(accredit_compile_options target)
     target_compile_features(${target} PUBLIC cxx_std_17)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
@@ -10,19 +10,32 @@ function(accredit_compile_options target)
     endif()
 endfunction()
 
-# accredit_folder_library(FOLDER SOURCES ... LINKS ...): the target of one folder of the library.
-# Results are specified to the last bit, so no product and sum may be fused into one rounding and
-# no option that loosens floating-point arithmetic may reach these sources. Nobody replaces single
-# functions of the library when it is loaded, so they may be inlined into each other in the shared
-# one as well.
-function(accredit_folder_library folder)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
-    set(target accredit_${folder})
+# accredit_include_root(VARIABLE NAME): a folder from which the headers of the folder NAME, and no
+# others, are included under their full name: accredit/host/Record.h, app/base/Errors.h. A target has
+# the folder of its own and those of the targets it links, so that an include against the direction
+# of the links does not compile.
+function(accredit_include_root variable name)
+    set(spelling "${name}")
+    if(NOT name MATCHES "^app/")
+        set(spelling "accredit/${name}")
+    endif()
+    string(REPLACE "/" "_" root "${name}")
+    set(root "${PROJECT_BINARY_DIR}/include/${root}")
+    get_filename_component(parent "${root}/${spelling}" DIRECTORY)
+    file(MAKE_DIRECTORY "${parent}")
+    file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${name}" "${root}/${spelling}" SYMBOLIC)
+    set(${variable} "${root}" PARENT_SCOPE)
+endfunction()
+
+# accredit_folder(TARGET SOURCES ... LINKS ... PRIVATE_LINKS ...): the static library of the folder
+# that calls this, with the include root of that folder.
+function(accredit_folder target)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+    file(RELATIVE_PATH name "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}")
+    accredit_include_root(root ${name})
     add_library(${target} STATIC ${ARG_SOURCES})
-    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
-    target_link_libraries(${target} PUBLIC ${ARG_LINKS})
-    target_compile_options(${target} PRIVATE -ffp-contract=off -fno-fast-math
-        -fno-semantic-interposition)
+    target_include_directories(${target} PUBLIC "${root}")
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
     set_target_properties(${target} PROPERTIES
         POSITION_INDEPENDENT_CODE ON
         CXX_VISIBILITY_PRESET hidden
@@ -30,16 +43,26 @@ function(accredit_folder_library folder)
     accredit_compile_options(${target})
 endfunction()
 
-# accredit_whole_library(TARGET STATIC|SHARED): the objects of all folders in one library.
+# accredit_library_folder(TARGET SOURCES ... LINKS ...): the same for a folder of the library. Results
+# are specified to the last bit, so no product and sum may be fused into one rounding and no option
+# that loosens floating-point arithmetic may reach these sources. Nobody replaces single functions of
+# the library when it is loaded, so they may be inlined into each other in the shared one as well.
+function(accredit_library_folder target)
+    accredit_folder(${target} ${ARGN})
+    target_compile_options(${target} PRIVATE -ffp-contract=off -fno-fast-math
+        -fno-semantic-interposition)
+endfunction()
+
+# accredit_whole_library(TARGET STATIC|SHARED): the objects of the library's folders in one library.
 function(accredit_whole_library target type)
-    add_library(${target} ${type}
-        $<TARGET_OBJECTS:accredit_host>
-        $<TARGET_OBJECTS:accredit_distfun>
-        $<TARGET_OBJECTS:accredit_diststats>
-        $<TARGET_OBJECTS:accredit_accreditation>)
-    target_include_directories(${target} PUBLIC
-        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/accredit>)
+    set(folders host distfun diststats accreditation)
+    list(TRANSFORM folders REPLACE "(.+)" "$<TARGET_OBJECTS:accredit_\\1>" OUTPUT_VARIABLE objects)
+    add_library(${target} ${type} ${objects})
+    foreach(folder IN LISTS folders)
+        target_include_directories(${target} PUBLIC
+            $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include/${folder}>)
+    endforeach()
+    target_include_directories(${target} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
     target_compile_features(${target} PUBLIC cxx_std_17)
     set_target_properties(${target} PROPERTIES
         OUTPUT_NAME accredit

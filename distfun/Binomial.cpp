@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <limits>
 
-#include "distfun/MCDistFun.h"
-#include "distfun/internal/Numerics.h"
-#include "host/MCMV.h"
+#include "accredit/distfun/MCDistFun.h"
+#include "accredit/distfun/internal/Numerics.h"
+#include "accredit/host/MCMV.h"
 
 namespace MAMath {
 

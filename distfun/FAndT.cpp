@@ -1,8 +1,8 @@
 #include <cmath>
 
-#include "distfun/MCDistFun.h"
-#include "distfun/internal/Numerics.h"
-#include "host/MCMV.h"
+#include "accredit/distfun/MCDistFun.h"
+#include "accredit/distfun/internal/Numerics.h"
+#include "accredit/host/MCMV.h"
 
 namespace MAMath {
 

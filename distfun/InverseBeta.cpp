@@ -1,9 +1,9 @@
 #include <cmath>
 #include <optional>
 
-#include "distfun/MCDistFun.h"
-#include "distfun/internal/Numerics.h"
-#include "host/MCMV.h"
+#include "accredit/distfun/MCDistFun.h"
+#include "accredit/distfun/internal/Numerics.h"
+#include "accredit/host/MCMV.h"
 
 namespace MAMath {
 

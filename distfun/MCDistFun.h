@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "host/AccreditExport.h"
+#include "accredit/host/AccreditExport.h"
 
 /// Mathematics.
 namespace MAMath {

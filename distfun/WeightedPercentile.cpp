@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <vector>
 
-#include "distfun/MCDistFun.h"
-#include "distfun/internal/Numerics.h"
-#include "host/MCMV.h"
+#include "accredit/distfun/MCDistFun.h"
+#include "accredit/distfun/internal/Numerics.h"
+#include "accredit/host/MCMV.h"
 
 namespace MAMath {
 

@@ -1,10 +1,10 @@
-#include "diststats/internal/Accumulators.h"
+#include "accredit/diststats/internal/Accumulators.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "host/MCMV.h"
+#include "accredit/host/MCMV.h"
 
 namespace MADetail {
 

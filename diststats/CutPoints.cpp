@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "diststats/MADistStatsImp.h"
-#include "diststats/internal/StrictlyAscending.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/diststats/internal/StrictlyAscending.h"
 
 using MCMTD_NAMESPACE::MCVarList;
 

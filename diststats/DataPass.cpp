@@ -1,7 +1,7 @@
 // One pass over the records: counting categories, folding values in, filling bins.
 
-#include "diststats/MADistStatsImp.h"
-#include "diststats/internal/Accumulators.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/diststats/internal/Accumulators.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;

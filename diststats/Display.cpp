@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <ostream>
 
-#include "diststats/MADistStatsImp.h"
+#include "accredit/diststats/MADistStatsImp.h"
 
 namespace {
 

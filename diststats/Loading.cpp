@@ -6,8 +6,8 @@
 #include <limits>
 #include <utility>
 
-#include "diststats/MADistStatsImp.h"
-#include "diststats/internal/StrictlyAscending.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/diststats/internal/StrictlyAscending.h"
 
 using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCUniStats;

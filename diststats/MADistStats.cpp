@@ -1,6 +1,6 @@
-#include "diststats/MADistStats.h"
+#include "accredit/diststats/MADistStats.h"
 
-#include "host/internal/NeverDestroyed.h"
+#include "accredit/host/internal/NeverDestroyed.h"
 
 using MCCommon::MCStatus;
 using MCDetail::NeverDestroyed;

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "diststats/MADistStatsImp.h"
-#include "host/AccreditExport.h"
-#include "host/MCApplicInfo4XML.h"
-#include "host/MCStatus.h"
-#include "host/MCVarList.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MCApplicInfo4XML.h"
+#include "accredit/host/MCStatus.h"
+#include "accredit/host/MCVarList.h"
 
 /// A handle on a summary: a value that owns a MADistStatsImp and copies it deeply. An empty handle
 /// is legal, and reading it never fails.

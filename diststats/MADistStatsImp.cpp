@@ -1,9 +1,9 @@
-#include "diststats/MADistStatsImp.h"
+#include "accredit/diststats/MADistStatsImp.h"
 
 #include <cstddef>
 #include <utility>
 
-#include "host/internal/NeverDestroyed.h"
+#include "accredit/host/internal/NeverDestroyed.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;

@@ -5,15 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "diststats/VarSummary.h"
-#include "host/AccreditExport.h"
-#include "host/MCApplicInfo4XML.h"
-#include "host/MCQueryCancel.h"
-#include "host/MCStatus.h"
-#include "host/MCUniStats.h"
-#include "host/MCVarList.h"
-#include "host/MultiPassRecordIter.h"
-#include "host/Record.h"
+#include "accredit/diststats/VarSummary.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MCApplicInfo4XML.h"
+#include "accredit/host/MCQueryCancel.h"
+#include "accredit/host/MCStatus.h"
+#include "accredit/host/MCUniStats.h"
+#include "accredit/host/MCVarList.h"
+#include "accredit/host/MultiPassRecordIter.h"
+#include "accredit/host/Record.h"
 
 class MCPMMLExporter;
 

@@ -1,6 +1,6 @@
-#include "diststats/MAPredictorDist.h"
+#include "accredit/diststats/MAPredictorDist.h"
 
-#include "diststats/internal/MAPredictorDistImp.h"
+#include "accredit/diststats/internal/MAPredictorDistImp.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;

@@ -3,13 +3,13 @@
 #include <iosfwd>
 #include <memory>
 
-#include "diststats/MADistStats.h"
-#include "host/AccreditExport.h"
-#include "host/MCApplicInfo4XML.h"
-#include "host/MCQueryCancel.h"
-#include "host/MCStatus.h"
-#include "host/MCVarList.h"
-#include "host/MultiPassRecordIter.h"
+#include "accredit/diststats/MADistStats.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MCApplicInfo4XML.h"
+#include "accredit/host/MCQueryCancel.h"
+#include "accredit/host/MCStatus.h"
+#include "accredit/host/MCVarList.h"
+#include "accredit/host/MultiPassRecordIter.h"
 
 class MAPredictorDistImp;
 

@@ -4,11 +4,11 @@
 #include <memory>
 #include <utility>
 
-#include "diststats/MADistStatsImp.h"
-#include "host/ExportFormat.h"
-#include "host/MCPMMLExporter.h"
-#include "host/XMLElement.h"
-#include "host/internal/PMMLVocabulary.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/host/ExportFormat.h"
+#include "accredit/host/MCPMMLExporter.h"
+#include "accredit/host/XMLElement.h"
+#include "accredit/host/internal/PMMLVocabulary.h"
 
 using MCCommon::MCStatus;
 using MCMTD_NAMESPACE::MCUniStats;

@@ -1,4 +1,4 @@
-#include "diststats/VarSummary.h"
+#include "accredit/diststats/VarSummary.h"
 
 #include <cmath>
 

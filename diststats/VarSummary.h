@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/AccreditExport.h"
-#include "host/MCMV.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MCMV.h"
 
 /// The summary of one variable: a plain record, copied by value.
 ///

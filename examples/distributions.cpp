@@ -3,8 +3,8 @@
 #include <iostream>
 #include <vector>
 
-#include "distfun/MCDistFun.h"
-#include "host/MCMV.h"
+#include "accredit/distfun/MCDistFun.h"
+#include "accredit/host/MCMV.h"
 
 using MAMath::MCDistFun;
 

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "accreditation/MAAccreditor.h"
-#include "host/IMCEncoder.h"
-#include "host/IMCVariable.h"
-#include "host/MCMV.h"
-#include "host/MCVarList.h"
-#include "host/MultiPassRecordIter.h"
+#include "accredit/accreditation/MAAccreditor.h"
+#include "accredit/host/IMCEncoder.h"
+#include "accredit/host/IMCVariable.h"
+#include "accredit/host/MCMV.h"
+#include "accredit/host/MCVarList.h"
+#include "accredit/host/MultiPassRecordIter.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;

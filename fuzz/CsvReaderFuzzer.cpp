@@ -8,10 +8,10 @@
 
 #include <optional>
 
-#include "app/CsvReader.h"
-#include "app/Errors.h"
-#include "app/XmlScan.h"
-#include "fuzz/Fuzzing.h"
+#include "Fuzzing.h"
+#include "accredit/documents/XmlScan.h"
+#include "app/base/Errors.h"
+#include "app/data/CsvReader.h"
 
 using fuzz::Require;
 using namespace std::string_view_literals;

@@ -3,11 +3,11 @@
 
 #include <algorithm>
 
-#include "diststats/MADistStatsImp.h"
-#include "fuzz/SameSummary.h"
-#include "host/MAStatus.h"
-#include "host/MCVariable.h"
-#include "tests/fakes/Seams.h"
+#include "SameSummary.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/host/MAStatus.h"
+#include "accredit/host/MCVariable.h"
+#include "fakes/Seams.h"
 
 using fuzz::Input;
 using fuzz::Require;

@@ -1,9 +1,9 @@
 // Every distribution function, the private ones included, with any doubles: what holds for all of
 // them, and that the same call gives the same bits whatever was called before.
 
-#include "distfun/MCDistFun.h"
-#include "fuzz/DistFunChecks.h"
-#include "fuzz/Fuzzing.h"
+#include "DistFunChecks.h"
+#include "Fuzzing.h"
+#include "accredit/distfun/MCDistFun.h"
 
 using fuzz::Input;
 using fuzz::Require;

@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-#include "distfun/MCDistFun.h"
-#include "fuzz/DistFunChecks.h"
+#include "DistFunChecks.h"
+#include "accredit/distfun/MCDistFun.h"
 
 namespace {
 

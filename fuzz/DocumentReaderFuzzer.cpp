@@ -1,10 +1,10 @@
 // A stored reference of any bytes: it is refused with its place, or it is a well-formed document
 // which, written and read again, gives the same reference and from then on the same text.
 
-#include "app/Errors.h"
-#include "app/StoredReference.h"
-#include "fuzz/SameSummary.h"
-#include "fuzz/WellFormed.h"
+#include "SameSummary.h"
+#include "WellFormed.h"
+#include "accredit/documents/StoredReference.h"
+#include "app/base/Errors.h"
 
 using fuzz::Require;
 

@@ -7,13 +7,13 @@
 #include <set>
 #include <sstream>
 
-#include "diststats/MADistStatsImp.h"
-#include "fuzz/SameSummary.h"
-#include "fuzz/WellFormed.h"
-#include "host/MCNumberEncoder.h"
-#include "host/MCStringEncoder.h"
-#include "host/MCVariable.h"
-#include "host/XMLElement.h"
+#include "SameSummary.h"
+#include "WellFormed.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/host/MCNumberEncoder.h"
+#include "accredit/host/MCStringEncoder.h"
+#include "accredit/host/MCVariable.h"
+#include "accredit/host/XMLElement.h"
 
 using fuzz::Input;
 using fuzz::Require;

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/MCMV.h"
+#include "accredit/host/MCMV.h"
 
 namespace fuzz {
 

@@ -1,9 +1,9 @@
 // Loading operations with any values, one after the other: each is accepted exactly if what it is
 // documented to look at is good; then it reads back, and nothing else has changed.
 
-#include "diststats/MADistStatsImp.h"
-#include "fuzz/SameSummary.h"
-#include "host/MCVariable.h"
+#include "SameSummary.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/host/MCVariable.h"
 
 using fuzz::Input;
 using fuzz::Require;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "diststats/MADistStats.h"
-#include "fuzz/Fuzzing.h"
+#include "Fuzzing.h"
+#include "accredit/diststats/MADistStats.h"
 
 namespace fuzz {
 

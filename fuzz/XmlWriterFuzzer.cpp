@@ -6,9 +6,9 @@
 #include <pugixml.hpp>
 #include <sstream>
 
-#include "fuzz/Fuzzing.h"
-#include "fuzz/WellFormed.h"
-#include "host/XMLElement.h"
+#include "Fuzzing.h"
+#include "WellFormed.h"
+#include "accredit/host/XMLElement.h"
 
 using fuzz::Input;
 using fuzz::Require;

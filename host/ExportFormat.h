@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/AccreditExport.h"
+#include "accredit/host/AccreditExport.h"
 
 /// Trees of XML elements.
 namespace MCXML_NAMESPACE {

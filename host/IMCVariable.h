@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/AccreditExport.h"
+#include "accredit/host/AccreditExport.h"
 
 /// @file
 /// What a variable is.

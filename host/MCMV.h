@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/AccreditExport.h"
+#include "accredit/host/AccreditExport.h"
 
 /// The system-missing value: one finite double that marks a missing datum in a record, a statistic
 /// that does not exist, and the failed result of a distribution function.

@@ -1,9 +1,9 @@
-#include "host/MCNumberEncoder.h"
+#include "accredit/host/MCNumberEncoder.h"
 
 #include <cmath>
 #include <cstddef>
 
-#include "host/MCMV.h"
+#include "accredit/host/MCMV.h"
 
 namespace MCMTD_NAMESPACE {
 

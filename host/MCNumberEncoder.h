@@ -4,8 +4,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/AccreditExport.h"
-#include "host/IMCEncoder.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/IMCEncoder.h"
 
 namespace MCMTD_NAMESPACE {
 

@@ -1,12 +1,12 @@
-#include "host/MCPMMLExporter.h"
+#include "accredit/host/MCPMMLExporter.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "host/internal/PMMLElements.h"
-#include "host/internal/PMMLVocabulary.h"
-#include "host/internal/XMLText.h"
+#include "accredit/host/internal/PMMLElements.h"
+#include "accredit/host/internal/PMMLVocabulary.h"
+#include "accredit/host/internal/XMLText.h"
 
 using MCCommon::MCStatus;
 using MCMTD_NAMESPACE::IMCEncoder;

@@ -7,13 +7,13 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/AccreditExport.h"
-#include "host/MCApplicInfo4XML.h"
-#include "host/MCQueryCancel.h"
-#include "host/MCStatus.h"
-#include "host/MCUniStats.h"
-#include "host/MCVarList.h"
-#include "host/XMLElement.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MCApplicInfo4XML.h"
+#include "accredit/host/MCQueryCancel.h"
+#include "accredit/host/MCStatus.h"
+#include "accredit/host/MCUniStats.h"
+#include "accredit/host/MCVarList.h"
+#include "accredit/host/XMLElement.h"
 
 /// Makes the elements of one PMML 3.1 document. A caller that puts them together in the order of
 /// the operations below gets a document that is valid and that holds everything it was given.

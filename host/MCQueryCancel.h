@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/AccreditExport.h"
+#include "accredit/host/AccreditExport.h"
 
 /// Through this a caller stops long work. It is asked on the caller's thread at every 20th record
 /// of a data pass, from the first on, and once a variable in an export; an implementation that

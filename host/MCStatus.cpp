@@ -1,4 +1,4 @@
-#include "host/MCStatus.h"
+#include "accredit/host/MCStatus.h"
 
 namespace MCCommon {
 

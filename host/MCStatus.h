@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "host/AccreditExport.h"
-#include "host/MAStatus.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MAStatus.h"
 
 namespace MCCommon {
 

@@ -1,8 +1,8 @@
-#include "host/MCStringEncoder.h"
+#include "accredit/host/MCStringEncoder.h"
 
 #include <cstddef>
 
-#include "host/MCMV.h"
+#include "accredit/host/MCMV.h"
 
 namespace MCMTD_NAMESPACE {
 

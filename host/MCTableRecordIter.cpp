@@ -1,4 +1,4 @@
-#include "host/MCTableRecordIter.h"
+#include "accredit/host/MCTableRecordIter.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "host/AccreditExport.h"
-#include "host/MultiPassRecordIter.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MultiPassRecordIter.h"
 
 namespace MCCommon {
 

@@ -1,4 +1,4 @@
-#include "host/MCUniStats.h"
+#include "accredit/host/MCUniStats.h"
 
 namespace MCMTD_NAMESPACE {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "host/AccreditExport.h"
-#include "host/MCMV.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/MCMV.h"
 
 namespace MCMTD_NAMESPACE {
 

@@ -1,10 +1,10 @@
-#include "host/MCVarList.h"
+#include "accredit/host/MCVarList.h"
 
 #include <algorithm>
 #include <cstddef>
 
-#include "host/MCStringEncoder.h"
-#include "host/internal/NeverDestroyed.h"
+#include "accredit/host/MCStringEncoder.h"
+#include "accredit/host/internal/NeverDestroyed.h"
 
 namespace MCMTD_NAMESPACE {
 

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "host/AccreditExport.h"
-#include "host/IMCEncoder.h"
-#include "host/IMCVariable.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/IMCEncoder.h"
+#include "accredit/host/IMCVariable.h"
 
 namespace MCMTD_NAMESPACE {
 

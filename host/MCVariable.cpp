@@ -1,4 +1,4 @@
-#include "host/MCVariable.h"
+#include "accredit/host/MCVariable.h"
 
 #include <utility>
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "host/AccreditExport.h"
-#include "host/IMCVariable.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/IMCVariable.h"
 
 namespace MCMTD_NAMESPACE {
 

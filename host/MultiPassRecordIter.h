@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/AccreditExport.h"
-#include "host/Record.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/Record.h"
 
 namespace MCCommon {
 

@@ -1,13 +1,13 @@
-#include "host/internal/PMMLElements.h"
+#include "accredit/host/internal/PMMLElements.h"
 
 #include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <vector>
 
-#include "host/MCMV.h"
-#include "host/internal/PMMLVocabulary.h"
-#include "host/internal/XMLText.h"
+#include "accredit/host/MCMV.h"
+#include "accredit/host/internal/PMMLVocabulary.h"
+#include "accredit/host/internal/XMLText.h"
 
 using MCMTD_NAMESPACE::MCUniStats;
 using MCXML_NAMESPACE::XMLElement;

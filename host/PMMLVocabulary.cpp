@@ -1,4 +1,4 @@
-#include "host/internal/PMMLVocabulary.h"
+#include "accredit/host/internal/PMMLVocabulary.h"
 
 namespace MCDetail {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/AccreditExport.h"
+#include "accredit/host/AccreditExport.h"
 
 /// Records, their sources, and status values.
 namespace MCCommon {

@@ -1,10 +1,10 @@
-#include "host/XMLElement.h"
+#include "accredit/host/XMLElement.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <ostream>
 
-#include "host/internal/XMLText.h"
+#include "accredit/host/internal/XMLText.h"
 
 namespace MCXML_NAMESPACE {
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/AccreditExport.h"
-#include "host/ExportFormat.h"
+#include "accredit/host/AccreditExport.h"
+#include "accredit/host/ExportFormat.h"
 
 namespace MCXML_NAMESPACE {
 

@@ -1,4 +1,4 @@
-#include "host/internal/XMLText.h"
+#include "accredit/host/internal/XMLText.h"
 
 #include <algorithm>
 #include <array>

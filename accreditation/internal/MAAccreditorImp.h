@@ -2,11 +2,11 @@
 
 #include <vector>
 
-#include "diststats/MADistStats.h"
-#include "host/MCQueryCancel.h"
-#include "host/MCStatus.h"
-#include "host/MCVarList.h"
-#include "host/MultiPassRecordIter.h"
+#include "accredit/diststats/MADistStats.h"
+#include "accredit/host/MCQueryCancel.h"
+#include "accredit/host/MCStatus.h"
+#include "accredit/host/MCVarList.h"
+#include "accredit/host/MultiPassRecordIter.h"
 
 /// What stands behind MAAccreditor; see there.
 class MAAccreditorImp {

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "host/MCStatus.h"
-#include "host/MCVarList.h"
+#include "accredit/host/MCStatus.h"
+#include "accredit/host/MCVarList.h"
 
 namespace MADetail {
 

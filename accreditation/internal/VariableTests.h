@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "diststats/MADistStats.h"
-#include "host/IMCEncoder.h"
-#include "host/MCStatus.h"
+#include "accredit/diststats/MADistStats.h"
+#include "accredit/host/IMCEncoder.h"
+#include "accredit/host/MCStatus.h"
 
 namespace MADetail {
 

@@ -5,7 +5,7 @@
 #include <boost/math/distributions/students_t.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 
-#include "benchmarks/distfun/Libraries.h"
+#include "Libraries.h"
 
 namespace DistFun {
 

@@ -5,7 +5,7 @@
 
 #include <limits>
 
-#include "benchmarks/distfun/Libraries.h"
+#include "Libraries.h"
 
 namespace DistFun {
 

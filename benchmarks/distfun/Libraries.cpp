@@ -1,8 +1,8 @@
-#include "benchmarks/distfun/Libraries.h"
+#include "Libraries.h"
 
 #include <cstring>
 
-#include "distfun/MCDistFun.h"
+#include "accredit/distfun/MCDistFun.h"
 
 namespace DistFun {
 

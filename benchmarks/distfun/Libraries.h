@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "benchmarks/distfun/Regions.h"
+#include "Regions.h"
 
 namespace DistFun {
 

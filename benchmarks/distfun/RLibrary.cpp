@@ -1,4 +1,4 @@
-#include "benchmarks/distfun/Libraries.h"
+#include "Libraries.h"
 
 // The standalone form of the library; last, as it defines macros with everyday names.
 #define MATHLIB_STANDALONE

@@ -1,10 +1,10 @@
-#include "benchmarks/distfun/Regions.h"
+#include "Regions.h"
 
 #include <algorithm>
 #include <cmath>
 #include <random>
 
-#include "distfun/MCDistFun.h"
+#include "accredit/distfun/MCDistFun.h"
 
 namespace DistFun {
 

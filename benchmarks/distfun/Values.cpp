@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "benchmarks/distfun/Libraries.h"
-#include "benchmarks/distfun/Regions.h"
+#include "Libraries.h"
+#include "Regions.h"
 
 int main(int argc, char** argv) {
     const long count = argc == 3 ? std::strtol(argv[2], nullptr, 10) : 0;

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "host/MCMV.h"
+#include "accredit/host/MCMV.h"
 
 namespace MAMath::Numerics {
 

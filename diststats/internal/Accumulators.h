@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "diststats/VarSummary.h"
+#include "accredit/diststats/VarSummary.h"
 
 namespace MADetail {
 

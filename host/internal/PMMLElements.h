@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "host/MCUniStats.h"
-#include "host/XMLElement.h"
+#include "accredit/host/MCUniStats.h"
+#include "accredit/host/XMLElement.h"
 
 namespace MCDetail {
 

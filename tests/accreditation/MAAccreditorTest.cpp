@@ -1,4 +1,4 @@
-#include "accreditation/MAAccreditor.h"
+#include "accredit/accreditation/MAAccreditor.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "accreditation/MAVariableResult.h"
-#include "accreditation/internal/VariableTests.h"
-#include "tests/fakes/Summaries.h"
+#include "accredit/accreditation/MAVariableResult.h"
+#include "accredit/accreditation/internal/VariableTests.h"
+#include "fakes/Summaries.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/Program.h"
+#include "app/commands/Program.h"
 
 namespace fakes {
 

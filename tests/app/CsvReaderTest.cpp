@@ -1,4 +1,4 @@
-#include "app/CsvReader.h"
+#include "app/data/CsvReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "app/Errors.h"
-#include "tests/app/TempFile.h"
-#include "tests/fakes/Fakes.h"
+#include "TempFile.h"
+#include "app/base/Errors.h"
+#include "fakes/Fakes.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "app/NumberText.h"
+#include "accredit/documents/NumberText.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <random>
 #include <string>
 
-#include "app/MissingTokens.h"
-#include "tests/fakes/Tables.h"
+#include "accredit/documents/MissingTokens.h"
+#include "fakes/Tables.h"
 
 namespace {
 

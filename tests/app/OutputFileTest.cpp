@@ -1,4 +1,4 @@
-#include "app/OutputFile.h"
+#include "app/base/OutputFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,9 +12,9 @@
 #include <fstream>
 #include <string>
 
-#include "app/Errors.h"
-#include "tests/app/Accredit.h"
-#include "tests/app/TempFile.h"
+#include "Accredit.h"
+#include "TempFile.h"
+#include "app/base/Errors.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "app/Program.h"
+#include "app/commands/Program.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -13,12 +13,12 @@
 #include <utility>
 #include <vector>
 
-#include "app/Check.h"
-#include "app/Errors.h"
-#include "app/Report.h"
-#include "tests/app/Accredit.h"
-#include "tests/app/TempFile.h"
-#include "tests/fakes/Fakes.h"
+#include "Accredit.h"
+#include "TempFile.h"
+#include "app/base/Errors.h"
+#include "app/commands/Check.h"
+#include "app/commands/Report.h"
+#include "fakes/Fakes.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "app/Report.h"
+#include "app/commands/Report.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@
 #include <sstream>
 #include <string>
 
-#include "app/Interrupt.h"
-#include "app/Printable.h"
-#include "app/Progress.h"
+#include "app/base/Interrupt.h"
+#include "app/base/Printable.h"
+#include "app/base/Progress.h"
 
 namespace {
 

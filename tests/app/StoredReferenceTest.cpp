@@ -1,4 +1,4 @@
-#include "app/StoredReference.h"
+#include "accredit/documents/StoredReference.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,12 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "app/Errors.h"
-#include "app/Learn.h"
-#include "tests/app/Accredit.h"
-#include "tests/app/TempFile.h"
-#include "tests/fakes/Documents.h"
-#include "tests/fakes/Summaries.h"
+#include "Accredit.h"
+#include "TempFile.h"
+#include "app/base/Errors.h"
+#include "app/commands/Learn.h"
+#include "fakes/Documents.h"
+#include "fakes/Summaries.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/distfun/Functions.h"
+#include "Functions.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <type_traits>
 
-#include "distfun/MCDistFun.h"
+#include "accredit/distfun/MCDistFun.h"
 
 // The functions of MCDistFun by name, for what goes through all of them. Needs -fno-access-control.
 

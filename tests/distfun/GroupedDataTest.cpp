@@ -2,8 +2,8 @@
 
 #include <limits>
 
-#include "tests/distfun/Precision.h"
-#include "tests/fakes/Tables.h"
+#include "Precision.h"
+#include "fakes/Tables.h"
 
 namespace {
 

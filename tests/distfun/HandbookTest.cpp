@@ -5,9 +5,9 @@
 #include <sstream>
 #include <string>
 
-#include "tests/distfun/Functions.h"
-#include "tests/distfun/Precision.h"
-#include "tests/fakes/Tables.h"
+#include "Functions.h"
+#include "Precision.h"
+#include "fakes/Tables.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tests/distfun/Precision.h"
+#include "Precision.h"
 
 // What must hold between the functions, and between them and the C library, over their ranges.
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/fakes/Summaries.h"
+#include "fakes/Summaries.h"
 
 namespace {
 

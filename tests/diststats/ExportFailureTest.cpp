@@ -7,9 +7,9 @@
 #include <sstream>
 #include <string>
 
-#include "diststats/MADistStats.h"
-#include "host/MCPMMLExporter.h"
-#include "tests/fakes/Fakes.h"
+#include "accredit/diststats/MADistStats.h"
+#include "accredit/host/MCPMMLExporter.h"
+#include "fakes/Fakes.h"
 
 using MCCommon::MCStatus;
 using MCXML_NAMESPACE::XMLElement;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tests/fakes/Summaries.h"
+#include "fakes/Summaries.h"
 
 namespace {
 

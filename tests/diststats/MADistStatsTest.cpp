@@ -1,4 +1,4 @@
-#include "diststats/MADistStats.h"
+#include "accredit/diststats/MADistStats.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-#include "tests/fakes/Summaries.h"
+#include "fakes/Summaries.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "diststats/MAPredictorDist.h"
-#include "tests/fakes/Documents.h"
-#include "tests/fakes/Summaries.h"
+#include "accredit/diststats/MAPredictorDist.h"
+#include "fakes/Documents.h"
+#include "fakes/Summaries.h"
 
 namespace {
 

@@ -8,17 +8,17 @@
 #include <utility>
 #include <vector>
 
-#include "host/MCMV.h"
-#include "host/MCNumberEncoder.h"
-#include "host/MCQueryCancel.h"
-#include "host/MCStatus.h"
-#include "host/MCStringEncoder.h"
-#include "host/MCUniStats.h"
-#include "host/MCVarList.h"
-#include "host/MCVariable.h"
-#include "host/MultiPassRecordIter.h"
-#include "tests/fakes/Seams.h"
-#include "tests/fakes/Tables.h"
+#include "accredit/host/MCMV.h"
+#include "accredit/host/MCNumberEncoder.h"
+#include "accredit/host/MCQueryCancel.h"
+#include "accredit/host/MCStatus.h"
+#include "accredit/host/MCStringEncoder.h"
+#include "accredit/host/MCUniStats.h"
+#include "accredit/host/MCVarList.h"
+#include "accredit/host/MCVariable.h"
+#include "accredit/host/MultiPassRecordIter.h"
+#include "fakes/Seams.h"
+#include "fakes/Tables.h"
 
 namespace fakes {
 

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/MCQueryCancel.h"
-#include "host/MultiPassRecordIter.h"
+#include "accredit/host/MCQueryCancel.h"
+#include "accredit/host/MultiPassRecordIter.h"
 
 namespace fakes {
 

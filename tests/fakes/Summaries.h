@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "diststats/MADistStats.h"
-#include "tests/fakes/Fakes.h"
+#include "accredit/diststats/MADistStats.h"
+#include "fakes/Fakes.h"
 
 namespace fakes {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/MCMV.h"
+#include "accredit/host/MCMV.h"
 
 // Tables that tests walk through, in text files beside them: the rows of TEST(Suite, Name) stand in
 // Suite.txt under [Name]. Bars set apart the cells of a row, the first of which is its label; a

@@ -13,12 +13,12 @@
 #include <string>
 #include <vector>
 
-#include "accreditation/MAAccreditor.h"
-#include "accreditation/MAVariableResult.h"
-#include "diststats/MAPredictorDist.h"
-#include "host/MCTableRecordIter.h"
-#include "host/XMLElement.h"
-#include "tests/fakes/Summaries.h"
+#include "accredit/accreditation/MAAccreditor.h"
+#include "accredit/accreditation/MAVariableResult.h"
+#include "accredit/diststats/MAPredictorDist.h"
+#include "accredit/host/MCTableRecordIter.h"
+#include "accredit/host/XMLElement.h"
+#include "fakes/Summaries.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "host/MCPMMLExporter.h"
+#include "accredit/host/MCPMMLExporter.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@
 #include <tuple>
 #include <vector>
 
-#include "host/internal/PMMLVocabulary.h"
-#include "tests/fakes/Documents.h"
-#include "tests/fakes/Fakes.h"
+#include "accredit/host/internal/PMMLVocabulary.h"
+#include "fakes/Documents.h"
+#include "fakes/Fakes.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "host/MCVarList.h"
+#include "accredit/host/MCVarList.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 
-#include "host/MCTableRecordIter.h"
-#include "tests/fakes/Fakes.h"
+#include "accredit/host/MCTableRecordIter.h"
+#include "fakes/Fakes.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "host/XMLElement.h"
+#include "accredit/host/XMLElement.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "tests/fakes/Tables.h"
+#include "fakes/Tables.h"
 
 namespace {
 

@@ -1,0 +1,275 @@
+#include "app/commands/Options.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "accredit/documents/NumberText.h"
+#include "app/base/Errors.h"
+#include "app/base/Printable.h"
+
+namespace app {
+
+namespace {
+
+constexpr std::string_view kVersion = "accredit " ACCREDIT_VERSION;
+
+constexpr std::string_view kHelp =
+    R"(accredit - does new data still look like the data a model was built on?
+
+Usage: accredit COMMAND ...
+
+Commands:
+  learn       summarise the data a model is built on and store that as a reference
+  check       compare a new file with a reference, variable by variable
+  show        print a stored reference
+
+Options:
+  -h, --help  show this help; 'accredit COMMAND --help' shows that of a command
+  --version   show the version
+)";
+
+constexpr std::string_view kCheckHelp =
+    R"(accredit check - compare a new file with a reference, variable by variable
+
+Usage: accredit check [OPTIONS] REFERENCE NEW.csv
+
+REFERENCE is what 'accredit learn' stored, or the data itself; NEW is data. Data is a file of
+comma-separated values with a heading; columns are matched by name, in any order. Blanks around
+numbers do not count, those of headings and categories do. NEW may be '-' for standard input, and so
+may a stored REFERENCE.
+
+A table shows for each variable of the reference how well the new data fits it, as a p-value. The
+accreditation is their mean: near 1 if the new data still looks like the reference, near 0 if it
+does not.
+
+Columns:
+  --ignore COLUMN        leave a column out
+  --weight COLUMN=W      weigh a column in the mean; the others weigh 1
+
+Columns, when REFERENCE is data; a stored reference has settled these:
+  --categorical COLUMN   take the numbers of a column as categories
+  --continuous COLUMN    insist that a column holds numbers
+  --missing TOKEN        a text that stands for a missing value, besides 'NA' and the empty field;
+                         compared as text (-9 is not -9.0), blanks around it do not count
+
+Result:
+  --fail-below X         exit with status 1 if the accreditation is below X
+  --format text|json     print a table (the default) or JSON
+
+  -h, --help             show this help
+  --version              show the version
+
+Options that name a column or a token may be repeated. A column of the data that holds nothing but
+numbers is continuous, any other is categorical.
+
+Exit status: 0 if there is an accreditation, not below X; 1 if it is below X or the data cannot be
+compared; 2 for wrong usage, unreadable or malformed files, or an interrupt.
+
+Example:
+  accredit check --missing '?' --ignore id --weight age=2 --fail-below 0.05 train.csv today.csv
+)";
+
+constexpr std::string_view kLearnHelp =
+    R"(accredit learn - summarise the data a model is built on and store that as a reference
+
+Usage: accredit learn [OPTIONS] DATA.csv --output REFERENCE.pmml
+
+DATA is a file of comma-separated values with a heading. The reference is a PMML 3.1 document with a
+summary of every column; new data is later checked against it without the old data. It is written as
+a whole or not at all, and replaces a file that is there.
+
+  --output REFERENCE     the file to write; '-' is standard output
+
+Columns:
+  --ignore COLUMN        leave a column out
+  --categorical COLUMN   take the numbers of a column as categories
+  --continuous COLUMN    insist that a column holds numbers
+  --missing TOKEN        a text that stands for a missing value, besides 'NA' and the empty field;
+                         compared as text (-9 is not -9.0), blanks around it do not count
+
+  -h, --help             show this help
+  --version              show the version
+
+Options that name a column or a token may be repeated. A column that holds nothing but numbers is
+continuous, any other is categorical. Blanks around numbers do not count, those of headings and
+categories do. Headings and categories must be UTF-8 without control characters other than tab and
+line end.
+
+Exit status: 0 if the reference was written; 2 for wrong usage, unreadable or malformed data, data
+that a reference cannot hold, a file that cannot be written, or an interrupt.
+
+Example:
+  accredit learn --missing '?' --ignore id train.csv --output train.pmml
+)";
+
+constexpr std::string_view kShowHelp =
+    R"(accredit show - print a stored reference
+
+Usage: accredit show [OPTIONS] REFERENCE
+
+REFERENCE is what 'accredit learn' stored; '-' is standard input.
+
+  --format text|json     print a listing (the default), or JSON with the categories, the missing
+                         data and all digits
+  -h, --help             show this help
+  --version              show the version
+
+Exit status: 0, or 2 for wrong usage, an unreadable file, or one that is no reference.
+)";
+
+double ParseValue(std::string_view option, std::string_view text) {
+    const std::optional<double> value = ParseNumber(TrimBlanks(text));
+    if (!value) throw UsageError(fmt::format("{}: {}", option, NotANumber(text)));
+    return *value;
+}
+
+// The last equals sign separates: a heading may hold others.
+ColumnWeight ParseWeight(std::string_view text) {
+    const std::size_t separator = text.rfind('=');
+    if (separator == std::string_view::npos) {
+        throw UsageError(fmt::format("--weight: \"{}\" is not COLUMN=W", Printable(text)));
+    }
+    const double weight = ParseValue("--weight", text.substr(separator + 1));
+    if (weight < 0.0) throw UsageError("--weight: a weight must not be negative");
+    // The sum with 0 makes -0 a 0.
+    return {std::string(text.substr(0, separator)), weight + 0.0};
+}
+
+bool ParseFormat(std::string_view text) {
+    if (text == "json") return true;
+    if (text == "text") return false;
+    throw UsageError(fmt::format("--format: \"{}\" is neither text nor json", Printable(text)));
+}
+
+// An option that may stand several times, whose every argument is taken as it is: left to itself,
+// the parser gives some texts, such as {}, a meaning of its own.
+void AddRepeated(CLI::App& command, const std::string& name,
+                 const std::function<void(const std::string&)>& take) {
+    command
+        .add_option(name,
+                    [take](const CLI::results_t& arguments) {
+                        for (const std::string& argument : arguments) take(argument);
+                        return true;
+                    })
+        ->take_all();
+}
+
+void AddRepeated(CLI::App& command, const std::string& name, std::vector<std::string>& values) {
+    AddRepeated(command, name, [&values](const std::string& value) { values.push_back(value); });
+}
+
+void AddSingle(CLI::App& command, const std::string& name,
+               const std::function<void(const std::string&)>& take, bool required = false) {
+    CLI::Option* const option =
+        command.add_option(name, [name, take](const CLI::results_t& arguments) {
+            if (arguments.size() > 1) throw UsageError(name + " is given twice");
+            take(arguments.front());
+            return true;
+        });
+    option->required(required);
+    if (name.front() == '-') option->take_all();
+}
+
+void AddColumnOptions(CLI::App& command, std::vector<std::string>& missing,
+                      ColumnChoices& columns) {
+    AddRepeated(command, "--missing", missing);
+    AddRepeated(command, "--ignore", columns.ignored);
+    AddRepeated(command, "--categorical", columns.categorical);
+    AddRepeated(command, "--continuous", columns.continuous);
+}
+
+void AddPath(CLI::App& command, const std::string& name, std::string& path) {
+    AddSingle(
+        command, name, [&path](const std::string& text) { path = text; }, true);
+}
+
+void AddFormat(CLI::App& command, bool& json) {
+    AddSingle(command, "--format", [&json](const std::string& text) { json = ParseFormat(text); });
+}
+
+void AddOptions(CLI::App& check, CheckOptions& options) {
+    AddColumnOptions(check, options.missing, options.columns);
+    AddRepeated(check, "--weight", [&options](const std::string& text) {
+        options.weights.push_back(ParseWeight(text));
+    });
+    AddSingle(check, "--fail-below", [&options](const std::string& text) {
+        options.failBelow = ParseValue("--fail-below", text);
+    });
+    AddFormat(check, options.json);
+    AddPath(check, "REFERENCE", options.referencePath);
+    AddPath(check, "NEW", options.newPath);
+}
+
+void AddOptions(CLI::App& learn, LearnOptions& options) {
+    AddColumnOptions(learn, options.missing, options.columns);
+    AddPath(learn, "--output", options.outputPath);
+    AddPath(learn, "DATA", options.dataPath);
+}
+
+void AddOptions(CLI::App& show, ShowOptions& options) {
+    AddFormat(show, options.json);
+    AddPath(show, "REFERENCE", options.referencePath);
+}
+
+// Refuses the first word that the parser knows nothing of. It would itself rather complain about
+// what it misses because of that word.
+void RefuseUnknown(const CLI::App& program) {
+    const std::vector<std::string> words = program.remaining(true);
+    if (words.empty()) return;
+    const std::string word = Printable(words.front());
+    if (word.size() > 1 && word.front() == '-') {
+        throw UsageError(fmt::format("unknown option '{}'", word.substr(0, word.find('='))));
+    }
+    throw UsageError(fmt::format(
+        program.get_subcommands().empty() ? "unknown command '{}'" : "unexpected argument '{}'",
+        word));
+}
+
+}  // namespace
+
+Command ParseCommandLine(int argc, const char* const* argv) {
+    CheckOptions checkOptions;
+    LearnOptions learnOptions;
+    ShowOptions showOptions;
+    CLI::App program;
+    program.require_subcommand(1);
+    CLI::App& check = *program.add_subcommand("check");
+    CLI::App& learn = *program.add_subcommand("learn");
+    CLI::App& show = *program.add_subcommand("show");
+    for (CLI::App* command : {&program, &check, &learn, &show}) {
+        command->set_version_flag("--version", std::string(kVersion));
+    }
+    AddOptions(check, checkOptions);
+    AddOptions(learn, learnOptions);
+    AddOptions(show, showOptions);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        return Message{std::string(check.parsed()   ? kCheckHelp
+                                   : learn.parsed() ? kLearnHelp
+                                   : show.parsed()  ? kShowHelp
+                                                    : kHelp)};
+    } catch (const CLI::CallForVersion&) {
+        return Message{std::string(kVersion) + "\n"};
+    } catch (const CLI::ArgumentMismatch& error) {
+        // The message begins with the option.
+        const std::string message = error.what();
+        throw UsageError(message.substr(0, message.find(':')) + " needs a value");
+    } catch (const CLI::ParseError& error) {
+        RefuseUnknown(program);
+        throw UsageError(error.what());
+    } catch (const UsageError&) {
+        RefuseUnknown(program);
+        throw;
+    }
+    if (learn.parsed()) return learnOptions;
+    if (show.parsed()) return showOptions;
+    return checkOptions;
+}
+
+}  // namespace app

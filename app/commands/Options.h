@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <variant>
+
+#include "app/commands/Check.h"
+#include "app/commands/Learn.h"
+#include "app/commands/Show.h"
+
+namespace app {
+
+/// A text that the command line asks for in place of any work: the help or the version.
+struct Message {
+    std::string text;
+};
+
+/// What the command line asks for.
+using Command = std::variant<Message, CheckOptions, LearnOptions, ShowOptions>;
+
+/// Reads the command line. Throws UsageError.
+Command ParseCommandLine(int argc, const char* const* argv);
+
+}  // namespace app

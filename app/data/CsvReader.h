@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "accredit/host/MCQueryCancel.h"
+#include "app/base/InputFile.h"
+#include "app/base/Progress.h"
+
+namespace app {
+
+/// Reads a file of comma-separated values as RFC 4180 has them, row by row: the first row is the
+/// heading, a quoted field may hold commas, line ends and doubled quotes, and blanks belong to the
+/// field. Lines end with LF, CR LF or CR; a byte-order mark and empty lines are passed over. The
+/// file may be of any length, a row of it may not exceed 16 MiB or a million fields.
+///
+/// Whatever is not such a file is refused with InputError: a row with more or fewer fields than the
+/// heading, a quote where none may stand or that is not closed, a NUL byte, a stored reference.
+class CsvReader {
+public:
+    /// Opens the file and reads the heading; see InputFile for the arguments.
+    /// Throws InputError, Cancelled.
+    CsvReader(const std::string& path, Reading reading, Progress& progress, MCQueryCancel& cancel);
+
+    /// The headings, one for each column, one or more; they may be empty and the same.
+    const std::vector<std::string>& Headings() const { return mHeadings; }
+
+    /// Goes to the next row behind the heading, false at the end of the file.
+    /// Throws InputError, Cancelled.
+    bool Next();
+
+    /// The fields of the row, as many as there are headings, without their quotes. They stay in
+    /// place until the next call of Next or Rewind.
+    const std::vector<std::string_view>& Fields() const { return mFields; }
+
+    /// Goes back to before the first row of a file that is read repeatedly. Throws InputError, also
+    /// when the file has changed.
+    void Rewind();
+
+    /// Throws the InputError of a file that has changed between its passes.
+    [[noreturn]] void RefuseChanged() const { mFile.RefuseChanged(); }
+
+    /// Refuses the row for what it holds in this column, counted from 0. Throws InputError with the
+    /// file, the line on which the row begins, the column and `problem`.
+    [[noreturn]] void Refuse(std::size_t column, const std::string& problem) const;
+
+private:
+    void ReadHeading();
+    bool ReadRow();
+    bool SkipLineEnds();
+    bool SplitRow();
+    bool FindClosingQuote(const char*& at, unsigned long long line);
+    void AddField(const char* begin, const char* end);
+    [[noreturn]] void RefuseFurtherFields() const;
+    void UndoubleQuotes();
+    bool IsIncomplete(const char* at) const { return at == mEnd && !mAtEnd; }
+    void Refill();
+    [[noreturn]] void Fail(unsigned long long line, const std::string& problem) const;
+    std::string Column(std::size_t column) const;
+
+    InputFile mFile;
+    std::vector<std::string> mHeadings;
+    std::vector<std::string_view> mFields;
+    std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes
+    std::size_t mMaxFields;
+
+    // What has been read and not yet used is from mNext to mEnd. A line end stands at mEnd, so that
+    // a search need not look out for the end.
+    std::vector<char> mBuffer;
+    const char* mNext;
+    const char* mEnd;
+    bool mAtEnd = false;
+
+    unsigned long long mLine = 1;  // the line of mNext, from 1
+    unsigned long long mRowLine = 1;
+    bool mAfterCarriageReturn = false;
+};
+
+}  // namespace app

@@ -1,0 +1,273 @@
+#include "accredit/documents/StatisticsReader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "accredit/host/MCMV.h"
+
+using MCMTD_NAMESPACE::IMCEncoder;
+using MCMTD_NAMESPACE::MCUniStats;
+
+namespace app {
+
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\r\n";
+
+struct Array {
+    std::string type;
+    std::vector<std::string> tokens;
+};
+
+// A token that begins with a quote ends at the next quote that has no backslash before it.
+std::string TakeQuoted(std::string_view& text, const Element& element) {
+    std::string token;
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if (text[i] == '"') {
+            text.remove_prefix(i + 1);
+            return token;
+        }
+        if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == '"') ++i;
+        token += text[i];
+    }
+    element.Refuse("a quote in the array is not closed");
+}
+
+// An array of so many entries; one with more takes no more memory.
+Array ReadArray(const Element& element, std::size_t size) {
+    element.AllowAttributes({"n", "type"});
+    Array array;
+    array.type = element.Text("type");
+    const std::string content = element.Content();
+    std::string_view text = content;
+    std::size_t count = 0;
+    for (;; ++count) {
+        text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+        if (text.empty()) break;
+        std::string token;
+        if (array.type == "string" && text.front() == '"') {
+            token = TakeQuoted(text, element);
+        } else {
+            const std::size_t end = std::min(text.find_first_of(kWhiteSpace), text.size());
+            token = text.substr(0, end);
+            text.remove_prefix(end);
+        }
+        if (count < size) array.tokens.push_back(std::move(token));
+    }
+    if (element.Count("n") != count) {
+        element.Refuse(fmt::format("the array has {} entries", count));
+    }
+    if (count != size) {
+        element.Refuse(fmt::format("the array has {} entries, but {} belong there", count, size));
+    }
+    return array;
+}
+
+std::vector<double> ReadFrequencies(const Element& element, std::size_t size) {
+    const Array array = ReadArray(element, size);
+    const bool counts = array.type == "int";
+    if (!counts && array.type != "real") element.Refuse("frequencies are numbers");
+    std::vector<double> frequencies;
+    for (const std::string& token : array.tokens) {
+        frequencies.push_back(counts ? static_cast<double>(element.ToCount(token))
+                                     : element.ToNumber(token));
+        if (frequencies.back() < 0.0) element.Refuse("a frequency is negative");
+    }
+    return frequencies;
+}
+
+// Frequencies in their usual place, where they sum to the number of cases.
+std::vector<double> ReadRegular(const Element& element, std::size_t size, double cases) {
+    std::vector<double> frequencies = ReadFrequencies(element, size);
+    double sum = 0.0;
+    for (const double frequency : frequencies) sum += frequency;
+    if (sum != cases) {
+        element.Refuse(fmt::format("the frequencies sum to {}, not to the {} cases", sum, cases));
+    }
+    return frequencies;
+}
+
+// Frequencies in the library's extension for those that do not.
+std::vector<double> ReadIrregular(const Element& extension, std::size_t size) {
+    extension.AllowAttributes({"extender", "name"});
+    if (extension.Text("name") != "frequencies") {
+        extension.Refuse("this extension is not understood");
+    }
+    Children children(extension);
+    std::vector<double> frequencies = ReadFrequencies(children.Require("Array"), size);
+    children.End();
+    return frequencies;
+}
+
+bool IsCategory(const Element& element, const IMCEncoder& encoder, std::size_t code,
+                const std::string& token) {
+    const int c = static_cast<int>(code);
+    return encoder.GetValueType() == IMCEncoder::ValueTypeNumber
+               ? encoder.DecodeNumber(c) == element.ToNumber(token)
+               : encoder.DecodeString(c) == token;
+}
+
+void CheckCategories(const Element& element, const IMCEncoder& encoder) {
+    const Array array = ReadArray(element, static_cast<std::size_t>(encoder.GetNumCategories()));
+    if (array.type != "string")
+        element.Refuse("the values of the categories are an array of strings");
+    for (std::size_t code = 0; code < array.tokens.size(); ++code) {
+        if (!IsCategory(element, encoder, code, array.tokens[code])) {
+            element.Refuse(fmt::format("entry {} is not the value of the field", code + 1));
+        }
+    }
+}
+
+std::vector<double> ReadDiscrStats(const Element& element, const IMCEncoder& encoder,
+                                   double cases) {
+    element.AllowAttributes({});
+    const auto categories = static_cast<std::size_t>(encoder.GetNumCategories());
+    Children children(element);
+    std::vector<double> frequencies;
+    if (const Element extension = children.Take("Extension")) {
+        frequencies = ReadIrregular(extension, categories);
+    } else {
+        const Element first = children.Require("Array");
+        const Element second = children.Take("Array");
+        if (second) CheckCategories(first, encoder);
+        frequencies = ReadRegular(second ? second : first, categories, cases);
+    }
+    children.End();
+    return frequencies;
+}
+
+MCUniStats::SummStats ReadNumericInfo(const Element& element) {
+    element.AllowAttributes({"minimum", "maximum", "mean", "standardDeviation"});
+    element.RequireEmpty();
+    const auto read = [&element](const char* attribute) {
+        return element.Has(attribute) ? element.Number(attribute) : MCMV::Missing();
+    };
+    MCUniStats::SummStats summary;
+    summary.min = read("minimum");
+    summary.max = read("maximum");
+    summary.mean = read("mean");
+    summary.stdDev = read("standardDeviation");
+    return summary;
+}
+
+// Appends the right margin, which the next interval must have as its left one.
+void ReadInterval(const Element& element, std::vector<double>& margins) {
+    element.AllowAttributes({"closure", "leftMargin", "rightMargin"});
+    element.RequireEmpty();
+    if (element.Text("closure") != "openClosed") {
+        element.Refuse("only intervals with the closure openClosed can be compared");
+    }
+    if (margins.empty()) margins.push_back(MCMV::Missing());
+    const double left = element.Has("leftMargin") ? element.Number("leftMargin") : MCMV::Missing();
+    if (left != margins.back() || (margins.size() > 1 && MCMV::IsMissing(left))) {
+        element.Refuse(margins.size() == 1
+                           ? "the first interval has a left margin"
+                           : "the interval does not begin where the one before ends");
+    }
+    margins.push_back(element.Has("rightMargin") ? element.Number("rightMargin") : MCMV::Missing());
+    if (element.Has("rightMargin") && margins.back() <= left) {
+        element.Refuse("the margins do not ascend");
+    }
+}
+
+struct Bins {
+    std::vector<double> margins;
+    std::vector<double> frequencies;
+};
+
+Bins ReadContStats(const Element& element, double cases) {
+    element.AllowAttributes({});
+    Children children(element);
+    Bins bins;
+    const Element extension = children.Take("Extension");
+    while (const Element interval = children.Take("Interval")) ReadInterval(interval, bins.margins);
+    if (bins.margins.size() < 3) element.Refuse("two intervals are the fewest");
+    if (!MCMV::IsMissing(bins.margins.back()))
+        element.Refuse("the last interval has a right margin");
+    const std::size_t size = bins.margins.size() - 1;
+    bins.frequencies = extension ? ReadIrregular(extension, size)
+                                 : ReadRegular(children.Require("Array"), size, cases);
+    children.End();
+    return bins;
+}
+
+// Gives the number of cases.
+double ReadCounts(const Element& element, std::uint64_t& missing) {
+    element.AllowAttributes({"totalFreq", "missingFreq", "invalidFreq"});
+    element.RequireEmpty();
+    const std::uint64_t total = element.Count("totalFreq");
+    missing = element.Has("missingFreq") ? element.Count("missingFreq") : 0;
+    const std::uint64_t invalid = element.Has("invalidFreq") ? element.Count("invalidFreq") : 0;
+    if (invalid != 0) element.Refuse("invalid data are not understood");
+    if (missing > total) element.Refuse("more missing data than data");
+    return static_cast<double>(total - missing);
+}
+
+// Values this close have squared deviations below the smallest double, so that the standard
+// deviation of different ones can come out as 0.
+constexpr double kClose = 1e-150;
+
+// How far the rounding of a running mean may carry it past the smallest or largest value.
+constexpr double kRounding = 1e-6;
+
+// What the number of cases asks for and what is greater than something else, the summary checks
+// when it is loaded.
+void CheckSummary(const Element& element, double cases, const MCUniStats::SummStats& summary,
+                  bool hasInfo) {
+    const auto& [min, max, mean, stdDev] = summary;
+    const bool hasRange = !MCMV::IsMissing(min) && !MCMV::IsMissing(max);
+    if (cases == 0.0) {
+        // Of a variable that nothing was loaded into, mean and deviation are 0.
+        const bool untouched =
+            MCMV::IsMissing(min) && MCMV::IsMissing(max) && mean == 0.0 && stdDev == 0.0;
+        if (hasInfo && !untouched) element.Refuse("a summary of no cases");
+        return;
+    }
+    if (!hasRange || MCMV::IsMissing(mean)) {
+        element.Refuse("minimum, maximum and mean are there if there are cases");
+    }
+    if (cases == 1.0 && !MCMV::IsMissing(stdDev)) {
+        element.Refuse("a standard deviation of one case");
+    }
+    if (stdDev == 0.0 && max - min > kClose) {
+        element.Refuse("the standard deviation is 0, but the values differ");
+    }
+    if (stdDev > 0.0 && max == min) {
+        element.Refuse("the standard deviation is not 0, but the values are equal");
+    }
+    const double slack = min == max ? 0.0 : kRounding * std::max(std::fabs(min), std::fabs(max));
+    if (min <= max && (mean < min - slack || mean > max + slack)) {
+        element.Refuse("the mean does not lie between minimum and maximum");
+    }
+}
+
+}  // namespace
+
+StoredStatistics ReadStatistics(const Element& element, const std::string& name,
+                                const IMCEncoder* encoder) {
+    StoredStatistics result;
+    Children children(element);
+    const double cases = ReadCounts(children.Require("Counts"), result.missing);
+    if (encoder) {
+        const Element discrStats = children.Require("DiscrStats");
+        result.stats = MCUniStats(name, cases, ReadDiscrStats(discrStats, *encoder, cases));
+    } else {
+        const Element info = children.Take("NumericInfo");
+        const MCUniStats::SummStats summary =
+            info ? ReadNumericInfo(info) : MCUniStats::SummStats();
+        const Element contStats = children.Take("ContStats");
+        CheckSummary(element, cases, summary, static_cast<bool>(info));
+        const Bins bins = contStats ? ReadContStats(contStats, cases) : Bins();
+        result.stats = MCUniStats(name, cases, summary, bins.margins, bins.frequencies);
+    }
+    children.End();
+    return result;
+}
+
+}  // namespace app
