@@ -16,7 +16,6 @@ using fakes::Column;
 using fakes::List;
 using fakes::Query;
 using fakes::RecordSource;
-using fakes::Row;
 using fakes::Summary;
 using MCCommon::MCStatus;
 
@@ -28,14 +27,12 @@ std::string Told(const MCStatus& status) {
                                       : code;
 }
 
-TEST(Accreditation, PairsVariablesByNameAndNamesTheFirstFailure) {
-    for (const Row& row : fakes::Rows(4)) {
-        std::vector<int> matches(9, 7);
-        const MCStatus status =
-            MAAccreditor::MatchVariables(List(row.Text(0)), List(row.Text(1)), matches);
-        EXPECT_EQ(fakes::ToText({matches.begin(), matches.end()}), row.Text(2)) << row.Label();
-        EXPECT_EQ(Told(status), row.Text(3)) << row.Label();
-    }
+TABLE_TEST(Accreditation, PairsVariablesByNameAndNamesTheFirstFailure, 4) {
+    std::vector<int> matches(9, 7);
+    const MCStatus status =
+        MAAccreditor::MatchVariables(List(row.Text(0)), List(row.Text(1)), matches);
+    EXPECT_EQ(fakes::ToText({matches.begin(), matches.end()}), row.Text(2));
+    EXPECT_EQ(Told(status), row.Text(3));
 }
 
 TEST(Accreditation, PairsLongListsInReverse) {
@@ -53,61 +50,66 @@ TEST(Accreditation, PairsLongListsInReverse) {
     }
 }
 
-TEST(Accreditation, FitsFrequencies) {
-    for (const Row& row : fakes::Rows(3)) {
-        EXPECT_NEAR(MADetail::ChiSquareFit(row.Numbers(0), row.Numbers(1)), row.Number(2),
-                    row.Number(2) > 0.0 && row.Number(2) < 1.0 ? 4e-15 : 0.0)
-            << row.Label();
-    }
+TABLE_TEST(Accreditation, FitsFrequencies, 3) {
+    const double p = row.Number(2);
+    EXPECT_NEAR(MADetail::ChiSquareFit(row.Numbers(0), row.Numbers(1)), p,
+                p > 0.0 && p < 1.0 ? 4e-15 : 0.0);
 }
 
 // The tests of all variables, and the number that the accreditor makes of them.
-TEST(Accreditation, ComparesSummaries) {
-    for (const Row& row : fakes::Rows(7)) {
-        SCOPED_TRACE(row.Label());
-        const MADistStats reference = row.Text(0).empty()
-                                          ? MADistStats()
-                                          : Summary(List(row.Text(0)), row.Lists(1), row.Lists(2));
-        const auto list = List(row.Text(3));
-        RecordSource source(row.Lists(4));
-        MAAccreditor accreditor(list, source, nullptr);
-        ASSERT_TRUE(accreditor.ComputeDistStats(row.Lists(5)).IsOK());
+TABLE_TEST(Accreditation, ComparesSummaries, 7) {
+    const MADistStats reference = row.Text(0).empty()
+                                      ? MADistStats()
+                                      : Summary(List(row.Text(0)), row.Lists(1), row.Lists(2));
+    const auto list = List(row.Text(3));
+    RecordSource source(row.Lists(4));
+    MAAccreditor accreditor(list, source, nullptr);
+    ASSERT_TRUE(accreditor.ComputeDistStats(row.Lists(5)).IsOK());
 
-        const std::vector<std::string> expected = fakes::Split(row.Text(6), ';');
-        const std::vector<MAVariableResult> results =
-            MATestVariables(reference, accreditor.GetDistStats());
-        ASSERT_EQ(results.size(), expected.size() - 1);
-        for (std::size_t i = 0; i < results.size(); ++i) {
-            const std::vector<std::string> want = fakes::Split(expected[i], ',');
-            EXPECT_EQ(std::to_string(results[i].newSlot) + ',' + Told(results[i].status),
-                      want[0] + ',' + want[1]);
-            EXPECT_NEAR(results[i].pValue, fakes::ToNumber(want[2]), 4e-15);
-        }
-        const std::vector<std::string> last = fakes::Split(expected.back(), ',');
-        EXPECT_EQ(Told(accreditor.ComputeAccreditation(reference, {})), last[0]);
-        EXPECT_NEAR(accreditor.GetAccreditation(), fakes::ToNumber(last[1]), 4e-15);
+    const std::vector<std::string> expected = fakes::Split(row.Text(6), ';');
+    const std::vector<MAVariableResult> results =
+        MATestVariables(reference, accreditor.GetDistStats());
+    ASSERT_EQ(results.size() + 1, expected.size());
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const std::vector<std::string> want = fakes::Split(expected[i], ',');
+        ASSERT_EQ(want.size(), 3U);
+        EXPECT_EQ(std::to_string(results[i].newSlot) + ',' + Told(results[i].status),
+                  want[0] + ',' + want[1]);
+        EXPECT_NEAR(results[i].pValue, fakes::ToNumber(want[2]), 4e-15);
     }
+    const std::vector<std::string> last = fakes::Split(expected.back(), ',');
+    ASSERT_EQ(last.size(), 2U);
+    EXPECT_EQ(Told(accreditor.ComputeAccreditation(reference, {})), last[0]);
+    EXPECT_NEAR(accreditor.GetAccreditation(), fakes::ToNumber(last[1]), 4e-15);
 }
 
-TEST(Accreditation, WeighsTheMeanOfThePValues) {
-    // The p-values are 1, 0 and 1; one accreditor goes through all rows.
+TABLE_TEST(Accreditation, WeighsTheMeanOfThePValues, 3) {
+    // The p-values are 1, 0 and 1.
     const auto list = List("same other too");
     const MADistStats reference =
         Summary(list, {{1, 1, -1}, {2, 2, 1}, {1, 1, -2}, {2, 2, 2}}, {{1.5}, {9}, {0}});
     RecordSource source({{1, 10, -1}, {2, 1, 1}});
     MAAccreditor accreditor(list, source, nullptr);
+    ASSERT_TRUE(accreditor.ComputeDistStats({{1.5}, {9}, {0}}).IsOK());
+    MCStatus status;
+    for (const fakes::Numbers& weights : row.Lists(0)) {
+        status = accreditor.ComputeAccreditation(reference, weights);
+    }
+    EXPECT_EQ(Told(status), row.Text(1));
+    EXPECT_DOUBLE_EQ(accreditor.GetAccreditation(), row.Number(2));
+}
+
+TEST(Accreditation, LooksAtSummariesThenMatchesThenWeightsThenVariables) {
+    const auto list = List("same other");
+    RecordSource source({{1, 10}, {2, 1}});
+    MAAccreditor accreditor(list, source, nullptr);
+    const MADistStats wider = Summary(List("same else"), {{1, 1}, {2, 2}});
     EXPECT_EQ(accreditor.GetAccreditation(), -1.0);
-    EXPECT_EQ(accreditor.ComputeAccreditation(reference, {}).GetCode(), 180008);
-    for (const MAVariableResult& result : MATestVariables(reference, accreditor.GetDistStats())) {
+    EXPECT_EQ(accreditor.ComputeAccreditation(wider, {}).GetCode(), 180008);
+    for (const MAVariableResult& result : MATestVariables(wider, accreditor.GetDistStats())) {
         EXPECT_EQ(result.status.GetCode(), 180008);
     }
-    ASSERT_TRUE(accreditor.ComputeDistStats({{1.5}, {9}, {0}}).IsOK());
-    for (const Row& row : fakes::Rows(3)) {
-        const MCStatus status = accreditor.ComputeAccreditation(reference, row.Numbers(0));
-        EXPECT_EQ(Told(status), row.Text(1)) << row.Label();
-        EXPECT_DOUBLE_EQ(accreditor.GetAccreditation(), row.Number(2)) << row.Label();
-    }
-    const MADistStats wider = Summary(List("same else"), {{1, 1}, {2, 2}});
+    ASSERT_TRUE(accreditor.ComputeDistStats({{1.5}, {9}}).IsOK());
     EXPECT_EQ(Told(accreditor.ComputeAccreditation(wider, {-1})), "180015 at 1")
         << "a failed match hides bad weights";
     const MADistStats few = Summary(List("same"), {{1}}, {{1.5}});

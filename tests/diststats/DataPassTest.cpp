@@ -23,18 +23,14 @@ long CodeOfPass(RecordSource& source, const std::string& list = "x",
     return fakes::CodeOf([&] { const MADistStatsImp stats(List(list), source, {}, query); });
 }
 
-TEST(DataPass, SummarisesOrRefuses) {
-    for (const fakes::Row& row : fakes::Rows(5)) {
-        RecordSource source(row.Lists(1));
-        std::string got;
-        const long code = fakes::CodeOf([&] {
-            got = fakes::Contents(MADistStatsImp(List(row.Text(0)), source, row.Lists(2), nullptr));
-        });
-        EXPECT_EQ(code == 0 ? got : std::to_string(code), row.Text(3)) << row.Label();
-        EXPECT_EQ(std::to_string(source.fetches) + ' ' + std::to_string(source.rewinds),
-                  row.Text(4))
-            << row.Label();
-    }
+TABLE_TEST(DataPass, SummarisesOrRefuses, 5) {
+    RecordSource source(row.Lists(1));
+    std::string got;
+    const long code = fakes::CodeOf([&] {
+        got = fakes::Contents(MADistStatsImp(List(row.Text(0)), source, row.Lists(2), nullptr));
+    });
+    EXPECT_EQ(code == 0 ? got : std::to_string(code), row.Text(3));
+    EXPECT_EQ(std::to_string(source.fetches) + ' ' + std::to_string(source.rewinds), row.Text(4));
 }
 
 TEST(DataPass, FindsTheSameBinAsALinearSearchForAnyNumberOfCutPoints) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <pugixml.hpp>
@@ -13,9 +14,11 @@ namespace fakes {
 inline void KeepDocument(const std::string& document) {
     static int number = 0;
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = test->name();
+    std::replace(name.begin(), name.end(), '/', '-');  // before the label of a row
     std::filesystem::create_directories(ACCREDIT_DOCUMENT_FOLDER);
-    std::ofstream(std::string(ACCREDIT_DOCUMENT_FOLDER "/") + test->test_suite_name() + "." +
-                      test->name() + "-" + std::to_string(++number) + ".xml",
+    std::ofstream(std::string(ACCREDIT_DOCUMENT_FOLDER "/") + test->test_suite_name() + "." + name +
+                      "-" + std::to_string(++number) + ".xml",
                   std::ios::binary)
         << document;
 }

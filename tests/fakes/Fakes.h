@@ -33,11 +33,12 @@ inline MCMTD_NAMESPACE::MCVarList List(const std::string& words) {
     MCMTD_NAMESPACE::MCVarList list;
     for (std::string word : Split(words, ' ')) {
         const bool input = word[0] != '(';
+        if (!input && word.back() != ')') Refuse(word, "has no closing parenthesis");
         if (!input) word = word.substr(1, word.size() - 2);
         const std::size_t end = std::min(word.find_first_of("/:#"), word.size());
         const char kind = end < word.size() ? word[end] : ' ';
         const std::string rest = word.substr(std::min(end + 1, word.size()));
-        const int level = kind == '/' ? std::stoi(rest) : kind == ' ' ? 1 : 2;
+        const int level = kind == '/' ? static_cast<int>(ToNumber(rest)) : kind == ' ' ? 1 : 2;
         std::vector<std::string> texts;
         Numbers numbers;
         for (const std::string& category : Split(kind == '/' ? "" : rest, ',')) {
@@ -63,20 +64,20 @@ inline std::vector<Numbers> Column(const Numbers& values) {
 }
 
 /// Statistics of one variable: "name; cases; frequencies", or "name; cases; min max mean deviation;
-/// margins; frequencies", with a fifth semicolon at the end for bins closed on the left.
+/// margins; frequencies", with "; closed left" at the end for bins that hold their lower margin.
 inline MCMTD_NAMESPACE::MCUniStats UniStats(const std::string& text) {
     const std::vector<std::string> parts = Split(text + " ", ';');
+    const std::size_t size = parts.size();
+    if (size != 3 && size != 5 && (size != 6 || parts[5] != "closed left")) {
+        Refuse(text, "is no statistics of a variable");
+    }
     const double cases = ToNumber(parts[1]);
-    if (parts.size() == 3) return {parts[0], cases, ToNumbers(parts[2])};
-    MCMTD_NAMESPACE::MCUniStats::SummStats summStats;
-    const Numbers summary = ToNumbers(parts[2]);
-    summStats.min = summary[0];
-    summStats.max = summary[1];
-    summStats.mean = summary[2];
-    summStats.stdDev = summary[3];
-    MCMTD_NAMESPACE::MCUniStats stats(parts[0], cases, summStats, ToNumbers(parts[3]),
-                                      ToNumbers(parts[4]));
-    stats.SetIntervalsOpenLeft(parts.size() == 5);
+    if (size == 3) return {parts[0], cases, ToNumbers(parts[2])};
+    const Numbers summary = Exactly(4, ToNumbers(parts[2]));
+    MCMTD_NAMESPACE::MCUniStats stats(parts[0], cases,
+                                      {summary[0], summary[1], summary[2], summary[3]},
+                                      ToNumbers(parts[3]), ToNumbers(parts[4]));
+    stats.SetIntervalsOpenLeft(size == 5);
     return stats;
 }
 

@@ -14,7 +14,6 @@
 
 namespace {
 
-using fakes::Row;
 using MCXML_NAMESPACE::XMLElement;
 
 TEST(PMMLVocabulary, Has96WordsInOrder) {
@@ -63,18 +62,16 @@ std::string Dictionary(const std::string& words, const std::vector<int>& indexes
     });
 }
 
-TEST(MCPMMLExporter, NamesTheApplicationInTheHeader) {
-    // A cell "none" stands for no information on the application.
-    for (const Row& row : fakes::Rows(5)) {
-        const MCApplicInfo4XML info{row.Text(0), row.Text(1), row.Text(2)};
-        const std::string description = row.Text(3);
-        const std::string made = Made([&](XMLElement*& element) {
-            return MCPMMLExporter(nullptr).ExportHeader(
-                info.name == "none" ? nullptr : &info, description, description != "bare", element);
-        });
-        const std::string start = R"(<Header copyright="Copyright (c) 2026 The Accredit authors")";
-        EXPECT_EQ(made, row.Text(4) == "refused" ? "" : start + row.Text(4)) << row.Label();
-    }
+// A cell "none" stands for no information on the application.
+TABLE_TEST(MCPMMLExporter, NamesTheApplicationInTheHeader, 5) {
+    const MCApplicInfo4XML info{row.Text(0), row.Text(1), row.Text(2)};
+    const std::string description = row.Text(3);
+    const std::string made = Made([&](XMLElement*& element) {
+        return MCPMMLExporter(nullptr).ExportHeader(info.name == "none" ? nullptr : &info,
+                                                    description, description != "bare", element);
+    });
+    const std::string start = R"(<Header copyright="Copyright (c) 2026 The Accredit authors")";
+    EXPECT_EQ(made, row.Text(4) == "refused" ? "" : start + row.Text(4));
 }
 
 TEST(MCPMMLExporter, WritesTheFieldsOfTheChosenVariables) {
@@ -92,38 +89,29 @@ TEST(MCPMMLExporter, WritesTheFieldsOfTheChosenVariables) {
     }
 }
 
-TEST(MCPMMLExporter, WritesWhatThereIsOfAVariable) {
-    for (const Row& row : fakes::Rows(2)) {
-        const std::string made = Made([&](XMLElement*& element) {
-            return MCPMMLExporter(nullptr).ExportUniStats(fakes::UniStats(row.Text(0)), element);
-        });
-        EXPECT_EQ(made, row.Text(1) == "refused"
-                            ? ""
-                            : R"(<UnivariateStats field="x">)" + row.Text(1) + "</UnivariateStats>")
-            << row.Label();
-    }
+TABLE_TEST(MCPMMLExporter, WritesWhatThereIsOfAVariable, 2) {
+    const std::string made = Made([&](XMLElement*& element) {
+        return MCPMMLExporter(nullptr).ExportUniStats(fakes::UniStats(row.Text(0)), element);
+    });
+    const std::string start = R"(<UnivariateStats field="x">)";
+    EXPECT_EQ(made, row.Text(1) == "refused" ? "" : start + row.Text(1) + "</UnivariateStats>");
 }
 
-TEST(MCPMMLExporter, NamesTheCategoriesWhereAnArrayCanHoldThem) {
-    for (const Row& row : fakes::Rows(4)) {
-        SCOPED_TRACE(row.Label());
-        MCMTD_NAMESPACE::MCVarList list;
-        list.Add(MCMTD_NAMESPACE::MCVariable::Categorical("x", 3),
-                 MCMTD_NAMESPACE::MCStringEncoder({row.Text(0), row.Text(1), row.Text(2)}));
-        MCPMMLExporter exporter(nullptr);
-        Made([&](XMLElement*& element) {
-            return exporter.ExportDataDictionary(list, {0}, element);
-        });
-        // A data pass that met the first two categories only.
-        const std::string made = Made([&](XMLElement*& element) {
-            return exporter.ExportUniStats(fakes::UniStats("x; 3; 2 1"), element);
-        });
-        const pugi::xml_document parsed = fakes::ParseDocument(made);
-        const auto array = parsed.select_node("//Array[@type='string']").node();
-        EXPECT_EQ(array.text().get(), row.Text(3));
-        EXPECT_EQ(array.empty(), row.Text(3).empty());
-        EXPECT_STREQ(parsed.select_node("//Array[@type='int']").node().text().get(), "2 1 0");
-    }
+TABLE_TEST(MCPMMLExporter, NamesTheCategoriesWhereAnArrayCanHoldThem, 4) {
+    MCMTD_NAMESPACE::MCVarList list;
+    list.Add(MCMTD_NAMESPACE::MCVariable::Categorical("x", 3),
+             MCMTD_NAMESPACE::MCStringEncoder({row.Text(0), row.Text(1), row.Text(2)}));
+    MCPMMLExporter exporter(nullptr);
+    Made([&](XMLElement*& element) { return exporter.ExportDataDictionary(list, {0}, element); });
+    // A data pass that met the first two categories only.
+    const std::string made = Made([&](XMLElement*& element) {
+        return exporter.ExportUniStats(fakes::UniStats("x; 3; 2 1"), element);
+    });
+    const pugi::xml_document parsed = fakes::ParseDocument(made);
+    const auto array = parsed.select_node("//Array[@type='string']").node();
+    EXPECT_EQ(array.text().get(), row.Text(3));
+    EXPECT_EQ(array.empty(), row.Text(3).empty());
+    EXPECT_STREQ(parsed.select_node("//Array[@type='int']").node().text().get(), "2 1 0");
 }
 
 TEST(MCPMMLExporter, AlwaysDeliversAnExtension) {

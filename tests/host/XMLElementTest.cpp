@@ -25,35 +25,30 @@ std::string Written(const XMLElement& element, const ExportFormat& format = {}, 
     return out.str();
 }
 
-TEST(XMLElement, HoldsATextExactlyOrRefusesItUnchanged) {
-    for (const fakes::Row& row : fakes::Rows(2)) {
-        SCOPED_TRACE(row.Label());
-        const std::string text = row.Text(0);
-        const bool held = row.Text(1) == "held";
-        const Element element = New("e");
-        ASSERT_TRUE(element->SetAttribute("a", "old") && element->SetText("old"));
-        EXPECT_EQ(element->SetAttribute("a", text), held);
-        EXPECT_EQ(element->SetAttribute("b", text), held);
-        EXPECT_EQ(element->SetText(text), held);
+TABLE_TEST(XMLElement, HoldsATextExactlyOrRefusesItUnchanged, 2) {
+    const std::string text = row.Text(0);
+    const bool held = row.Is(1, "held", "refused");
+    const Element element = New("e");
+    ASSERT_TRUE(element->SetAttribute("a", "old") && element->SetText("old"));
+    EXPECT_EQ(element->SetAttribute("a", text), held);
+    EXPECT_EQ(element->SetAttribute("b", text), held);
+    EXPECT_EQ(element->SetText(text), held);
 
-        pugi::xml_document parsed;
-        const auto options = pugi::parse_default | pugi::parse_ws_pcdata;
-        ASSERT_TRUE(parsed.load_string(Written(*element).c_str(), options)) << Written(*element);
-        EXPECT_EQ(parsed.child("e").attribute("a").value(), held ? text : "old");
-        EXPECT_EQ(parsed.child("e").text().get(), held ? text : "old");
-        EXPECT_EQ(!parsed.child("e").attribute("b").empty(), held);
-    }
+    pugi::xml_document parsed;
+    const auto options = pugi::parse_default | pugi::parse_ws_pcdata;
+    ASSERT_TRUE(parsed.load_string(Written(*element).c_str(), options)) << Written(*element);
+    EXPECT_EQ(parsed.child("e").attribute("a").value(), held ? text : "old");
+    EXPECT_EQ(parsed.child("e").text().get(), held ? text : "old");
+    EXPECT_EQ(!parsed.child("e").attribute("b").empty(), held);
 }
 
-TEST(XMLElement, TakesOnlyNamesOfXML) {
-    for (const fakes::Row& row : fakes::Rows(2)) {
-        const std::string name = row.Text(0);
-        const bool taken = row.Text(1) == "taken";
-        const Element element = New(name);
-        ASSERT_EQ(element != nullptr, taken) << row.Label();
-        EXPECT_TRUE(!taken || element->GetName() == name) << row.Label();
-        EXPECT_EQ(New("e")->SetAttribute(name, ""), taken) << row.Label();
-    }
+TABLE_TEST(XMLElement, TakesOnlyNamesOfXML, 2) {
+    const std::string name = row.Text(0);
+    const bool taken = row.Is(1, "taken", "refused");
+    const Element element = New(name);
+    ASSERT_EQ(element != nullptr, taken);
+    EXPECT_TRUE(!taken || element->GetName() == name);
+    EXPECT_EQ(New("e")->SetAttribute(name, ""), taken);
 }
 
 TEST(XMLElement, WritesChildrenInOrder) {
