@@ -6,18 +6,22 @@
 
 namespace app {
 
-/// `text` fit to be shown on one line of a terminal: control characters, characters
-/// without width, those that change the direction of writing or end a line, and bytes that are not
-/// UTF-8 become \n, \r, \t or \xNN. Names and values come from files that may hold anything.
+/// `text` fit to be shown on one line of a terminal: what FirstCluster says must be escaped becomes
+/// \n, \r, \t or one \xNN for each byte, and a backslash becomes two. So two different texts stay
+/// different, and undoing the escapes gives the text back. Names and values come from files that
+/// may hold anything.
 std::string Printable(std::string_view text);
 
-/// The same, cut after 40 code points, with "..." in place of the rest.
-std::string Shortened(std::string_view text);
+/// The same in at most `width` columns, at least 3. A text that is cut ends in "...". Takes bounded
+/// time and memory, whatever the length of the text.
+std::string Shortened(std::string_view text, std::size_t width = 40);
+
+/// A column's name as a table shows it, which has no quotes around it: like Shortened, but a blank
+/// at either end is \x20, and a name that is cut ends in "...#" and `number`. As long as different
+/// columns have different numbers, different names are shown differently.
+std::string ShownName(std::string_view name, std::size_t number);
 
 /// The number of code points in UTF-8 text.
 std::size_t CountCodePoints(std::string_view text);
-
-/// The first `count` code points of UTF-8 text, or all of it if it has no more.
-std::string_view FirstCodePoints(std::string_view text, std::size_t count);
 
 }  // namespace app

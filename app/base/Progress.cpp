@@ -19,9 +19,7 @@ constexpr std::size_t kBarWidth = 30;
 
 std::string Name(std::string_view file) {
     const std::size_t slash = file.find_last_of('/');
-    const std::string name =
-        Printable(slash == std::string_view::npos ? file : file.substr(slash + 1));
-    return std::string(FirstCodePoints(name, kNameWidth));
+    return Shortened(slash == std::string_view::npos ? file : file.substr(slash + 1), kNameWidth);
 }
 
 std::string Bar(double share) {

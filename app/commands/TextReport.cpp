@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "accredit/host/MAStatus.h"
+#include "app/base/Characters.h"
 #include "app/base/Printable.h"
 #include "app/commands/Report.h"
 
@@ -17,9 +18,9 @@ constexpr std::size_t kColumns = 7;
 constexpr std::size_t kWeightColumn = 5;
 using Row = std::array<std::string, kColumns>;
 
-// fmt pads by display width where it knows it; the names are counted here by one rule.
+// fmt counts the columns of a terminal by a rule of its own.
 std::string Padded(const std::string& text, std::size_t width, bool right) {
-    const std::string blanks(width - std::min(width, CountCodePoints(text)), ' ');
+    const std::string blanks(width - std::min(width, DisplayWidth(text)), ' ');
     return right ? blanks + text : text + blanks;
 }
 
@@ -50,7 +51,7 @@ std::string Table(const CheckResult& result) {
     std::array<std::size_t, kColumns> widths{};
     for (const Row& row : rows) {
         for (std::size_t i = 0; i < kColumns; ++i) {
-            widths[i] = std::max(widths[i], CountCodePoints(row[i]));
+            widths[i] = std::max(widths[i], DisplayWidth(row[i]));
         }
     }
     std::string table;

@@ -28,13 +28,13 @@ void Choose(const std::vector<std::string>& names, Choice choice, const Position
     for (const std::string& name : names) {
         const auto [first, last] = positions.equal_range(name);
         if (first == last && choice != Choice::Ignored) {
-            throw UsageError(fmt::format("the reference has no column \"{}\"", Printable(name)));
+            throw UsageError(fmt::format("the reference has no column \"{}\"", Shortened(name)));
         }
         for (auto position = first; position != last; ++position) {
             Choice& chosen = choices[position->second];
             if (chosen != Choice::None && chosen != choice) {
-                throw UsageError(
-                    fmt::format("contradicting options for the column \"{}\"", Printable(name)));
+                throw UsageError(fmt::format("contradicting options for the column \"{}\"",
+                                             ShownName(name, position->second + 1)));
             }
             chosen = choice;
         }

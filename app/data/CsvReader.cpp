@@ -226,7 +226,7 @@ void CsvReader::Fail(unsigned long long line, const std::string& problem) const 
 
 std::string CsvReader::Column(std::size_t column) const {
     if (column >= mHeadings.size()) return fmt::format("column {}", column + 1);
-    return fmt::format("column {} \"{}\"", column + 1, Printable(mHeadings[column]));
+    return fmt::format("column {} \"{}\"", column + 1, Shortened(mHeadings[column]));
 }
 
 }  // namespace app

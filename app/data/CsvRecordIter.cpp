@@ -13,6 +13,7 @@
 #include "accredit/host/MCMV.h"
 #include "accredit/host/MCVariable.h"
 #include "app/base/Printable.h"
+#include "app/base/ShellText.h"
 
 using MCCommon::Record;
 using MCMTD_NAMESPACE::IMCEncoder;
@@ -115,12 +116,12 @@ double CsvRecordIter::Value(Source& source, std::string_view field) {
         const std::optional<double> number = ParseNumber(text);
         if (number) return *number;
         if (!source.reference) mReader.RefuseChanged();
-        const std::string name = Printable(mReader.Headings()[source.column]);
-        mReader.Refuse(
-            source.column,
-            fmt::format("{}; the column is continuous in the reference: --categorical '{}' "
-                        "when that is read or learned, or --ignore '{}'",
-                        NotANumber(text), name, name));
+        const std::string& name = mReader.Headings()[source.column];
+        mReader.Refuse(source.column,
+                       fmt::format("{}; the column is continuous in the reference: {} when that is "
+                                   "read or learned, or {}",
+                                   NotANumber(text), ShellOption("--categorical", name),
+                                   ShellOption("--ignore", name)));
     }
     return source.texts ? TextCategory(source, field) : NumberCategory(source, text);
 }

@@ -3,19 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <csignal>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
-
-#include "app/base/Interrupt.h"
-#include "app/base/Printable.h"
-#include "app/base/Progress.h"
 
 namespace {
 
 using MCCommon::MCStatus;
-using std::string_literals::operator""s;
 
 app::CheckResult TwoVariables() {
     app::CheckResult result;
@@ -68,63 +61,6 @@ TEST(JsonReport, HasTheStatedShape) {
               R"({"name":"b�","kind":"categorical","reference_cases":1234567,"new_cases":0,)"
               R"("p_value":null,"status":{"code":180018,"text":)"
               R"("One of the samples has no cases of this variable"},"weight":2.5}]})");
-}
-
-TEST(Printable, EscapesWhatATerminalMustNotGet) {
-    const struct {
-        std::string text;
-        std::string shown;
-    } cases[] = {
-        {"plain \xC3\xA9 \xE2\x82\xAC \xF0\x9F\x99\x82",
-         "plain \xC3\xA9 \xE2\x82\xAC \xF0\x9F\x99\x82"},
-        {"\t\r\n\x1b[0m\x7f\0"s, R"(\t\r\n\x1B[0m\x7F\x00)"},
-        {"\u200A\u200B\u2027\u202E\u202F\u2066\uFEFF",
-         "\u200A\\xE2\\x80\\x8B\u2027\\xE2\\x80\\xAE\u202F\\xE2\\x81\\xA6\\xEF\\xBB\\xBF"},
-        {"\xC2\x85", R"(\xC2\x85)"},                  // a control character of two bytes
-        {"\xC0\xAF\xC1\xBF", R"(\xC0\xAF\xC1\xBF)"},  // longer than need be
-        {"\xE0\x9F\xBF\xF0\x8F\xBF\xBF", R"(\xE0\x9F\xBF\xF0\x8F\xBF\xBF)"},
-        {"\xED\xA0\x80", R"(\xED\xA0\x80)"},  // a surrogate
-        {"\xF4\x90\x80\x80\xFF", R"(\xF4\x90\x80\x80\xFF)"},
-        {"\x80 \xE2\x82", R"(\x80 \xE2\x82)"},  // cut off in front and behind
-    };
-    for (const auto& c : cases) EXPECT_EQ(app::Printable(c.text), c.shown);
-    EXPECT_EQ(app::CountCodePoints("\xE2\x82\xAC\xC3\xA9z"), 3U);
-    EXPECT_EQ(app::FirstCodePoints("\xE2\x82\xAC\xC3\xA9z", 2), "\xE2\x82\xAC\xC3\xA9");
-}
-
-TEST(Progress, DrawsTheShareAndErasesItself) {
-    std::ostringstream terminal;
-    {
-        app::Progress progress(&terminal, std::chrono::milliseconds(0));
-        progress.Update("dir/a.csv", 2, 50, 200);
-        EXPECT_EQ(terminal.str(), "\r\x1b[Ka.csv, pass 2 [#######-----------------------]  25 %");
-        terminal.str("");
-        progress.Update("-", 1, 2'500'000, {});
-        EXPECT_EQ(terminal.str(), "\r\x1b[K-, pass 1 2.5 MB");
-        terminal.str("");
-        progress.Update(std::string(500, 'x'), 1, 300, 200);
-        EXPECT_LT(terminal.str().size(), 80U);
-        EXPECT_NE(terminal.str().find("100 %"), std::string::npos);
-        terminal.str("");
-    }
-    EXPECT_EQ(terminal.str(), "\r\x1b[K");
-    terminal.str("");
-    app::Progress(&terminal, std::chrono::hours(1)).Update("a.csv", 1, 50, 200);
-    EXPECT_EQ(terminal.str(), "") << "too early";
-}
-
-TEST(Interrupt, TurnsASignalIntoACancellation) {
-    for (const int signal : {SIGINT, SIGTERM}) {
-        app::Interrupt interrupt;
-        EXPECT_FALSE(interrupt.QueryCancel());
-        raise(signal);
-        EXPECT_TRUE(interrupt.QueryCancel());
-    }
-    std::signal(SIGINT, SIG_IGN);
-    app::Interrupt interrupt;
-    raise(SIGINT);
-    EXPECT_FALSE(interrupt.QueryCancel()) << "ignored before";
-    std::signal(SIGINT, SIG_DFL);
 }
 
 }  // namespace

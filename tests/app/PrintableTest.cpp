@@ -1,0 +1,124 @@
+#include "app/base/Printable.h"
+
+#include <gtest/gtest.h>
+#include <utf8proc.h>
+
+#include <cstdlib>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "TempFile.h"
+#include "app/base/Characters.h"
+#include "app/base/JsonText.h"
+#include "app/base/ShellText.h"
+#include "fakes/Tables.h"
+
+namespace {
+
+TEST(Printable, EscapesWhatCouldNotBeSeen) {
+    for (const fakes::Row& row : fakes::Rows(4)) {
+        EXPECT_EQ(app::Printable(row.Text(0)), row.Text(1)) << row.Label();
+        EXPECT_EQ(app::JsonText(row.Text(0)), row.Text(2)) << row.Label();
+        EXPECT_EQ(app::ShellQuoted(row.Text(0)), row.Text(3)) << row.Label();
+    }
+}
+
+TEST(Printable, CutsToWhatAPersonReads) {
+    for (const fakes::Row& row : fakes::Rows(3)) {
+        EXPECT_EQ(app::Shortened(row.Text(0)), row.Text(1)) << row.Label();
+        EXPECT_EQ(app::ShownName(row.Text(0), 17), row.Text(2)) << row.Label();
+    }
+    // A tenth of a second or so if it is cut first, hours if it is escaped first.
+    for (const char* piece : {"x", "\x01", "\xCC\x81", "\xE1\x80\xAC"}) {
+        std::string text = "x";
+        while (text.size() < 9'000'000) text += piece;
+        for (int i = 0; i < 1000; ++i) ASSERT_LT(app::ShownName(text, 1).size(), 200U);
+    }
+}
+
+TEST(Printable, KnowsTheWidthOnATerminal) {
+    EXPECT_EQ(app::DisplayWidth("a\xC3\xA9\xE2\x82\xAC"), 3U);
+    EXPECT_EQ(app::DisplayWidth("\xE4\xB8\x80\xF0\x9F\x99\x82"), 4U) << "wide";
+    EXPECT_EQ(app::DisplayWidth("x\xCC\xB4"), 1U) << "a mark";
+    EXPECT_EQ(app::CountCodePoints("\xE2\x82\xAC\xC3\xA9z"), 3U);
+}
+
+TEST(ShellOption, CanBeTyped) {
+    EXPECT_EQ(app::ShellOption("--ignore", "a b"), "--ignore 'a b'");
+    EXPECT_EQ(app::ShellOption("--ignore", "-a"), "--ignore='-a'");
+    EXPECT_EQ(app::ShellOption("--ignore", ""), "--ignore ''");
+    EXPECT_EQ(app::ShellOption("--ignore", std::string(201, 'a')), "--ignore COLUMN");
+}
+
+// Texts from bytes and characters that are likely to go wrong, and any others.
+std::vector<std::string> RandomTexts() {
+    const std::string pieces[] = {
+        "\\",           "x5",          "41",       "'",  "\"",   " ",        "...#",
+        "\xC3\xA9",     "e",           "\xCC\x81", "\n", "\xFF", "\xE2\x82", "\xE1\x84\x80",
+        "\xE1\x85\xA1", "\xE2\x80\x8B"};
+    std::mt19937 random(7);
+    std::vector<std::string> texts;
+    for (int i = 0; i < 20'000; ++i) {
+        std::string text;
+        for (auto n = random() % 12; n > 0; --n) {
+            const auto kind = random() % 4;
+            utf8proc_uint8_t bytes[4];
+            const auto code =
+                static_cast<std::int32_t>(1 + random() % (kind == 2 ? 0x32FFU : 0x10FFFFU));
+            if (kind < 2) text += pieces[random() % std::size(pieces)];
+            if (kind == 2 || kind == 3) {
+                text.append(reinterpret_cast<char*>(bytes),
+                            static_cast<std::size_t>(utf8proc_encode_char(code, bytes)));
+            }
+        }
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+// The text of which `shown` is the escaped form. With `bytesOnly` a backslash that does not begin
+// \xNN is one of the text.
+std::string Unescaped(const std::string& shown, bool bytesOnly) {
+    std::string text;
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        const bool isByte = shown.compare(i, 2, "\\x") == 0 && i + 3 < shown.size() &&
+                            std::string("0123456789ABCDEF").find(shown[i + 2]) < 16 &&
+                            std::string("0123456789ABCDEF").find(shown[i + 3]) < 16;
+        if (isByte) {
+            text += static_cast<char>(std::stoi(shown.substr(i + 2, 2), nullptr, 16));
+            i += 3;
+        } else if (shown[i] == '\\' && !bytesOnly) {
+            ++i;
+            text += shown[i] == 'n' ? '\n' : shown[i] == 'r' ? '\r' : shown[i] == 't' ? '\t' : '\\';
+        } else {
+            text += shown[i];
+        }
+    }
+    return text;
+}
+
+TEST(Printable, DifferentTextsStayDifferent) {
+    std::string script = "printf '%s\\0'";
+    std::string words;
+    for (const std::string& text : RandomTexts()) {
+        const std::string shown = app::Printable(text);
+        ASSERT_EQ(Unescaped(shown, false), text) << shown;
+        const auto read = nlohmann::json::parse(app::JsonText(text)).get<std::string>();
+        ASSERT_EQ(Unescaped(read, true), text) << read;
+        // What is equivalent for Unicode looks the same.
+        const std::unique_ptr<utf8proc_uint8_t, void (*)(void*)> composed(
+            utf8proc_NFC(reinterpret_cast<const utf8proc_uint8_t*>(shown.c_str())), std::free);
+        ASSERT_EQ(reinterpret_cast<const char*>(composed.get()), shown);
+        script += " " + app::ShellQuoted(text);
+        words += text + '\0';
+    }
+    const fakes::TempFile file(script);
+    const fakes::TempFile out("");
+    ASSERT_EQ(std::system(("bash " + file.Path() + " > " + out.Path()).c_str()), 0);
+    EXPECT_EQ(out.Read(), words);
+}
+
+}  // namespace
