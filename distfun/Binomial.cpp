@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 #include "accredit/distfun/MCDistFun.h"
 #include "accredit/distfun/internal/Numerics.h"
@@ -138,49 +139,59 @@ double MCDistFun::PdfBin(double x, double n, double p, long& code) {
 
 namespace {
 
-// How many counts a search may pass before its start stands as the answer. From a start by the
-// normal quantile a search is a few counts long; with trials by the billion the probabilities that
-// it walks on have lost digits, and it may pass them all in vain.
-constexpr int kMaxSearch = 10'000'000;
+// The searches walk from the count y with c = P(X <= y) and f = P(X = y), one count a step, and
+// give nothing if they take more than kMaxSteps. What is left of one need not be walked once the
+// next probability is 0, below 0 or no number, because it stays so; or once it is so small that c
+// cannot meet prob any more, because beyond the mode probabilities only shrink.
+constexpr int kMaxSteps = 10'000'000;
+// More than rounding moves c by in a step.
+constexpr double kStepError = 1e-16;
 
-// The searches go on from the count y with c = P(X <= y) and f = P(X = y), one count a step. Away
-// from the mode f only shrinks: once c does not feel it, the search would run on to its end.
+// From here on the next count is the same double.
+constexpr double kFirstLikeItsNext = 9007199254740992.0;
 
-// r = q / p.
-double SearchDown(double y, double c, double f, double prob, double n, double r) {
+// r = q / p. Ends at 0 if it does not start there.
+std::optional<double> WalkDown(double y, double c, double f, double prob, double n, double r) {
     double m = y;
-    for (int step = 0; step < kMaxSearch; ++step) {
+    for (int step = 0; step < kMaxSteps; ++step) {
         c -= f;
         const double m2 = m - 1.0;
         if (c <= prob || m2 <= 0.0) return m2;
         const double next = f * r * (m / (n - m2));
-        if (next <= f && c - next == c) return y > kMaxSearch ? y : 0.0;
+        const bool stays = c - next == c || c - kMaxSteps * (next + kStepError) > prob;
+        if (!(next > 0.0) || (next <= f && stays)) {
+            if (y <= kMaxSteps) return 0.0;
+            break;
+        }
         f = next;
         m = m2;
     }
-    return y;
+    return std::nullopt;
 }
 
-// r = p / q.
-double SearchUp(double y, double c, double f, double prob, double n, double r) {
+// r = p / q. Ends at n + 1.
+std::optional<double> WalkUp(double y, double c, double f, double prob, double n, double r) {
     double m = y;
-    for (int step = 0; step < kMaxSearch; ++step) {
+    for (int step = 0; step < kMaxSteps; ++step) {
         const double m1 = m + 1.0;
         const double next = f * r * ((n - m) / m1);
         c += next;
         if (c > prob || m > n) return m;
-        if (next <= f && c + next == c) return n - y > kMaxSearch ? y : n + 1.0;
+        const bool stays = c + next == c || c + kMaxSteps * (next + kStepError) <= prob;
+        if (!(next > 0.0) || (next <= f && stays)) {
+            if (n < kFirstLikeItsNext && n + 2.0 - y <= kMaxSteps) return n + 1.0;
+            break;
+        }
         f = next;
         m = m1;
     }
-    return y;
+    return std::nullopt;
 }
 
 }  // namespace
 
 double MCDistFun::IdfBin(double prob, double n, double p, long& code) {
     constexpr double kTolerance = 128.0 * 2.220446049250313e-16;
-    constexpr double kLastDistinctCount = 9007199254740992.0;
 
     if (std::isnan(prob) || std::isnan(n) || std::isnan(p)) return Fail(code, 2);
     if (!IsWhole(n)) return Fail(code, 1);
@@ -195,13 +206,23 @@ double MCDistFun::IdfBin(double prob, double n, double p, long& code) {
     double y = std::floor(std::sqrt(w * q) * probit(prob) + w - 0.5);
     if (y > n) y = n;
     if (y < 0.0) y = 0.0;
-    // Beyond it the next count is the same double.
-    if (n > kLastDistinctCount) return y;
     long innerCode = 0;
     const double c = CdfBin(y, n, p, innerCode);
     if (std::fabs(c - prob) < kTolerance) return y;
     const double f = PdfBin(y, n, p, innerCode);
-    return c > prob ? SearchDown(y, c, f, prob, n, q / p) : SearchUp(y, c, f, prob, n, p / q);
+    const std::optional<double> met =
+        c > prob ? WalkDown(y, c, f, prob, n, q / p) : WalkUp(y, c, f, prob, n, p / q);
+    if (met) return *met;
+
+    // By bisection. The lower end stands without a question, as it does for the walk; the upper one
+    // has probability 1. Ends with neighbouring counts, or doubles where these are farther apart.
+    double low = c > prob ? 0.0 : y;
+    double high = c > prob ? y : n;
+    for (;;) {
+        const double middle = low + std::floor((high - low) / 2.0);
+        if (middle <= low || middle >= high) return low;
+        (CdfBin(middle, n, p, innerCode) <= prob ? low : high) = middle;
+    }
 }
 
 }  // namespace MAMath
