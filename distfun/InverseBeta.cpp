@@ -8,6 +8,7 @@
 namespace MAMath {
 
 using Numerics::ExpOrZero;
+using Numerics::kExponentFloor;
 using Numerics::OrMissing;
 
 namespace {
@@ -100,7 +101,8 @@ double MCDistFun::betinv(const double& P, const double& a, const double& b) {
         const double F = cdfbet(x, A, B, code);
         const double v = beta + (1.0 - A) * std::log(x) + (1.0 - B) * std::log(1.0 - x);
         if (v > kExponentCeiling) return a / (a + b);
-        const double d = (F - alpha) * ExpOrZero(v);
+        // F may be infinite, and has no say where the slope of its inverse counts as 0.
+        const double d = v < kExponentFloor ? 0.0 : (F - alpha) * std::exp(v);
         if (std::isnan(d)) return -1.0;
         if (d * d_prev <= 0.0) prev = sq;
 
