@@ -1,17 +1,16 @@
 // The summary as a PMML document.
 
-#include <cstddef>
 #include <memory>
 #include <utility>
 
 #include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/diststats/MAUniStats.h"
 #include "accredit/host/ExportFormat.h"
 #include "accredit/host/MCPMMLExporter.h"
 #include "accredit/host/XMLElement.h"
 #include "accredit/host/internal/PMMLVocabulary.h"
 
 using MCCommon::MCStatus;
-using MCMTD_NAMESPACE::MCUniStats;
 using MCXML_NAMESPACE::ExportFormat;
 using MCXML_NAMESPACE::XMLElement;
 
@@ -33,17 +32,6 @@ public:
 private:
     XMLElement* mElement = nullptr;
 };
-
-// The margins of the bins: the cut points between two open ends.
-std::vector<double> MarginsOf(const std::vector<double>& cutPoints) {
-    std::vector<double> margins;
-    if (cutPoints.empty()) return margins;
-    margins.reserve(cutPoints.size() + 2);
-    margins.push_back(MCMV::Missing());
-    margins.insert(margins.end(), cutPoints.begin(), cutPoints.end());
-    margins.push_back(MCMV::Missing());
-    return margins;
-}
 
 }  // namespace
 
@@ -80,25 +68,11 @@ MCStatus MADistStatsImp::ExportModelExt(MCPMMLExporter& exporter, XMLElement*& e
     exporter.ExportExtension(MCDetail::gContainerModel, "", extension.Argument());
     std::unique_ptr<XMLElement> modelStats(XMLElement::Create(MCDetail::gModelStats));
 
-    for (std::size_t slot = 0; slot < mVarIndex.size(); ++slot) {
+    for (unsigned int slot = 0; slot < GetVarCount(); ++slot) {
         if (mQueryCancel && mQueryCancel->QueryCancel()) return {MAStatusCancelled, false};
-        const std::string name = mVarList.GetVarAt(mVarIndex[slot])->GetName();
-        const VarSummary& summary = mSummaries[slot];
-        const auto cases = static_cast<double>(summary.count);
-        MCUniStats stats;
-        if (mCategorical[slot] != 0) {
-            stats = MCUniStats(name, cases, mFrequencies[slot]);
-        } else {
-            MCUniStats::SummStats summStats;
-            summStats.min = summary.min;
-            summStats.max = summary.max;
-            summStats.mean = summary.mean;
-            summStats.stdDev = summary.stdDev;
-            stats =
-                MCUniStats(name, cases, summStats, MarginsOf(mCutPoints[slot]), mFrequencies[slot]);
-        }
         StepResult child;
-        const MCStatus status = exporter.ExportUniStats(stats, child.Argument());
+        const MCStatus status =
+            exporter.ExportUniStats(MAUniStatsOf(*this, slot), child.Argument());
         if (!status.IsOK()) return status;
         modelStats->AddElement(child.Release());
     }

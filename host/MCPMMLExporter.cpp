@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <utility>
 
 #include "accredit/host/internal/PMMLElements.h"
@@ -78,6 +79,15 @@ MCStatus MCPMMLExporter::ExportHeader(const MCApplicInfo4XML* info, const std::s
     return Deliver(MakeHeader(withApplication ? info : nullptr, description), element);
 }
 
+void MCPMMLExporter::SetMissingValues(const std::vector<std::string>& texts) {
+    std::set<std::string> seen;
+    std::vector<std::string> once;
+    for (const std::string& text : texts) {
+        if (seen.insert(text).second) once.push_back(text);
+    }
+    mMissingValues = std::move(once);
+}
+
 MCStatus MCPMMLExporter::ExportDataDictionary(const MCVarList& varList,
                                               const std::vector<int>& listIndexes,
                                               XMLElement*& element) {
@@ -111,19 +121,29 @@ std::unique_ptr<XMLElement> MCPMMLExporter::MakeDataField(const MCVarList& varLi
     field->SetAttribute(gOptype, optype);
     if (optype == gContinuous) {
         field->SetAttribute(gDataType, gDouble);
-        return field;
+    } else if (!AddCategories(*varList.GetEncoderAt(listIndex), *field, entry->second)) {
+        return nullptr;
     }
+    for (const std::string& text : mMissingValues) {
+        ElementPtr value = NewElement(gValue);
+        if (!value->SetAttribute(gValueAttribute, text)) return nullptr;
+        value->SetAttribute(gProperty, gMissing);
+        Adopt(*field, std::move(value));
+    }
+    return field;
+}
 
-    const IMCEncoder& encoder = *varList.GetEncoderAt(listIndex);
+bool MCPMMLExporter::AddCategories(const IMCEncoder& encoder, XMLElement& field,
+                                   Categories& categories) {
     const bool numbers = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
-    field->SetAttribute(gDataType, numbers ? gDouble : gString);
+    field.SetAttribute(gDataType, numbers ? gDouble : gString);
     const int count = std::max(encoder.GetNumCategories(), 0);
     std::optional<std::string> array = std::string();
     for (int code = 0; code < count; ++code) {
         const std::optional<std::string> text = CategoryText(encoder, numbers, code);
         ElementPtr value = NewElement(gValue);
-        if (!text || !value->SetAttribute(gValueAttribute, *text)) return nullptr;
-        Adopt(*field, std::move(value));
+        if (!text || !value->SetAttribute(gValueAttribute, *text)) return false;
+        Adopt(field, std::move(value));
 
         const std::optional<std::string> token = array ? ArrayToken(*text) : std::nullopt;
         if (token) {
@@ -133,8 +153,8 @@ std::unique_ptr<XMLElement> MCPMMLExporter::MakeDataField(const MCVarList& varLi
             array.reset();
         }
     }
-    entry->second = {static_cast<std::size_t>(count), std::move(array)};
-    return field;
+    categories = {static_cast<std::size_t>(count), std::move(array)};
+    return true;
 }
 
 void MCPMMLExporter::ExportExtension(const std::string& name, const std::string& value,

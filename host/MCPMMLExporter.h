@@ -38,6 +38,10 @@ public:
     MCCommon::MCStatus ExportHeader(const MCApplicInfo4XML* info, const std::string& description,
                                     bool withApplication, MCXML_NAMESPACE::XMLElement*& element);
 
+    /// The texts that stand for missing data, in UTF-8, none by default: ExportDataDictionary
+    /// writes them into every field, behind its values. One that is given twice is written once.
+    void SetMissingValues(const std::vector<std::string>& texts);
+
     /// The data dictionary of the variables whose positions in the list are among `listIndexes`,
     /// in list order; positions that do not exist are passed over. A categorical variable's field
     /// has the values of its encoder, in code order; its type is double or string after theirs.
@@ -57,10 +61,12 @@ public:
     /// values; where there are fewer of them than values, zeros follow. The values themselves
     /// stand beside them if a PMML array can hold them. Frequencies that do not sum to the number
     /// of cases, which PMML does not allow for, go into an extension named "frequencies" of the
-    /// element that would otherwise hold them.
+    /// element that would otherwise hold them. The total count is that of the cases and, where it
+    /// is known, of the missing data, which then also stands by itself.
     ///
-    /// Fails also if the number of cases is not a whole number from 0 up, or if margins and
-    /// frequencies do not fit together: see MCUniStats.
+    /// Fails also if the number of cases or of missing data is not a whole number from 0 up, if
+    /// their sum, rounded to a double, does not give the cases back, or if margins and frequencies
+    /// do not fit together: see MCUniStats.
     MCCommon::MCStatus ExportUniStats(const MCMTD_NAMESPACE::MCUniStats& stats,
                                       MCXML_NAMESPACE::XMLElement*& element);
 
@@ -73,6 +79,9 @@ private:
 
     std::unique_ptr<MCXML_NAMESPACE::XMLElement> MakeDataField(
         const MCMTD_NAMESPACE::MCVarList& varList, int listIndex);
+    static bool AddCategories(const MCMTD_NAMESPACE::IMCEncoder& encoder,
+                              MCXML_NAMESPACE::XMLElement& field, Categories& categories);
 
+    std::vector<std::string> mMissingValues;
     std::unordered_map<std::string, Categories> mCategories;
 };

@@ -25,6 +25,8 @@ MCUniStats::~MCUniStats() = default;
 
 void MCUniStats::SetIntervalsOpenLeft(bool openLeft) { mOpenLeft = openLeft; }
 
+void MCUniStats::SetMissing(double missing) { mMissing = missing; }
+
 bool MCUniStats::IsCategorical() const { return mCategorical; }
 
 bool MCUniStats::AreIntervalsOpenLeft() const { return mOpenLeft; }
@@ -36,6 +38,10 @@ const std::vector<double>& MCUniStats::GetCutPoints() const { return mCutPoints;
 std::string MCUniStats::GetVarName() const { return mName; }
 
 double MCUniStats::GetNumberOfCases() const { return mCases; }
+
+bool MCUniStats::HasMissing() const { return !MCMV::IsMissing(mMissing); }
+
+double MCUniStats::GetMissing() const { return mMissing; }
 
 const MCUniStats::SummStats& MCUniStats::GetSummStats() const { return mSummStats; }
 

@@ -47,6 +47,10 @@ public:
     /// margin (false), or the reverse (true, what the constructors set).
     void SetIntervalsOpenLeft(bool openLeft);
 
+    /// Says how many data of the variable were missing, a whole number from 0 up that the number of
+    /// cases does not include; MCMV::Missing(), as the constructors set it, says nothing of them.
+    void SetMissing(double missing);
+
     /// Which of the two constructors made the object.
     bool IsCategorical() const;
 
@@ -66,12 +70,19 @@ public:
     /// A whole number, held as a double.
     double GetNumberOfCases() const;
 
+    /// Whether the number of missing data is known.
+    bool HasMissing() const;
+
+    /// The number of missing data, MCMV::Missing() if it is not known.
+    double GetMissing() const;
+
     /// All four values are missing for a categorical variable.
     const SummStats& GetSummStats() const;
 
 private:
     std::string mName;
     double mCases = 0.0;
+    double mMissing = MCMV::Missing();
     bool mCategorical = true;
     bool mOpenLeft = true;
     SummStats mSummStats;

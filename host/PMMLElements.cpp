@@ -89,10 +89,17 @@ private:
     bool mRegular = false;
 };
 
-ElementPtr MakeCounts(double cases) {
-    if (!IsCount(cases)) return nullptr;
+// The total includes the missing data. A sum that gives other cases back is refused.
+ElementPtr MakeCounts(const MCUniStats& stats) {
+    const double cases = stats.GetNumberOfCases();
+    const double missing = stats.HasMissing() ? stats.GetMissing() : 0.0;
+    const double total = cases + missing;
+    if (!IsCount(cases) || !IsCount(missing) || total - missing != cases) return nullptr;
     ElementPtr counts = NewElement(gCounts);
-    counts->SetAttribute(gTotalFreq, FormatWhole(std::abs(cases)));
+    counts->SetAttribute(gTotalFreq, FormatWhole(std::abs(total)));
+    if (stats.HasMissing()) {
+        counts->SetAttribute(gMissingFreq, FormatWhole(std::abs(missing)));
+    }
     return counts;
 }
 
@@ -191,7 +198,7 @@ ElementPtr MakeUnivariateStats(const MCUniStats& stats, std::size_t valueCount,
     ElementPtr result = NewElement(gUnivariateStats);
     if (!result->SetAttribute(gField, stats.GetVarName())) return nullptr;
 
-    ElementPtr counts = MakeCounts(stats.GetNumberOfCases());
+    ElementPtr counts = MakeCounts(stats);
     if (!counts) return nullptr;
     Adopt(*result, std::move(counts));
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "accredit/diststats/MAUniStats.h"
 #include "fakes/Summaries.h"
 
 namespace {
@@ -25,12 +26,19 @@ bool Load(MADistStatsImp& stats, const fakes::Row& row) {
 }
 
 TABLE_TEST(Loading, ReplacesTheSlotOrNothing, 4) {
-    MADistStatsImp stats(fakes::List("(id) x c:r,g,b"), nullptr);
+    const auto list = fakes::List("(id) x c:r,g,b");
+    MADistStatsImp stats(list, nullptr);
     ASSERT_TRUE(stats.SetFreqs(0, {1, 2}, {5}) && stats.SetSummStats(0, 3, 4, 6, 5, 1) &&
                 stats.SetFreqs(1, {4, 0.5, 0}) && stats.SetSummStats(1, 7, 1, 2, 3, 4));
     const std::string before = fakes::Contents(stats);
     EXPECT_EQ(Load(stats, row), row.Is(2, "taken", "refused"));
     EXPECT_EQ(fakes::Contents(stats), row.Text(3).empty() ? before : row.Text(3));
+
+    MADistStatsImp again(list, nullptr);
+    for (unsigned int slot = 0; slot < 2; ++slot) {
+        EXPECT_TRUE(again.SetAllStats(MAUniStatsOf(stats, slot)));
+    }
+    EXPECT_EQ(fakes::Contents(again), fakes::Contents(stats));
 }
 
 }  // namespace

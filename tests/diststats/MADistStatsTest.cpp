@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 
+#include "accredit/diststats/MAUniStats.h"
 #include "fakes/Summaries.h"
 
 namespace {
@@ -40,6 +41,9 @@ TEST(MADistStats, AnEmptyHandleAndABadSlotHaveFixedAnswers) {
     for (const unsigned int slot : {1U, 4294967295U}) {
         EXPECT_EQ(Answers(stats, slot), "-1 1 0 0 0 M M M M");
     }
+    EXPECT_EQ(MAUniStatsOf(stats, 0).GetVarName(), "x");
+    EXPECT_EQ(MAUniStatsOf(stats, 1).GetVarName() + MAUniStatsOf(MADistStats(), 0).GetVarName(),
+              "");
     EXPECT_EQ(Contents(MADistStatsImp(List("x c:a"), nullptr)), "0; M M 0 0; ; / 0; M M 0 0; ;")
         << "a shell";
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -24,12 +25,18 @@ namespace fakes {
 
 inline constexpr double kMissing = MCMV::Missing();
 
+/// Words with this character between them; '' is an empty one.
+inline std::vector<std::string> Words(const std::string& text, char separator) {
+    std::vector<std::string> words = Split(text, separator);
+    std::replace(words.begin(), words.end(), std::string("''"), std::string());
+    return words;
+}
+
 /// A variable list from words with blanks between them: "x" is a continuous input variable, "x/2"
 /// one of measurement level 2, "c:a,b" and "c#1,2.5" are nominal ones with these texts or numbers
 /// as categories, and what stands in parentheses is no input variable. '' is an empty name or text.
 inline MCMTD_NAMESPACE::MCVarList List(const std::string& words) {
     using MCMTD_NAMESPACE::IMCVariable;
-    const auto plain = [](const std::string& text) { return text == "''" ? "" : text; };
     MCMTD_NAMESPACE::MCVarList list;
     for (std::string word : Split(words, ' ')) {
         const bool input = word[0] != '(';
@@ -39,14 +46,14 @@ inline MCMTD_NAMESPACE::MCVarList List(const std::string& words) {
         const char kind = end < word.size() ? word[end] : ' ';
         const std::string rest = word.substr(std::min(end + 1, word.size()));
         const int level = kind == '/' ? static_cast<int>(ToNumber(rest)) : kind == ' ' ? 1 : 2;
-        std::vector<std::string> texts;
+        const std::vector<std::string> texts = Words(kind == '/' ? "" : rest, ',');
         Numbers numbers;
-        for (const std::string& category : Split(kind == '/' ? "" : rest, ',')) {
-            if (kind == '#') numbers.push_back(ToNumber(category));
-            texts.push_back(plain(category));
+        if (kind == '#') {
+            std::transform(texts.begin(), texts.end(), std::back_inserter(numbers), ToNumber);
         }
+        const std::string name = word.substr(0, end);
         const MCMTD_NAMESPACE::MCVariable variable(
-            plain(word.substr(0, end)), level,
+            name == "''" ? "" : name, level,
             input ? IMCVariable::VariableRoleInput : IMCVariable::VariableRoleTarget,
             static_cast<int>(texts.size()));
         if (kind == '#') list.Add(variable, MCMTD_NAMESPACE::MCNumberEncoder(numbers));
@@ -63,7 +70,8 @@ inline std::vector<Numbers> Column(const Numbers& values) {
     return rows;
 }
 
-/// Statistics of one variable: "name; cases; frequencies", or "name; cases; min max mean deviation;
+/// Statistics of one variable: "name; cases; frequencies", with the number of missing data behind
+/// that of the cases where it is known, or "name; cases; min max mean deviation;
 /// margins; frequencies", with "; closed left" at the end for bins that hold their lower margin.
 inline MCMTD_NAMESPACE::MCUniStats UniStats(const std::string& text) {
     const std::vector<std::string> parts = Split(text + " ", ';');
@@ -71,13 +79,20 @@ inline MCMTD_NAMESPACE::MCUniStats UniStats(const std::string& text) {
     if (size != 3 && size != 5 && (size != 6 || parts[5] != "closed left")) {
         Refuse(text, "is no statistics of a variable");
     }
-    const double cases = ToNumber(parts[1]);
-    if (size == 3) return {parts[0], cases, ToNumbers(parts[2])};
-    const Numbers summary = Exactly(4, ToNumbers(parts[2]));
-    MCMTD_NAMESPACE::MCUniStats stats(parts[0], cases,
-                                      {summary[0], summary[1], summary[2], summary[3]},
-                                      ToNumbers(parts[3]), ToNumbers(parts[4]));
-    stats.SetIntervalsOpenLeft(size == 5);
+    const Numbers cases = ToNumbers(parts[1]);
+    const bool missing = cases.size() == 2;
+    if (!missing) Exactly(1, cases);
+    MCMTD_NAMESPACE::MCUniStats stats(parts[0], cases[0], ToNumbers(parts[2]));
+    if (size > 3) {
+        const Numbers summary = Exactly(4, stats.GetFrequencies());
+        stats = {parts[0],
+                 cases[0],
+                 {summary[0], summary[1], summary[2], summary[3]},
+                 ToNumbers(parts[3]),
+                 ToNumbers(parts[4])};
+        stats.SetIntervalsOpenLeft(size == 5);
+    }
+    if (missing) stats.SetMissing(cases[1]);
     return stats;
 }
 

@@ -56,12 +56,6 @@ std::string Made(Step step) {
     return out.str();
 }
 
-std::string Dictionary(const std::string& words, const std::vector<int>& indexes) {
-    return Made([&](XMLElement*& element) {
-        return MCPMMLExporter(nullptr).ExportDataDictionary(fakes::List(words), indexes, element);
-    });
-}
-
 // A cell "none" stands for no information on the application.
 TABLE_TEST(MCPMMLExporter, NamesTheApplicationInTheHeader, 5) {
     const MCApplicInfo4XML info{row.Text(0), row.Text(1), row.Text(2)};
@@ -74,19 +68,15 @@ TABLE_TEST(MCPMMLExporter, NamesTheApplicationInTheHeader, 5) {
     EXPECT_EQ(made, row.Text(4) == "refused" ? "" : start + row.Text(4));
 }
 
-TEST(MCPMMLExporter, WritesTheFieldsOfTheChosenVariables) {
-    EXPECT_EQ(Dictionary("x not-chosen s:b,'',a\n n#0.1,-1e300 o/3", {3, 0, -1, 2, 9, 0, 4}),
-              R"(<DataDictionary numberOfFields="4">)"
-              R"(<DataField name="x" optype="continuous" dataType="double"/>)"
-              R"(<DataField name="s" optype="categorical" dataType="string">)"
-              R"(<Value value="b"/><Value value=""/><Value value="a&#10;"/></DataField>)"
-              R"(<DataField name="n" optype="categorical" dataType="double">)"
-              R"(<Value value="0.1"/><Value value="-1e+300"/></DataField>)"
-              R"(<DataField name="o" optype="ordinal" dataType="string"/></DataDictionary>)");
-    EXPECT_EQ(Dictionary("x", {}), "");
-    for (const char* words : {"x x", "x\x02", "c:good,\xC3", "c#1,inf"}) {
-        EXPECT_EQ(Dictionary(words, {0, 1}), "") << words;
-    }
+TABLE_TEST(MCPMMLExporter, WritesTheFieldsOfTheChosenVariables, 4) {
+    const fakes::Numbers positions = row.Numbers(1);
+    MCPMMLExporter exporter(nullptr);
+    exporter.SetMissingValues(fakes::Words(row.Text(2), ','));
+    const std::string made = Made([&](XMLElement*& element) {
+        return exporter.ExportDataDictionary(fakes::List(row.Text(0)),
+                                             {positions.begin(), positions.end()}, element);
+    });
+    EXPECT_EQ(made, row.Text(3) == "refused" ? "" : row.Text(3));
 }
 
 TABLE_TEST(MCPMMLExporter, WritesWhatThereIsOfAVariable, 2) {
