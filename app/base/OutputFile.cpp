@@ -2,13 +2,21 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <linux/limits.h>
+#include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
+#include <new>
+#include <optional>
 #include <system_error>
+#include <vector>
 
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
@@ -42,16 +50,33 @@ private:
     struct sigaction mOldAction = {};
 };
 
+constexpr const char* kAccessList = "system.posix_acl_access";
+
+// The access control list of the file, empty if it has none; nothing if it cannot be read.
+std::optional<std::vector<char>> AccessListOf(const std::string& path) {
+    std::vector<char> list(XATTR_SIZE_MAX);
+    const ssize_t size = getxattr(path.c_str(), kAccessList, list.data(), list.size());
+    if (size < 0 && errno != ENODATA && errno != ENOTSUP) return std::nullopt;
+    list.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return list;
+}
+
+// Gives the file this list in place of one that it may have from its folder. False on failure.
+bool SetAccessList(int descriptor, const std::vector<char>& list) {
+    if (!list.empty()) return fsetxattr(descriptor, kAccessList, list.data(), list.size(), 0) == 0;
+    return fremovexattr(descriptor, kAccessList) == 0 || errno == ENODATA || errno == ENOTSUP;
+}
+
 // A new file in a folder, removed in the end unless it got another name.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::string& folder) {
-        // A name can be taken only by what a killed process of the same number left behind.
-        for (int i = 0; mDescriptor < 0 && i < 100; ++i) {
-            mPath = fmt::format("{}/.accredit-{}-{}.tmp", folder, getpid(), i);
-            mDescriptor = open(mPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-            if (mDescriptor < 0 && errno != EEXIST) break;
-        }
+    TemporaryFile(const std::string& folder, mode_t mode) {
+        do {
+            std::uint64_t number = 0;
+            if (getrandom(&number, sizeof number, 0) != sizeof number) return;
+            mPath = fmt::format("{}/.accredit-{:016x}.tmp", folder, number);
+            mDescriptor = open(mPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        } while (mDescriptor < 0 && errno == EEXIST);
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -73,15 +98,23 @@ public:
         return fsync(mDescriptor) == 0;
     }
 
-    // The owner only as far as the system lets the program change it.
-    bool TakePermissionsOf(const std::string& path) const {
-        struct stat status = {};
-        if (stat(path.c_str(), &status) != 0) return errno == ENOENT;
-        if (fchown(mDescriptor, status.st_uid, status.st_gid) != 0) {
-            [[maybe_unused]] const int changed =
-                fchown(mDescriptor, static_cast<uid_t>(-1), status.st_gid);
+    // Those of the file at `path`, whose status is given, as far as the system lets the program set
+    // them. Where it does not, nobody may use the file who could not before: with another group,
+    // its members and all others get what both groups of people had, and if there is a list that
+    // such a change or its loss could make wider, the owner alone may use it.
+    bool TakePermissionsOf(const std::string& path, const struct stat& status) const {
+        constexpr auto kSameOwner = static_cast<uid_t>(-1);
+        const bool sameGroup = fchown(mDescriptor, status.st_uid, status.st_gid) == 0 ||
+                               fchown(mDescriptor, kSameOwner, status.st_gid) == 0;
+        const std::optional<std::vector<char>> list = AccessListOf(path);
+        mode_t mode = status.st_mode & 0777U;
+        if (!list || !SetAccessList(mDescriptor, *list) || (!sameGroup && !list->empty())) {
+            mode &= 0700U;
+        } else if (!sameGroup) {
+            const mode_t both = mode & (mode >> 3U) & 07U;
+            mode = (mode & 0700U) | (both << 3U) | both;
         }
-        return fchmod(mDescriptor, status.st_mode & 0777U) == 0;
+        return fchmod(mDescriptor, mode) == 0;
     }
 
     bool RenameTo(const std::string& path) {
@@ -133,8 +166,12 @@ OutputFile::OutputFile(const std::string& path) : mName(path.empty() ? "\"\"" : 
 
 void OutputFile::Replace(std::string_view text) {
     const SignalsHeldBack heldBack;
-    TemporaryFile file(mFolder);
-    if (!file.IsOpen() || !file.TakePermissionsOf(mPath) || !file.Write(text) ||
+    struct stat old = {};
+    const bool exists = stat(mPath.c_str(), &old) == 0;
+    if (!exists && errno != ENOENT) Fail(errno);
+    // Nobody else opens the file before it has the permissions of the old one.
+    TemporaryFile file(mFolder, exists ? 0600 : 0666);
+    if (!file.IsOpen() || (exists && !file.TakePermissionsOf(mPath, old)) || !file.Write(text) ||
         !file.RenameTo(mPath)) {
         Fail(errno);
     }
@@ -142,6 +179,7 @@ void OutputFile::Replace(std::string_view text) {
 }
 
 void OutputFile::Fail(int error) const {
+    if (error == ENOMEM) throw std::bad_alloc();
     throw OutputError(mName + ": " + std::generic_category().message(error));
 }
 

@@ -15,9 +15,11 @@ public:
     /// that it leads to is replaced. Throws OutputError.
     explicit OutputFile(const std::string& path);
 
-    /// Puts a file that holds `text` in the place. It has the permissions of the file that was
-    /// there, and its owner and group where the system allows that. Throws OutputError; what was
-    /// there is then untouched.
+    /// Puts a file that holds `text` in the place. It has the permissions and the access control
+    /// list of the file that was there, and its owner and group where the system allows that;
+    /// otherwise fewer may use it, but nobody new. A new file has what the umask or the folder's
+    /// default list says. A signal that arrives meanwhile takes effect afterwards. Throws
+    /// OutputError; what was there is then untouched.
     void Replace(std::string_view text);
 
 private:

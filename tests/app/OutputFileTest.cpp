@@ -4,17 +4,52 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "Accredit.h"
 #include "TempFile.h"
 #include "app/base/Errors.h"
+#include "fakes/Tables.h"
+
+namespace {
+
+std::string failing;  // the names of the functions below that fail
+
+int Fails(const char* function) {
+    errno = EPERM;
+    return failing.find(function) == std::string::npos ? 0 : -1;
+}
+
+}  // namespace
+
+// These stand before those of the C library.
+extern "C" int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
+    struct stat status = {};
+    EXPECT_EQ(fstat(descriptor, &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U) << "somebody may open the file too early";
+    EXPECT_EQ(status.st_size, 0);
+    return Fails("fchown") != 0 ? -1
+                                : static_cast<int>(syscall(SYS_fchown, descriptor, owner, group));
+}
+
+extern "C" int fsetxattr(int descriptor, const char* name, const void* value, std::size_t size,
+                         int flags) noexcept {
+    return Fails("fsetxattr") != 0
+               ? -1
+               : static_cast<int>(syscall(SYS_fsetxattr, descriptor, name, value, size, flags));
+}
 
 namespace {
 
@@ -75,6 +110,62 @@ TEST_F(OutputFileTest, LeavesWhatWasThereIfTheFileCannotGrow) {
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &old), 0);
     EXPECT_EQ(fakes::ReadFile(Path("file")), "before");
     EXPECT_EQ(FileCount(), 1U);
+}
+
+TEST_F(OutputFileTest, IsNotStoppedByWhatKilledRunsLeft) {
+    for (int i = 0; i < 100; ++i) {
+        const std::string name = ".accredit-" + std::to_string(getpid()) + "-" + std::to_string(i);
+        std::ofstream(Path(name + ".tmp"));
+    }
+    OutputFile(Path("file")).Replace("text");
+    EXPECT_EQ(fakes::ReadFile(Path("file")), "text");
+}
+
+// An access control list with an entry for one more user, as the system keeps it: a version, then
+// tag, rights and user of each entry.
+std::string AccessList() {
+    std::string list("\2\0\0\0", 4);
+    for (const auto& [tag, rights, user] : std::vector<std::array<int, 3>>{
+             {0x01, 6, -1}, {0x02, 6, 1234}, {0x04, 4, -1}, {0x10, 6, -1}, {0x20, 4, -1}}) {
+        list += {static_cast<char>(tag), 0, static_cast<char>(rights), 0};
+        for (int shift = 0; shift < 32; shift += 8) list += static_cast<char>(user >> shift);
+    }
+    return list;
+}
+
+// The permissions and the list of a file, such as 664+list.
+std::string Access(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) return "";
+    std::ostringstream access;
+    access << std::oct << (status.st_mode & 0777U);
+    if (getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0) access << "+list";
+    return access.str();
+}
+
+TEST_F(OutputFileTest, LetsNobodyInWhoWasNot) {
+    const std::string list = AccessList();
+    const auto setList = [&list](const std::string& path, const char* name) {
+        return setxattr(path.c_str(), name, list.data(), list.size(), 0) == 0;
+    };
+    for (const fakes::Row& row : fakes::Rows(4)) {
+        const std::string folder = Path(row.Label());
+        const std::string file = folder + "/file";
+        fs::create_directory(folder);
+        if (const std::string old = row.Text(0); !old.empty()) {
+            std::ofstream(file) << "old";
+            chmod(file.c_str(), static_cast<mode_t>(std::stoi(old, nullptr, 8)));
+            if (old.size() > 3 && !setList(file, "system.posix_acl_access")) {
+                GTEST_SKIP() << "no access control lists under " << folder;
+            }
+        }
+        ASSERT_TRUE(row.Text(1).empty() || setList(folder, "system.posix_acl_default"));
+        failing = row.Text(2);
+        OutputFile(file).Replace("new");
+        failing.clear();
+        EXPECT_EQ(Access(file), row.Text(3)) << row.Label();
+        EXPECT_EQ(fakes::ReadFile(file), "new") << row.Label();
+    }
 }
 
 TEST_F(OutputFileTest, IsWholeWheneverTheProgramIsKilled) {
