@@ -72,8 +72,9 @@ public:
     ///
     /// Gives the first failure in the order of `first`, with the variable's position in `first` as
     /// datum 0: MAStatusUnnamedVariable, MAStatusVariableNotFound, MAStatusVariableNotInput or
-    /// MAStatusVariableTypeDiffers. The other variables are matched all the same. Takes time linear
-    /// in the two lists; any thread may call.
+    /// MAStatusVariableTypeDiffers. The other variables are matched all the same. Takes time n log
+    /// n in the length of the two lists, unless FindVariable of `second` takes linear time (see
+    /// MCVarList::GetVarAt). Any thread may call.
     static MCCommon::MCStatus MatchVariables(const MCMTD_NAMESPACE::MCVarList& first,
                                              const MCMTD_NAMESPACE::MCVarList& second,
                                              std::vector<int>& matches);

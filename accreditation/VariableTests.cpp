@@ -27,18 +27,23 @@ const IMCEncoder& EncoderOf(const MADistStats& stats, unsigned int slot) {
 
 // The new frequencies in the reference's category order. Categories that the new encoder does not
 // know count 0, and so do those beyond the end of `newFreq`, which a data pass extends only up to
-// the highest code it met. False if a new category has no partner in the reference.
+// the highest code it met. None at all if the reference does not have a frequency for each of its
+// categories, since nothing fits then. False if a new category has no partner in the reference.
 bool AlignFrequencies(const IMCEncoder& refEncoder, const IMCEncoder& newEncoder,
-                      const std::vector<double>& newFreq, std::vector<double>& aligned) {
+                      const std::vector<double>& refFreq, const std::vector<double>& newFreq,
+                      std::vector<double>& aligned) {
     const int cr = std::max(refEncoder.GetNumCategories(), 0);
     const int cn = std::max(newEncoder.GetNumCategories(), 0);
-    aligned.assign(static_cast<std::size_t>(cr), 0.0);
+    // Each category of the reference finds one new category at most.
+    if (cn > cr) return false;
+    const bool whole = refFreq.size() == static_cast<std::size_t>(cr);
+    aligned.assign(whole ? refFreq.size() : 0, 0.0);
     std::vector<std::int16_t> seen(static_cast<std::size_t>(cn), 0);
     for (int c = 0; c < cr; ++c) {
         const int code = MapCategory(refEncoder, newEncoder, c);
         if (code < 0 || code >= cn) continue;
         const auto k = static_cast<std::size_t>(code);
-        if (k < newFreq.size()) aligned[static_cast<std::size_t>(c)] = newFreq[k];
+        if (whole && k < newFreq.size()) aligned[static_cast<std::size_t>(c)] = newFreq[k];
         seen[k] = 1;
     }
     return std::find(seen.begin(), seen.end(), std::int16_t{0}) == seen.end();
@@ -100,7 +105,7 @@ MCStatus TestCategoricalVariable(unsigned int i, int j, const MADistStats& refSt
         return {};
     }
     std::vector<double> aligned;
-    if (!AlignFrequencies(refEncoder, newEncoder, newFreq, aligned)) {
+    if (!AlignFrequencies(refEncoder, newEncoder, refFreq, newFreq, aligned)) {
         return {MAStatusCategoriesDiffer, false};
     }
     pValue = ChiSquareFit(refFreq, aligned);

@@ -1,21 +1,50 @@
 // Where the bins of continuous variables come from.
 
 #include <cstddef>
+#include <cstdint>
 
 #include "accredit/diststats/MADistStatsImp.h"
-#include "accredit/diststats/internal/StrictlyAscending.h"
+#include "accredit/diststats/MAProblems.h"
+#include "accredit/host/internal/StrictlyAscending.h"
 
+using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCVarList;
 
-bool MADistStatsImp::CutPointsAreValid(const std::vector<int>& varIndex,
+namespace {
+
+// See MAFindBadCutPoints; of each slot there is said whether it is categorical (1) or not (0).
+int FindBadCutPoints(const std::vector<std::int16_t>& categorical,
+                     const std::vector<std::vector<double>>& cutPoints) {
+    if (cutPoints.empty()) return MACutPointsAreGood;
+    if (cutPoints.size() != categorical.size()) return MACutPointsDiffer;
+    for (std::size_t slot = 0; slot < cutPoints.size(); ++slot) {
+        const std::vector<double>& list = cutPoints[slot];
+        if (categorical[slot] != 0) continue;
+        if (!MCDetail::IsStrictlyAscending(list.begin(), list.end())) {
+            return static_cast<int>(slot);
+        }
+    }
+    return MACutPointsAreGood;
+}
+
+}  // namespace
+
+int MAFindBadCutPoints(const MCVarList& varList,
+                       const std::vector<std::vector<double>>& cutPoints) {
+    std::vector<std::int16_t> categorical;
+    const int size = static_cast<int>(varList.Size());
+    for (int position = 0; position < size; ++position) {
+        if (varList.GetVariableRole(position) != IMCVariable::VariableRoleInput) continue;
+        const int level = varList.GetVarAt(position)->GetMeasureLevel();
+        categorical.push_back(MCMTD_NAMESPACE::IsCategoricalLevel(level) ? 1 : 0);
+    }
+    return FindBadCutPoints(categorical, cutPoints);
+}
+
+bool MADistStatsImp::CutPointsAreValid(const std::vector<int>& /*varIndex*/,
                                        const std::vector<std::int16_t>& categorical,
                                        const std::vector<std::vector<double>>& cutPoints) {
-    if (cutPoints.size() != varIndex.size()) return cutPoints.empty();
-    for (std::size_t slot = 0; slot < cutPoints.size(); ++slot) {
-        if (categorical[slot] != 0) continue;
-        if (!MADetail::IsStrictlyAscending(cutPoints[slot])) return false;
-    }
-    return true;
+    return FindBadCutPoints(categorical, cutPoints) == MACutPointsAreGood;
 }
 
 void MADistStatsImp::UseExistingCutPoints(const MCVarList& /*varList*/,

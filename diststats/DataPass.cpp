@@ -20,14 +20,16 @@ MCStatus MADistStatsImp::MakeADataPass(const MCVarList& varList, MultiPassRecord
     MADetail::Accumulators pass(mVarIndex, mCategorical, mCutPoints);
     mPass = &pass;
     MCStatus status;
-    const int recordSize = static_cast<int>(varList.Size());
     for (unsigned long counter = 0; status.IsOK() && iter.HasMoreRecords(); ++counter) {
         if (counter % kRecordsPerPoll == 0 && mQueryCancel && mQueryCancel->QueryCancel()) {
             status = {MAStatusCancelled, false};
         } else if (const Record* record = iter.GetNextRecord(); !record) {
             const bool stopped = iter.GetErrorState() == MultiPassRecordIter::ErrorStateCancelled;
             status = {stopped ? MAStatusCancelled : MAStatusRecordSource, false};
-        } else if (record->Size() != recordSize) {
+        } else if (record->Size() != static_cast<int>(varList.Size()) ||
+                   record->Size() <= mVarIndex.back()) {
+            // The list is the caller's, and may have become shorter since the variables were
+            // collected.
             status = {MAStatusRecordSize, false};
         } else {
             status = ProcessRecord(varList, *record, updateSummaries, updateBins);

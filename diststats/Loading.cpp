@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "accredit/diststats/MADistStatsImp.h"
-#include "accredit/diststats/internal/StrictlyAscending.h"
+#include "accredit/host/internal/StrictlyAscending.h"
 
 using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCUniStats;
@@ -18,9 +18,15 @@ bool AreFrequencies(const std::vector<double>& values) {
     return std::all_of(values.begin(), values.end(), [](double value) { return value >= 0.0; });
 }
 
-// Whether a number that is cut off to a whole one fits the count of a summary.
-bool IsCaseCount(double cases) {
-    return cases > -1.0 && cases < std::ldexp(1.0, std::numeric_limits<unsigned long>::digits);
+// A number of cases without its fraction as the count of a summary; false if it does not fit. The
+// largest count becomes one more as a double, and comes back from there.
+bool TakeCaseCount(double cases, unsigned long& count) {
+    constexpr unsigned long kMost = std::numeric_limits<unsigned long>::max();
+    constexpr auto kMostAsDouble = static_cast<double>(kMost);
+    const double whole = std::trunc(cases);
+    if (!(whole >= 0.0 && whole <= kMostAsDouble)) return false;
+    count = whole == kMostAsDouble ? kMost : static_cast<unsigned long>(whole);
+    return true;
 }
 
 // The cut points between the margins of an MCUniStats; false if these are malformed.
@@ -39,7 +45,7 @@ bool TakeCutPoints(const std::vector<double>& margins, std::vector<double>& cutP
 
 bool MADistStatsImp::SetFreqs(unsigned int slot, const std::vector<double>& frequencies) {
     if (slot >= GetVarCount() || mCategorical[slot] == 0) return false;
-    const int categories = mVarList.GetVarAt(mVarIndex[slot])->GetNumCategories();
+    const int categories = GetVarList().GetVarAt(mVarIndex[slot])->GetNumCategories();
     if (categories < 0 || frequencies.size() != static_cast<std::size_t>(categories) ||
         !AreFrequencies(frequencies)) {
         return false;
@@ -53,7 +59,9 @@ bool MADistStatsImp::SetFreqs(unsigned int slot, const std::vector<double>& freq
     if (slot >= GetVarCount() || mCategorical[slot] != 0) return false;
     const std::size_t bins = frequencies.size();
     if (bins == 1 || cutPoints.size() != (bins == 0 ? 0 : bins - 1)) return false;
-    if (!AreFrequencies(frequencies) || !MADetail::IsStrictlyAscending(cutPoints)) return false;
+    if (!AreFrequencies(frequencies) ||
+        !MCDetail::IsStrictlyAscending(cutPoints.begin(), cutPoints.end()))
+        return false;
     // Both are copied before either is replaced, so that they stay a pair if memory runs out.
     std::vector<double> newFrequencies = frequencies;
     std::vector<double> newCutPoints = cutPoints;
@@ -91,7 +99,7 @@ bool MADistStatsImp::SetSummStats(unsigned int slot, unsigned long count, double
 bool MADistStatsImp::SetAllStats(const MCUniStats& stats) {
     const int position = mVarList.FindVariable(stats.GetVarName());
     if (position < 0) return false;
-    const IMCVariable& variable = *mVarList.GetVarAt(position);
+    const IMCVariable& variable = *GetVarList().GetVarAt(position);
     if (variable.GetRole() != IMCVariable::VariableRoleInput) return false;
     const bool categorical = MCMTD_NAMESPACE::IsCategoricalLevel(variable.GetMeasureLevel());
     if (categorical != stats.IsCategorical()) return false;
@@ -100,8 +108,8 @@ bool MADistStatsImp::SetAllStats(const MCUniStats& stats) {
     if (found == mVarIndex.end() || *found != position) return false;
     const auto slot = static_cast<unsigned int>(found - mVarIndex.begin());
 
-    if (!IsCaseCount(stats.GetNumberOfCases())) return false;
-    const auto count = static_cast<unsigned long>(stats.GetNumberOfCases());
+    unsigned long count = 0;
+    if (!TakeCaseCount(stats.GetNumberOfCases(), count)) return false;
     const VarSummary before = mSummaries[slot];
     try {
         if (categorical) {

@@ -43,6 +43,9 @@ MADistStatsImp::MADistStatsImp(const MCVarList& varList, MultiPassRecordIter& it
         status = MakeADataPass(varList, iter, false, true);
         if (!status.IsOK()) throw status;
     }
+    if (static_cast<int>(varList.Size()) <= mVarIndex.back()) {
+        throw MCStatus(MAStatusRecordSize, false);
+    }
     mVarList = varList;
 }
 

@@ -57,8 +57,11 @@ public:
     /// or beyond what a 32-bit integer holds, NaN and infinities included, is not counted. Of a
     /// continuous variable only the missing value is left out.
     ///
+    /// `varList` is asked for its size at every record; a list that changes in the meantime must
+    /// keep its input variables, and one that is found without them is MAStatusRecordSize.
     /// `queryCancel` may be null; it is asked before every 20th record, from the first on.
-    /// Throws MCStatus: MAStatusNoInputVars, MAStatusBadCutPoints, MAStatusRecordSource,
+    /// Throws MCStatus: MAStatusNoInputVars, MAStatusBadCutPoints (MAFindBadCutPoints tells which
+    /// variable it is), MAStatusRecordSource,
     /// MAStatusRecordSize, MAStatusCancelled; nothing of the statistics survives.
     MADistStatsImp(const MCMTD_NAMESPACE::MCVarList& varList, MCCommon::MultiPassRecordIter& iter,
                    const std::vector<std::vector<double>>& cutPoints, MCQueryCancel* queryCancel);
@@ -130,8 +133,11 @@ public:
     /// Loads all that a stored document says of one variable, which is found by its name. Takes
     /// time logarithmic in the number of variables.
     ///
+    /// The number of cases loses its fraction; 2^64, which is what the largest unsigned long
+    /// becomes as a double and in a document, is taken for that again.
+    ///
     /// False, and nothing changes, if the list has no input variable of this name and kind, if
-    /// the number of cases does not fit an unsigned long once its fraction is cut off, if the bins
+    /// the number of cases is -1 or less, above 2^64 or a NaN, if the bins
     /// of a continuous variable are not open on the left, or if SetSummStats refuses. False is also
     /// the answer if SetFreqs then refuses, or if margins do not begin and end with
     /// MCMV::Missing() and hold at least one cut point in between (see MCUniStats); the summary is
@@ -148,8 +154,9 @@ public:
     /// cancellation query is asked once a variable.
     ///
     /// Gives MAStatusExportFailed if the document could not hold a name, a category or a number
-    /// (see MCPMMLExporter), or MAStatusCancelled; nothing has then been written. The state of the
-    /// stream is not looked at: whether it took the document, the caller asks the stream.
+    /// (see MCPMMLExporter; MAFindExportProblem tells which variable it is), or MAStatusCancelled;
+    /// nothing has then been written. The state of the stream is not looked at: whether it took the
+    /// document, the caller asks the stream.
     MCCommon::MCStatus ExportAsXML(const MCApplicInfo4XML* info, std::ostream& out) const;
 
 private:

@@ -13,7 +13,7 @@ namespace MCMTD_NAMESPACE {
 class ACCREDIT_EXPORT IMCEncoder {
 public:
     /// What the category values are. Every value other than ValueTypeNumber means strings.
-    enum ValueType {
+    enum ValueType : int {
         ValueTypeString = 1,
         ValueTypeNumber = 2,
     };

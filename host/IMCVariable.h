@@ -15,9 +15,9 @@ namespace MCMTD_NAMESPACE {
 /// for them at once.
 class ACCREDIT_EXPORT IMCVariable {
 public:
-    /// What a variable is for. Only input variables are summarised and matched; all other roles,
-    /// those that an application adds included, are treated alike.
-    enum VariableRole {
+    /// What a variable is for. Only input variables are summarised and matched; all other roles are
+    /// treated alike, and an application may add its own: every int is a role.
+    enum VariableRole : int {
         VariableRoleNone = 0,
         VariableRoleTarget = 1,
         VariableRoleInput = 4,
@@ -25,7 +25,7 @@ public:
 
     /// Measurement levels. Nominal and ordinal variables are categorical; every other value, those
     /// that an application adds included, is continuous.
-    enum MeasureLevel {
+    enum MeasureLevel : int {
         MeasureLevelContinuous = 1,
         MeasureLevelNominal = 2,
         MeasureLevelOrdinal = 3,

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "accredit/host/MCMV.h"
 
@@ -12,13 +13,17 @@ MCNumberEncoder::MCNumberEncoder(const std::vector<double>& categories) {
 }
 
 MCNumberEncoder::MCNumberEncoder(const MCNumberEncoder& other) = default;
-MCNumberEncoder::MCNumberEncoder(MCNumberEncoder&& other) noexcept = default;
+MCNumberEncoder::MCNumberEncoder(MCNumberEncoder&& other) noexcept {
+    mCategories.swap(other.mCategories);
+    mCodes.swap(other.mCodes);
+    std::swap(mNaNCode, other.mNaNCode);
+}
 MCNumberEncoder::~MCNumberEncoder() = default;
 
 MCNumberEncoder& MCNumberEncoder::operator=(MCNumberEncoder other) noexcept {
     mCategories.swap(other.mCategories);
     mCodes.swap(other.mCodes);
-    mNaNCode = other.mNaNCode;
+    std::swap(mNaNCode, other.mNaNCode);
     return *this;
 }
 
@@ -48,7 +53,7 @@ double MCNumberEncoder::EncodeString(const std::string& /*value*/) const { retur
 
 double MCNumberEncoder::EncodeNumber(double value) const { return Find(value); }
 
-// A NaN is kept apart: in a hash map it would equal nothing, not even itself.
+// A NaN is kept apart: it is neither below nor above anything, not even itself.
 int MCNumberEncoder::Find(double value) const {
     if (std::isnan(value)) return mNaNCode;
     const auto found = mCodes.find(value);
@@ -58,8 +63,8 @@ int MCNumberEncoder::Find(double value) const {
 std::string MCNumberEncoder::DecodeString(int /*code*/) const { return {}; }
 
 double MCNumberEncoder::DecodeNumber(int code) const {
-    if (code < 0 || code >= GetNumCategories()) return MCMV::Missing();
-    return mCategories[static_cast<std::size_t>(code)];
+    const auto index = static_cast<std::size_t>(code);
+    return code >= 0 && index < mCategories.size() ? mCategories[index] : MCMV::Missing();
 }
 
 }  // namespace MCMTD_NAMESPACE

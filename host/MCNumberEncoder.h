@@ -1,7 +1,7 @@
 #pragma once
 
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "accredit/host/AccreditExport.h"
@@ -20,7 +20,7 @@ public:
     explicit MCNumberEncoder(const std::vector<double>& categories);
 
     MCNumberEncoder(const MCNumberEncoder& other);      ///< A whole copy.
-    MCNumberEncoder(MCNumberEncoder&& other) noexcept;  ///< Takes over.
+    MCNumberEncoder(MCNumberEncoder&& other) noexcept;  ///< Takes over; `other` is left empty.
     /// The same. If memory runs out, the encoder stays as it was.
     MCNumberEncoder& operator=(MCNumberEncoder other) noexcept;
     ~MCNumberEncoder() override;
@@ -42,7 +42,7 @@ private:
     int Find(double value) const;
 
     std::vector<double> mCategories;
-    std::unordered_map<double, int> mCodes;
+    std::map<double, int> mCodes;
     int mNaNCode = -1;
 };
 

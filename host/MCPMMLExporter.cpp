@@ -1,13 +1,13 @@
 #include "accredit/host/MCPMMLExporter.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 #include <set>
 #include <utility>
 
 #include "accredit/host/internal/PMMLElements.h"
+#include "accredit/host/internal/PMMLValues.h"
 #include "accredit/host/internal/PMMLVocabulary.h"
-#include "accredit/host/internal/XMLText.h"
 
 using MCCommon::MCStatus;
 using MCMTD_NAMESPACE::IMCEncoder;
@@ -44,14 +44,6 @@ ElementPtr MakeHeader(const MCApplicInfo4XML* info, const std::string& descripti
         Adopt(*header, std::move(timestamp));
     }
     return header;
-}
-
-// The text of a category in documents, or nothing for a number that has none.
-std::optional<std::string> CategoryText(const IMCEncoder& encoder, bool numbers, int code) {
-    if (!numbers) return encoder.DecodeString(code);
-    const double number = encoder.DecodeNumber(code);
-    if (!std::isfinite(number)) return std::nullopt;
-    return FormatNumber(number);
 }
 
 const std::string& OptypeOf(int measureLevel) {
@@ -97,6 +89,16 @@ MCStatus MCPMMLExporter::ExportDataDictionary(const MCVarList& varList,
         if (index >= 0 && index < size) wanted[static_cast<std::size_t>(index)] = true;
     }
 
+    int categories = 0;
+    for (int index = 0; index < size; ++index) {
+        const bool categorical =
+            wanted[static_cast<std::size_t>(index)] &&
+            MCMTD_NAMESPACE::IsCategoricalLevel(varList.GetVarAt(index)->GetMeasureLevel());
+        if (categorical && !CountFieldValues(*varList.GetEncoderAt(index), categories)) {
+            return Deliver(nullptr, element);
+        }
+    }
+
     mCategories.clear();
     ElementPtr dictionary = NewElement(gDataDictionary);
     for (int index = 0; index < size; ++index) {
@@ -137,23 +139,23 @@ bool MCPMMLExporter::AddCategories(const IMCEncoder& encoder, XMLElement& field,
                                    Categories& categories) {
     const bool numbers = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
     field.SetAttribute(gDataType, numbers ? gDouble : gString);
-    const int count = std::max(encoder.GetNumCategories(), 0);
+    const FieldValues values = ReadFieldValues(encoder, mMissingValues);
+    if (values.unheld >= 0 || values.repeated >= 0) return false;
     std::optional<std::string> array = std::string();
-    for (int code = 0; code < count; ++code) {
-        const std::optional<std::string> text = CategoryText(encoder, numbers, code);
+    for (const std::string& text : values.texts) {
         ElementPtr value = NewElement(gValue);
-        if (!text || !value->SetAttribute(gValueAttribute, *text)) return false;
+        value->SetAttribute(gValueAttribute, text);
         Adopt(field, std::move(value));
 
-        const std::optional<std::string> token = array ? ArrayToken(*text) : std::nullopt;
+        const std::optional<std::string> token = array ? ArrayToken(text) : std::nullopt;
         if (token) {
-            if (code > 0) *array += ' ';
+            if (!array->empty()) *array += ' ';
             *array += *token;
         } else {
             array.reset();
         }
     }
-    categories = {static_cast<std::size_t>(count), std::move(array)};
+    categories = {values.texts.size(), std::move(array)};
     return true;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "accredit/host/AccreditExport.h"
@@ -20,10 +20,14 @@
 ///
 /// An element goes to the caller, who owns it, through the last argument; it must be null before
 /// the call. What a document cannot hold makes a step fail, with MAStatusExportFailed, and the last
-/// argument then stays null: texts that XML cannot hold (see XMLElement), and infinities and NaN,
-/// which would be lost or would not be valid. An exporter is used by one thread at a time.
+/// argument then stays null (MAFindExportProblem finds the variable): texts that XML cannot hold
+/// (see XMLElement), and infinities and NaN, which would be lost or would not be valid. An exporter
+/// is used by one thread at a time.
 class ACCREDIT_EXPORT MCPMMLExporter {
 public:
+    /// How many categories the fields of one document have together, at most.
+    static constexpr int kMaxCategories = 4'000'000;
+
     /// The query may be null. The steps are short and do not ask it.
     explicit MCPMMLExporter(MCQueryCancel* queryCancel);
     ~MCPMMLExporter();
@@ -45,7 +49,9 @@ public:
     /// The data dictionary of the variables whose positions in the list are among `listIndexes`,
     /// in list order; positions that do not exist are passed over. A categorical variable's field
     /// has the values of its encoder, in code order; its type is double or string after theirs.
-    /// Fails also if no variable is left, or if two have the same name.
+    /// Fails also if no variable is left, if two have the same name, if a field would have a value
+    /// twice, missing values included, or if the encoders together claim more than kMaxCategories;
+    /// no encoder is then asked for a category.
     MCCommon::MCStatus ExportDataDictionary(const MCMTD_NAMESPACE::MCVarList& varList,
                                             const std::vector<int>& listIndexes,
                                             MCXML_NAMESPACE::XMLElement*& element);
@@ -79,9 +85,9 @@ private:
 
     std::unique_ptr<MCXML_NAMESPACE::XMLElement> MakeDataField(
         const MCMTD_NAMESPACE::MCVarList& varList, int listIndex);
-    static bool AddCategories(const MCMTD_NAMESPACE::IMCEncoder& encoder,
-                              MCXML_NAMESPACE::XMLElement& field, Categories& categories);
+    bool AddCategories(const MCMTD_NAMESPACE::IMCEncoder& encoder,
+                       MCXML_NAMESPACE::XMLElement& field, Categories& categories);
 
     std::vector<std::string> mMissingValues;
-    std::unordered_map<std::string, Categories> mCategories;
+    std::map<std::string, Categories> mCategories;
 };

@@ -11,7 +11,11 @@ MCStringEncoder::MCStringEncoder(const std::vector<std::string>& categories) {
 }
 
 MCStringEncoder::MCStringEncoder(const MCStringEncoder& other) = default;
-MCStringEncoder::MCStringEncoder(MCStringEncoder&& other) noexcept = default;
+MCStringEncoder::MCStringEncoder(MCStringEncoder&& other) noexcept {
+    mCategories.swap(other.mCategories);
+    mCodes.swap(other.mCodes);
+}
+
 MCStringEncoder::~MCStringEncoder() = default;
 
 MCStringEncoder& MCStringEncoder::operator=(MCStringEncoder other) noexcept {
@@ -46,8 +50,8 @@ double MCStringEncoder::EncodeString(const std::string& value) const {
 double MCStringEncoder::EncodeNumber(double /*value*/) const { return -1.0; }
 
 std::string MCStringEncoder::DecodeString(int code) const {
-    if (code < 0 || code >= GetNumCategories()) return {};
-    return mCategories[static_cast<std::size_t>(code)];
+    const auto index = static_cast<std::size_t>(code);
+    return code >= 0 && index < mCategories.size() ? mCategories[index] : std::string();
 }
 
 double MCStringEncoder::DecodeNumber(int /*code*/) const { return MCMV::Missing(); }

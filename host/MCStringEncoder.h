@@ -1,7 +1,7 @@
 #pragma once
 
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "accredit/host/AccreditExport.h"
@@ -19,7 +19,7 @@ public:
     explicit MCStringEncoder(const std::vector<std::string>& categories);
 
     MCStringEncoder(const MCStringEncoder& other);      ///< A whole copy.
-    MCStringEncoder(MCStringEncoder&& other) noexcept;  ///< Takes over.
+    MCStringEncoder(MCStringEncoder&& other) noexcept;  ///< Takes over; `other` is left empty.
     /// The same. If memory runs out, the encoder stays as it was.
     MCStringEncoder& operator=(MCStringEncoder other) noexcept;
     ~MCStringEncoder() override;
@@ -39,7 +39,7 @@ public:
 
 private:
     std::vector<std::string> mCategories;
-    std::unordered_map<std::string, int> mCodes;
+    std::map<std::string, int> mCodes;
 };
 
 }  // namespace MCMTD_NAMESPACE

@@ -9,14 +9,36 @@
 namespace MCMTD_NAMESPACE {
 
 MCVarList::MCVarList() = default;
-MCVarList::MCVarList(const MCVarList& other) = default;
-MCVarList::MCVarList(MCVarList&& other) noexcept = default;
-MCVarList& MCVarList::operator=(MCVarList&& other) noexcept = default;
 MCVarList::~MCVarList() = default;
+
+MCVarList::MCVarList(const MCVarList& other) : mEntries(other.mEntries) {
+    if (!other.mNamesMayChange) {
+        mPositions = other.mPositions;
+        return;
+    }
+    int position = 0;
+    for (const Entry& entry : mEntries) {
+        mPositions.emplace(entry.variable.Get()->GetName(), position++);
+    }
+}
+
+MCVarList::MCVarList(MCVarList&& other) noexcept { Swap(other); }
 
 MCVarList& MCVarList::operator=(const MCVarList& other) {
     if (this != &other) *this = MCVarList(other);
     return *this;
+}
+
+MCVarList& MCVarList::operator=(MCVarList&& other) noexcept {
+    MCVarList taken(std::move(other));
+    Swap(taken);
+    return *this;
+}
+
+void MCVarList::Swap(MCVarList& other) noexcept {
+    mEntries.swap(other.mEntries);
+    mPositions.swap(other.mPositions);
+    std::swap(mNamesMayChange, other.mNamesMayChange);
 }
 
 void MCVarList::AddShared(std::shared_ptr<IMCVariable> variable,
@@ -55,6 +77,7 @@ const IMCVariable* MCVarList::GetVarAt(int position) const {
 }
 
 IMCVariable* MCVarList::GetVarAt(int position) {
+    mNamesMayChange = true;
     const Entry* entry = EntryAt(position);
     return entry ? entry->variable.Get() : nullptr;
 }
@@ -66,6 +89,13 @@ const IMCEncoder* MCVarList::GetEncoderAt(int position) const {
 }
 
 int MCVarList::FindVariable(const std::string& name) const {
+    if (mNamesMayChange) {
+        const auto named = [&name](const Entry& entry) {
+            return entry.variable.Get()->GetName() == name;
+        };
+        const auto first = std::find_if(mEntries.begin(), mEntries.end(), named);
+        return first == mEntries.end() ? -1 : static_cast<int>(first - mEntries.begin());
+    }
     const auto found = mPositions.find(name);
     return found == mPositions.end() ? -1 : found->second;
 }

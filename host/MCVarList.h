@@ -1,8 +1,8 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -28,13 +28,12 @@ public:
     MCVarList(MCVarList&& other) noexcept;
     /// A copy. If memory runs out, the list stays as it was.
     MCVarList& operator=(const MCVarList& other);
-    /// Takes over; `other` is left empty.
+    /// Takes over; `other` is left empty, unless it is this list, which stays as it is.
     MCVarList& operator=(MCVarList&& other) noexcept;
     virtual ~MCVarList();
 
     /// Appends a variable without an encoder. `Variable` is any copyable class derived from
-    /// IMCVariable; every copy of the list copies it with its own copy constructor. The name is
-    /// read here, once.
+    /// IMCVariable; every copy of the list copies it with its own copy constructor.
     template <class Variable>
     void Add(Variable variable) {
         Append(Owned<IMCVariable>(std::move(variable)), Owned<IMCEncoder>());
@@ -48,8 +47,8 @@ public:
     }
 
     /// Appends a variable and an encoder that all copies of the list share with the caller, for
-    /// classes that cannot be copied and for encoders that grow while data is read. A null
-    /// variable is not added, a null encoder is none.
+    /// classes that cannot be copied and for encoders that grow while data is read. The variable's
+    /// name must stay. A null variable is not added, a null encoder is none.
     void AddShared(std::shared_ptr<IMCVariable> variable,
                    std::shared_ptr<IMCEncoder> encoder = nullptr);
 
@@ -61,7 +60,9 @@ public:
 
     /// The variable at this position, null if there is no such position.
     const IMCVariable* GetVarAt(int position) const;
-    /// The same, for changing it; its name must stay.
+    /// The same, for changing it. Its name may change as well, unless it was added by AddShared;
+    /// for that FindVariable asks every variable for its name from now on, in this list and in one
+    /// that it is moved to, but not in copies.
     IMCVariable* GetVarAt(int position);
 
     /// The encoder of the variable at this position. Never null: a variable without one and a
@@ -69,7 +70,8 @@ public:
     const IMCEncoder* GetEncoderAt(int position) const;
 
     /// The position of the first variable of this name, case-sensitive, or -1 if there is none.
-    /// Takes constant time on average.
+    /// Takes time logarithmic in the number of variables, or linear once the other GetVarAt was
+    /// called.
     int FindVariable(const std::string& name) const;
 
     /// The role of the variable at this position, VariableRoleNone if there is no such position.
@@ -114,11 +116,14 @@ private:
         Owned<IMCEncoder> encoder;
     };
 
+    void Swap(MCVarList& other) noexcept;
     void Append(Owned<IMCVariable> variable, Owned<IMCEncoder> encoder);
     const Entry* EntryAt(int position) const;
 
     std::vector<Entry> mEntries;
-    std::unordered_map<std::string, int> mPositions;
+    // The first position of each name; of no use once names may have changed.
+    std::map<std::string, int> mPositions;
+    bool mNamesMayChange = false;
 };
 
 }  // namespace MCMTD_NAMESPACE

@@ -11,7 +11,7 @@ class ACCREDIT_EXPORT MultiPassRecordIter {
 public:
     /// What GetErrorState tells after GetNextRecord gave null. Every value other than
     /// ErrorStateCancelled is a failure of the source.
-    enum ErrorState {
+    enum ErrorState : int {
         ErrorStateNone = 0,
         ErrorStateFailed = 1,
         ErrorStateCancelled = 2,

@@ -7,6 +7,7 @@
 
 #include "accredit/host/MCMV.h"
 #include "accredit/host/internal/PMMLVocabulary.h"
+#include "accredit/host/internal/StrictlyAscending.h"
 #include "accredit/host/internal/XMLText.h"
 
 using MCMTD_NAMESPACE::MCUniStats;
@@ -28,15 +29,20 @@ bool IsExactCount(double value) {
     return IsCount(value) && value <= kExactLimit && !std::signbit(value);
 }
 
+bool AreFinite(const std::vector<double>& values) {
+    return std::all_of(values.begin(), values.end(),
+                       [](double value) { return std::isfinite(value); });
+}
+
 double Sum(const std::vector<double>& values) {
     double sum = 0.0;
     for (const double value : values) sum += value;
     return sum;
 }
 
-bool SetNumber(XMLElement& element, const std::string& name, double value) {
-    if (MCMV::IsMissing(value)) return true;
-    return std::isfinite(value) && element.SetAttribute(name, FormatNumber(value));
+// A missing number is left out.
+void SetNumber(XMLElement& element, const std::string& name, double value) {
+    if (!MCMV::IsMissing(value)) element.SetAttribute(name, FormatNumber(value));
 }
 
 ElementPtr MakeArray(std::size_t size, const std::string& type, const std::string& text) {
@@ -52,15 +58,12 @@ class Frequencies {
 public:
     Frequencies(const MCUniStats& stats, std::size_t minimum) : mValues(stats.GetFrequencies()) {
         if (mValues.size() < minimum) mValues.resize(minimum, 0.0);
-        mFinite = std::all_of(mValues.begin(), mValues.end(),
-                              [](double value) { return std::isfinite(value); });
         mCounts = std::all_of(mValues.begin(), mValues.end(), IsExactCount);
         const double sum = Sum(mValues);
         mRegular = sum == stats.GetNumberOfCases() && (!mCounts || sum <= kExactLimit);
     }
 
     std::size_t Size() const { return mValues.size(); }
-    bool AreFinite() const { return mFinite; }
     bool AreCounts() const { return mCounts; }
 
     // Whether they sum to the number of cases, as other readers expect.
@@ -84,32 +87,34 @@ public:
 
 private:
     std::vector<double> mValues;
-    bool mFinite = false;
     bool mCounts = false;
     bool mRegular = false;
 };
 
-// The total includes the missing data. A sum that gives other cases back is refused.
-ElementPtr MakeCounts(const MCUniStats& stats) {
+double MissingOf(const MCUniStats& stats) { return stats.HasMissing() ? stats.GetMissing() : 0.0; }
+
+// The total includes the missing data, and must give the cases back.
+bool CountsAreGood(const MCUniStats& stats) {
     const double cases = stats.GetNumberOfCases();
-    const double missing = stats.HasMissing() ? stats.GetMissing() : 0.0;
-    const double total = cases + missing;
-    if (!IsCount(cases) || !IsCount(missing) || total - missing != cases) return nullptr;
+    const double missing = MissingOf(stats);
+    return IsCount(cases) && IsCount(missing) && cases + missing - missing == cases;
+}
+
+ElementPtr MakeCounts(const MCUniStats& stats) {
+    const double missing = MissingOf(stats);
     ElementPtr counts = NewElement(gCounts);
-    counts->SetAttribute(gTotalFreq, FormatWhole(std::abs(total)));
-    if (stats.HasMissing()) {
-        counts->SetAttribute(gMissingFreq, FormatWhole(std::abs(missing)));
-    }
+    counts->SetAttribute(gTotalFreq, FormatWhole(std::abs(stats.GetNumberOfCases() + missing)));
+    if (stats.HasMissing()) counts->SetAttribute(gMissingFreq, FormatWhole(std::abs(missing)));
     return counts;
 }
 
 ElementPtr MakeNumericInfo(const MCUniStats::SummStats& summStats) {
     ElementPtr info = NewElement(gNumericInfo);
-    const bool good = SetNumber(*info, gMinimum, summStats.min) &&
-                      SetNumber(*info, gMaximum, summStats.max) &&
-                      SetNumber(*info, gMean, summStats.mean) &&
-                      SetNumber(*info, gStandardDeviation, summStats.stdDev);
-    return good ? std::move(info) : nullptr;
+    SetNumber(*info, gMinimum, summStats.min);
+    SetNumber(*info, gMaximum, summStats.max);
+    SetNumber(*info, gMean, summStats.mean);
+    SetNumber(*info, gStandardDeviation, summStats.stdDev);
+    return info;
 }
 
 bool HasAny(const MCUniStats::SummStats& summStats) {
@@ -120,7 +125,6 @@ bool HasAny(const MCUniStats::SummStats& summStats) {
 ElementPtr MakeDiscrStats(const MCUniStats& stats, std::size_t valueCount,
                           const std::string* valueArray) {
     const Frequencies frequencies(stats, valueCount);
-    if (!frequencies.AreFinite()) return nullptr;
     ElementPtr discrStats = NewElement(gDiscrStats);
     if (!frequencies.AreRegular()) {
         frequencies.AddExtensionTo(*discrStats);
@@ -133,24 +137,9 @@ ElementPtr MakeDiscrStats(const MCUniStats& stats, std::size_t valueCount,
     return discrStats;
 }
 
-// A margin may be missing at either end of the list only; the others are finite and ascend.
-bool MarginsAreGood(const std::vector<double>& margins, std::size_t bins) {
-    if (bins == 0 || margins.size() != bins + 1) return false;
-    const bool openEnd = MCMV::IsMissing(margins.back());
-    const auto end = openEnd ? margins.end() - 1 : margins.end();
-    const bool finite =
-        std::all_of(margins.begin(), end, [](double margin) { return std::isfinite(margin); });
-    // The missing value lies below all others, so an open start needs no care.
-    const bool ascending = std::adjacent_find(margins.begin(), end, [](double left, double right) {
-                               return !(left < right);
-                           }) == end;
-    return finite && ascending;
-}
-
 ElementPtr MakeContStats(const MCUniStats& stats) {
     const Frequencies frequencies(stats, 0);
     const std::vector<double>& margins = stats.GetCutPoints();
-    if (!frequencies.AreFinite() || !MarginsAreGood(margins, frequencies.Size())) return nullptr;
     ElementPtr contStats = NewElement(gContStats);
     if (!frequencies.AreRegular()) frequencies.AddExtensionTo(*contStats);
     for (std::size_t bin = 0; bin < frequencies.Size(); ++bin) {
@@ -165,6 +154,25 @@ ElementPtr MakeContStats(const MCUniStats& stats) {
 }
 
 }  // namespace
+
+bool SummaryIsGood(const MCUniStats& stats) {
+    const MCUniStats::SummStats& summStats = stats.GetSummStats();
+    return AreFinite({summStats.min, summStats.max, summStats.mean, summStats.stdDev});
+}
+
+// A margin may be missing at either end of the list only. The missing value is finite and lies
+// below all others, so an open start needs no care.
+bool MarginsAreGood(const MCUniStats& stats) {
+    const std::vector<double>& margins = stats.GetCutPoints();
+    const std::size_t bins = stats.GetFrequencies().size();
+    if (stats.IsCategorical() || (margins.empty() && bins == 0)) return true;
+    if (bins == 0 || margins.size() != bins + 1) return false;
+    const bool openEnd = MCMV::IsMissing(margins.back());
+    return AreFinite(margins) &&
+           IsStrictlyAscending(margins.begin(), openEnd ? margins.end() - 1 : margins.end());
+}
+
+bool FrequenciesAreGood(const MCUniStats& stats) { return AreFinite(stats.GetFrequencies()); }
 
 ElementPtr MakeExtension(const std::string& name, const std::string& value) {
     ElementPtr extension = NewElement(gExtension);
@@ -196,29 +204,17 @@ std::optional<std::string> ArrayToken(const std::string& value) {
 ElementPtr MakeUnivariateStats(const MCUniStats& stats, std::size_t valueCount,
                                const std::string* valueArray) {
     ElementPtr result = NewElement(gUnivariateStats);
-    if (!result->SetAttribute(gField, stats.GetVarName())) return nullptr;
-
-    ElementPtr counts = MakeCounts(stats);
-    if (!counts) return nullptr;
-    Adopt(*result, std::move(counts));
-
+    if (!result->SetAttribute(gField, stats.GetVarName()) || !CountsAreGood(stats) ||
+        !SummaryIsGood(stats) || !MarginsAreGood(stats) || !FrequenciesAreGood(stats)) {
+        return nullptr;
+    }
+    Adopt(*result, MakeCounts(stats));
     if (stats.IsCategorical()) {
-        ElementPtr discrStats = MakeDiscrStats(stats, valueCount, valueArray);
-        if (!discrStats) return nullptr;
-        Adopt(*result, std::move(discrStats));
+        Adopt(*result, MakeDiscrStats(stats, valueCount, valueArray));
         return result;
     }
-
-    if (HasAny(stats.GetSummStats())) {
-        ElementPtr info = MakeNumericInfo(stats.GetSummStats());
-        if (!info) return nullptr;
-        Adopt(*result, std::move(info));
-    }
-    if (!stats.GetCutPoints().empty() || !stats.GetFrequencies().empty()) {
-        ElementPtr contStats = MakeContStats(stats);
-        if (!contStats) return nullptr;
-        Adopt(*result, std::move(contStats));
-    }
+    if (HasAny(stats.GetSummStats())) Adopt(*result, MakeNumericInfo(stats.GetSummStats()));
+    if (!stats.GetFrequencies().empty()) Adopt(*result, MakeContStats(stats));
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <ostream>
 
 #include "accredit/host/internal/XMLText.h"
@@ -11,14 +12,14 @@ namespace MCXML_NAMESPACE {
 namespace {
 
 // Deeper levels are not indented further, or a deep tree would be written as mostly blanks.
-constexpr int kDeepestIndent = 32;
+constexpr std::int64_t kDeepestIndent = 32;
 
-void AppendIndent(std::string& buffer, const ExportFormat& format, int level) {
-    const int levels = std::min(level, kDeepestIndent);
+void AppendIndent(std::string& buffer, const ExportFormat& format, std::int64_t level) {
+    const std::int64_t levels = std::min(level, kDeepestIndent);
     buffer.append(static_cast<std::size_t>(format.indent) * static_cast<std::size_t>(levels), ' ');
 }
 
-void AppendLineStart(std::string& buffer, const ExportFormat& format, int level) {
+void AppendLineStart(std::string& buffer, const ExportFormat& format, std::int64_t level) {
     if (format.indent < 0) return;
     buffer += '\n';
     AppendIndent(buffer, format, level);
@@ -49,7 +50,7 @@ XMLElement::~XMLElement() {
 std::string XMLElement::GetName() const { return mName; }
 
 void XMLElement::WriteTo(std::ostream& out, const ExportFormat& format, int level) const {
-    int depth = std::max(level, 0);
+    std::int64_t depth = std::max(level, 0);
     std::string buffer;
     if (depth == 0 && format.declaration) {
         buffer += R"(<?xml version="1.0" encoding="UTF-8"?>)";

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "accredit/diststats/MAProblems.h"
 #include "fakes/Summaries.h"
 
 namespace {
@@ -29,8 +30,38 @@ TABLE_TEST(DataPass, SummarisesOrRefuses, 5) {
     const long code = fakes::CodeOf([&] {
         got = fakes::Contents(MADistStatsImp(List(row.Text(0)), source, row.Lists(2), nullptr));
     });
-    EXPECT_EQ(code == 0 ? got : std::to_string(code), row.Text(3));
+    const int bad = MAFindBadCutPoints(List(row.Text(0)), row.Lists(2));
+    EXPECT_EQ(code == 180003, bad != MACutPointsAreGood);
+    EXPECT_EQ(code == 0        ? got
+              : code == 180003 ? "180003 at " + std::to_string(bad)
+                               : std::to_string(code),
+              row.Text(3));
     EXPECT_EQ(std::to_string(source.fetches) + ' ' + std::to_string(source.rewinds), row.Text(4));
+}
+
+// A source that shortens the list while it is read: to so many variables, at this question for
+// more.
+class Shortening : public RecordSource {
+public:
+    Shortening(int question, const std::string& rest, const std::vector<Numbers>& rows)
+        : RecordSource(rows), mQuestion(question), mRest(rest) {}
+    bool HasMoreRecords() override {
+        if (--mQuestion == 0) list = List(mRest);
+        return RecordSource::HasMoreRecords();
+    }
+    MCMTD_NAMESPACE::MCVarList list = List("x y");
+
+private:
+    int mQuestion;
+    std::string mRest;
+};
+
+TABLE_TEST(DataPass, AsksTheListForItsSizeAtEveryRecord, 4) {
+    Shortening source(static_cast<int>(row.Number(0)), row.Text(1), row.Lists(2));
+    EXPECT_EQ(fakes::CodeOf([&] {
+                  MADistStatsImp(source.list, source, {{}, {}}, nullptr);
+              }),
+              row.Number(3));
 }
 
 TEST(DataPass, FindsTheSameBinAsALinearSearchForAnyNumberOfCutPoints) {

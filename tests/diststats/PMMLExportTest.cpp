@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "accredit/diststats/MAPredictorDist.h"
+#include "accredit/diststats/MAProblems.h"
 #include "fakes/Documents.h"
 #include "fakes/Summaries.h"
 
@@ -19,7 +20,8 @@ using fakes::Column;
 using fakes::List;
 using fakes::Query;
 
-long CodeOfExport(const MADistStatsImp& stats) {
+template <class Stats>
+long CodeOfExport(const Stats& stats) {
     std::ostringstream out;
     const long code = fakes::CodeOf([&] { return stats.ExportAsXML(nullptr, out); });
     EXPECT_EQ(out.str().empty(), code != 0);
@@ -98,13 +100,22 @@ TEST(PMMLExport, TextsOfRandomBytesComeBackOrAreRefused) {
     EXPECT_LT(held, 3000);
 }
 
-TEST(PMMLExport, WritesNothingIfANumberIsNotFinite) {
-    for (const fakes::Numbers& values :
-         {fakes::ToNumbers("1 2 inf"), {1e308, -1e308}, fakes::ToNumbers("1 2 nan")}) {
-        fakes::RecordSource source(Column(values));
-        const MADistStatsImp stats(List("x"), source, {}, nullptr);
-        EXPECT_EQ(CodeOfExport(stats), 180009) << fakes::ToText(values);
-    }
+// The problem is told as its slot, the name of its kind and the code of a category.
+TABLE_TEST(PMMLExport, IsRefusedOnlyForAVariableThatIsFound, 5) {
+    static const std::vector<std::string> kinds = {
+        "nothing",           "name",    "repeated name", "too many categories", "category",
+        "repeated category", "summary", "cut points",    "frequencies"};
+    const MADistStats stats =
+        row.Text(1).empty()
+            ? MADistStats(new MADistStatsImp(fakes::Loaded(row.Text(0), row.Text(2))))
+            : fakes::Summary(List(row.Text(0)), row.Lists(1));
+    const std::vector<std::string> missing = fakes::Words(row.Text(3), ',');
+    const MAVariableProblem problem = MAFindExportProblem(stats, missing);
+    EXPECT_EQ(std::to_string(problem.slot) + ' ' +
+                  kinds.at(static_cast<std::size_t>(problem.kind)) + ' ' +
+                  std::to_string(problem.category),
+              row.Text(4));
+    EXPECT_TRUE(!missing.empty() || CodeOfExport(stats) == (problem.slot < 0 ? 0 : 180009));
 }
 
 TEST(PMMLExport, AStreamThatIsFullAtAnyByteHoldsTheBeginning) {

@@ -32,9 +32,20 @@ inline std::vector<std::string> Words(const std::string& text, char separator) {
     return words;
 }
 
+/// An encoder of no texts that claims to have so many.
+class ClaimingEncoder : public MCMTD_NAMESPACE::MCStringEncoder {
+public:
+    explicit ClaimingEncoder(double claim) : mClaim(static_cast<int>(claim)) {}
+    int GetNumCategories() const override { return mClaim; }
+
+private:
+    int mClaim;
+};
+
 /// A variable list from words with blanks between them: "x" is a continuous input variable, "x/2"
 /// one of measurement level 2, "c:a,b" and "c#1,2.5" are nominal ones with these texts or numbers
-/// as categories, and what stands in parentheses is no input variable. '' is an empty name or text.
+/// as categories, "c!9" one whose encoder claims to have 9, and what stands in parentheses has a
+/// role that the library does not know. '' is an empty name or text.
 inline MCMTD_NAMESPACE::MCVarList List(const std::string& words) {
     using MCMTD_NAMESPACE::IMCVariable;
     MCMTD_NAMESPACE::MCVarList list;
@@ -42,7 +53,7 @@ inline MCMTD_NAMESPACE::MCVarList List(const std::string& words) {
         const bool input = word[0] != '(';
         if (!input && word.back() != ')') Refuse(word, "has no closing parenthesis");
         if (!input) word = word.substr(1, word.size() - 2);
-        const std::size_t end = std::min(word.find_first_of("/:#"), word.size());
+        const std::size_t end = std::min(word.find_first_of("/:#!"), word.size());
         const char kind = end < word.size() ? word[end] : ' ';
         const std::string rest = word.substr(std::min(end + 1, word.size()));
         const int level = kind == '/' ? static_cast<int>(ToNumber(rest)) : kind == ' ' ? 1 : 2;
@@ -54,10 +65,11 @@ inline MCMTD_NAMESPACE::MCVarList List(const std::string& words) {
         const std::string name = word.substr(0, end);
         const MCMTD_NAMESPACE::MCVariable variable(
             name == "''" ? "" : name, level,
-            input ? IMCVariable::VariableRoleInput : IMCVariable::VariableRoleTarget,
+            input ? IMCVariable::VariableRoleInput : static_cast<IMCVariable::VariableRole>(100),
             static_cast<int>(texts.size()));
         if (kind == '#') list.Add(variable, MCMTD_NAMESPACE::MCNumberEncoder(numbers));
         if (kind == ':') list.Add(variable, MCMTD_NAMESPACE::MCStringEncoder(texts));
+        if (kind == '!') list.Add(variable, ClaimingEncoder(ToNumber(rest)));
         if (kind == ' ' || kind == '/') list.Add(variable);
     }
     return list;

@@ -16,6 +16,15 @@ inline MADistStats Summary(const MCMTD_NAMESPACE::MCVarList& list,
     return MADistStats(new MADistStatsImp(list, source, cutPoints, nullptr));
 }
 
+/// A list with loaded statistics, which have slashes between them.
+inline MADistStatsImp Loaded(const std::string& list, const std::string& statistics) {
+    MADistStatsImp stats(List(list), nullptr);
+    for (const std::string& each : Split(statistics, '/')) {
+        if (!stats.SetAllStats(UniStats(each))) Refuse(each, "was not loaded");
+    }
+    return stats;
+}
+
 /// All that a slot holds: "cases; min max mean deviation; cut points; frequencies".
 template <class Stats>
 std::string Contents(const Stats& stats, unsigned int slot) {

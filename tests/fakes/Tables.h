@@ -7,7 +7,6 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -139,10 +138,9 @@ private:
     std::vector<std::string> mCells;
 };
 
-/// What stands on a line of a table file, and under which section. A section's own line is empty.
+/// A line of a table file and its section, as "[Name]". A section's own line has no text.
 struct TableLine {
-    std::string section;
-    std::string text;
+    std::string section, text;
     int number;
 };
 
@@ -170,29 +168,16 @@ inline std::set<std::string>& TablesRead() {
     return tables;
 }
 
-/// One more test that runs `body`.
+/// One more test, which runs `body`; an exception that leaves it is a failure.
 inline void AddTest(const std::string& suite, const std::string& name, const std::string& path,
-                    int line, std::function<void()> body) {
-    class Test : public testing::Test {
-    public:
-        Test(std::string place, std::function<void()> body)
-            : mPlace(std::move(place)), mBody(std::move(body)) {}
-        void TestBody() override {
-            SCOPED_TRACE(mPlace);
-            try {
-                mBody();
-            } catch (const std::exception& error) {
-                ADD_FAILURE() << error.what();
-            }
-        }
-
-    private:
-        std::string mPlace;
-        std::function<void()> mBody;
+                    int line, const std::function<void()>& body) {
+    struct Test : testing::Test {
+        explicit Test(std::function<void()> test) : run(std::move(test)) {}
+        void TestBody() override { run(); }
+        std::function<void()> run;
     };
-    const std::string place = path + ':' + std::to_string(line);
     testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, path.c_str(), line,
-                          [=]() -> testing::Test* { return new Test(place, body); });
+                          [=]() -> testing::Test* { return new Test(body); });
 }
 
 /// Every section of every table in the folder must have a test, and every row a section.

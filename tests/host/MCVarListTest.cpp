@@ -22,7 +22,7 @@ TEST(MCVarList, FindsNamesAndAnswersForPositionsThatDoNotExist) {
     EXPECT_EQ(list.GetNumInputVars(), 3);
     EXPECT_EQ(list.FindVariable("age"), 1) << "the first of two namesakes";
     EXPECT_LT(list.FindVariable("Age"), 0);
-    EXPECT_EQ(list.GetVariableRole(0), IMCVariable::VariableRoleTarget);
+    EXPECT_EQ(list.GetVariableRole(0), 100) << "a role of an application";
     EXPECT_EQ(list.GetVarAt(3)->GetName(), "age");
     EXPECT_EQ(list.GetEncoderAt(2)->DecodeString(1), "blue");
     EXPECT_EQ(list.GetEncoderAt(1)->GetNumCategories(), 0) << "a variable without an encoder";
@@ -33,7 +33,7 @@ TEST(MCVarList, FindsNamesAndAnswersForPositionsThatDoNotExist) {
     }
 }
 
-// A variable whose name can change, only for telling copies apart.
+// A variable whose name can change.
 class Renamable : public MCVariable {
 public:
     Renamable() : MCVariable(Continuous("")) {}
@@ -64,32 +64,67 @@ TEST(MCVarList, ACopyStandsAloneButSharesWhatIsShared) {
     }
 }
 
-TEST(Encoders, MapBothWaysAndAnswerForTheUnknown) {
-    MCStringEncoder strings({"b", "", "b", "a"});
-    EXPECT_NE(strings.GetValueType(), 2);
-    EXPECT_EQ(strings.GetNumCategories(), 3);
-    EXPECT_EQ(strings.EncodeString("a"), 2.0);
-    EXPECT_EQ(strings.EncodeString("A"), -1.0);
-    EXPECT_EQ(strings.EncodeNumber(0.0), -1.0);
-    EXPECT_EQ(strings.AddCategory("b"), 0);
-    EXPECT_EQ(strings.AddCategory("c"), 3);
-    EXPECT_EQ(strings.DecodeString(3), "c");
-    EXPECT_EQ(strings.DecodeString(4) + strings.DecodeString(-1), "");
-    EXPECT_EQ(strings.DecodeNumber(0), fakes::kMissing);
+TEST(MCVarList, FindsNamesAsTheyAreNow) {
+    MCVarList list = List("a b");
+    for (int i = 0; i < 2; ++i) list.Add(Renamable());
+    const auto rename = [](MCVarList& renamed, int position, const std::string& name) {
+        dynamic_cast<Renamable&>(*renamed.GetVarAt(position)).name = name;
+    };
+    rename(list, 2, "after");
+    EXPECT_EQ(list.FindVariable("after"), 2);
+    EXPECT_EQ(list.FindVariable("before"), 3) << "the other variable of that name";
+    EXPECT_EQ(list.FindVariable("gone"), -1);
+    rename(list, 3, "a");
+    EXPECT_EQ(list.FindVariable("a"), 0);
+    const MCVarList copy(list);
+    MCVarList moved(std::move(list));
+    rename(moved, 2, "later");
+    EXPECT_EQ(copy.FindVariable("after"), 2) << "a copy has variables of its own";
+    EXPECT_EQ(moved.FindVariable("later"), 2);
+    EXPECT_EQ(list.Size(), 0U);
+    EXPECT_EQ(list.FindVariable("a"), -1);
+    MCVarList& self = moved;
+    moved = std::move(self);
+    EXPECT_EQ(moved.Size(), 4U);
+    EXPECT_EQ(moved.FindVariable("b"), 1);
+    list = std::move(moved);
+    EXPECT_EQ(list.FindVariable("later"), 2);
+}
 
-    MCNumberEncoder numbers(fakes::ToNumbers("1 0 2.5 nan -nan"));
-    EXPECT_EQ(numbers.GetValueType(), 2);
-    EXPECT_EQ(numbers.GetNumCategories(), 4);
-    EXPECT_EQ(numbers.EncodeNumber(2.5), 2.0);
-    EXPECT_EQ(numbers.EncodeNumber(-0.0), 1.0);
-    EXPECT_EQ(numbers.EncodeNumber(fakes::ToNumber("nan")), 3.0);
-    EXPECT_EQ(numbers.EncodeNumber(3.0), -1.0);
-    EXPECT_EQ(numbers.EncodeString("1"), -1.0);
-    EXPECT_EQ(numbers.AddCategory(1.0), 0);
-    EXPECT_EQ(numbers.DecodeNumber(2), 2.5);
-    EXPECT_EQ(numbers.DecodeNumber(4), fakes::kMissing);
-    EXPECT_EQ(numbers.DecodeNumber(-1), fakes::kMissing);
-    EXPECT_EQ(numbers.DecodeString(0), "");
+// What an encoder of texts or numbers makes of a cell, as a table has it.
+std::string Answer(const IMCEncoder& encoder, const std::string& question, const fakes::Row& row) {
+    if (question == "EncodeString") return fakes::ToText({encoder.EncodeString(row.Text(2))});
+    if (question == "EncodeNumber") return fakes::ToText({encoder.EncodeNumber(row.Number(2))});
+    if (question == "DecodeString") return encoder.DecodeString(static_cast<int>(row.Number(2)));
+    if (question != "DecodeNumber") fakes::Refuse(question, "is no operation");
+    return fakes::ToText({encoder.DecodeNumber(static_cast<int>(row.Number(2)))});
+}
+
+TABLE_TEST(Encoders, MapBothWaysAndAnswerForTheUnknown, 4) {
+    const MCVarList list = List(row.Text(0));
+    EXPECT_EQ(Answer(*list.GetEncoderAt(0), row.Text(1), row), row.Text(3));
+}
+
+template <class Encoder, class Category>
+void MoveAndAdd(const Category& first, const Category& second) {
+    Encoder source({first, second});
+    Encoder target(std::move(source));
+    EXPECT_EQ(source.GetNumCategories(), 0);
+    EXPECT_EQ(source.AddCategory(second), 0) << "empty and of use";
+    EXPECT_EQ(source.AddCategory(second), 0);
+    EXPECT_EQ(target.AddCategory(second), 1);
+    source = std::move(target);
+    EXPECT_EQ(source.AddCategory(second), 1);
+    EXPECT_EQ(target.GetNumCategories(), 0);
+    EXPECT_EQ(target.AddCategory(second), 0);
+    EXPECT_EQ(target.AddCategory(first), 1);
+}
+
+TEST(Encoders, AreEmptyAfterAMove) {
+    MoveAndAdd<MCStringEncoder, std::string>("a", "b");
+    MoveAndAdd<MCNumberEncoder>(1.0, fakes::ToNumber("nan"));
+    EXPECT_NE(MCStringEncoder().GetValueType(), IMCEncoder::ValueTypeNumber);
+    EXPECT_EQ(MCNumberEncoder().GetValueType(), 2);
 }
 
 TEST(MCTableRecordIter, DeliversRewindsAndShortensTheLastRecord) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <iomanip>
+#include <limits>
 #include <memory>
 #include <pugixml.hpp>
 #include <sstream>
@@ -86,6 +87,7 @@ TEST(XMLElement, WritesChildrenInOrder) {
     EXPECT_EQ(Written(*first, compact, 1), content);
     EXPECT_EQ(Written(*first, {}, 1),
               "  <first>\n    <inner>t<mixed/><twice/></inner>\n  </first>\n");
+    EXPECT_EQ(Written(*first, compact, std::numeric_limits<int>::max()), content);
     compact.indent = 0;
     EXPECT_EQ(Written(*first, compact, -7),
               head + "\n<first>\n<inner>t<mixed/><twice/></inner>\n</first>\n");
