@@ -3,29 +3,35 @@
 #include <limits>
 
 #include "accredit/distfun/MCDistFun.h"
+#include "accredit/distfun/internal/LowerTail.h"
 #include "accredit/distfun/internal/Numerics.h"
 #include "accredit/host/MCMV.h"
 
 namespace MAMath {
 
 using Numerics::ExpOrZero;
+using Numerics::kExponentFloor;
 
 namespace {
 
 constexpr double kTolerance = 1e-14;
 constexpr double kLog10Tolerance = -14.0;
 
-// A limit for both expansions. The series needs more with a shape above 4e11 and x beside it, where
-// the logarithms that scale it have lost all but three digits behind the point: from there on the
+// A limit for both expansions. The series needs more with a shape above 1e12 and x beside it, where
+// the logarithms that scale it have lost all but two digits behind the point: from there on the
 // normal approximation is the better one.
 constexpr int kMaxRounds = 5'000'000;
 constexpr double kNotConverged = std::numeric_limits<double>::quiet_NaN();
 
-// Whether the terms of the series are sure to be still above the tolerance after kMaxRounds. The
-// logarithms of their ratios fall ever more slowly, so that the mean is above the middle one.
+// Above the logarithm of every series that is short enough.
+constexpr double kLargestLogOfSeries = 20.0;
+
+// Whether the terms of the series are sure to move its sum still after kMaxRounds: at most
+// kMaxRounds + 1, it is moved by all above 4.7e-10. The logarithms of their ratios fall ever more
+// slowly, so that the mean is above the middle one.
 bool SeriesIsHopeless(double x, double a) {
     if (a < 1e11) return false;
-    return kMaxRounds * std::log(x / (a + 0.5 * kMaxRounds + 0.5)) > -32.0;
+    return kMaxRounds * std::log(x / (a + 0.5 * kMaxRounds + 0.5)) > -21.0;
 }
 
 // Whether the series is short enough, by an estimate of the number of its terms. It can be too long
@@ -38,20 +44,23 @@ bool SeriesIsShort(double x, double a) {
     const double Z = kLog10Tolerance / L;
     if (!(Z > 0.0)) return true;
     const double n = 2.0 * std::sqrt(Z) + 10.0;
-    return n * n < 2147483647.0 && !SeriesIsHopeless(x, a);
+    return n * n < 2147483647.0;
 }
 
 // 1 + x / (a + 1) + x^2 / ((a + 1) (a + 2)) + ..., which times x^a exp(-x) / gamma(a + 1) is
-// P(a, x); Algorithm AS 239, Abramowitz and Stegun 6.5.29. NaN if it does not converge.
+// P(a, x); Algorithm AS 239, Abramowitz and Stegun 6.5.29. The terms shrink, so that none counts
+// after the first that does not. NaN if it does not converge.
 double LowerTailSeries(double x, double a) {
+    if (SeriesIsHopeless(x, a)) return kNotConverged;
     double b = a;
     double c = 1.0;
     double s = 1.0;
     for (int round = 0; round < kMaxRounds; ++round) {
         b += 1.0;
         c = c * x / b;
+        const double before = s;
         s += c;
-        if (!(c >= kTolerance)) return s;
+        if (s == before || !(c >= kTolerance)) return s;
     }
     return kNotConverged;
 }
@@ -119,6 +128,24 @@ double WilsonHilferty(double x, double a) {
 
 }  // namespace
 
+Numerics::Bounds Numerics::BoundLowerTail(double x, double a) {
+    constexpr double kLongFrom = 1e6;
+    constexpr double kMargin = 1e-6;  // more than the rounding of the series and its logarithm
+    constexpr double kLengths = 5.0;  // how far the first terms are summed, in units of 1 / gap
+
+    if (!(a >= kLongFrom && x > 1.0 && x <= a)) return {};
+    if (!SeriesIsShort(x, a) || SeriesIsHopeless(x, a)) return {};
+    const double scale = a * std::log(x) - (x + MCDistFun::teskdnlgam(a + 1.0));
+    // The ratios of the terms fall: none is above the first, 1 - gap, and m are not below r.
+    const double gap = (a + 1.0 - x) / (a + 1.0);
+    const double m = std::floor(kLengths / gap) + 1.0;
+    const double r = x / (a + m);
+    const double low = std::log((1.0 - std::pow(r, m)) / (1.0 - r)) + scale - kMargin;
+    const double high = -std::log(gap) + scale + kMargin;
+    if (!(high < 0.0)) return {};
+    return {ExpOrZero(low), ExpOrZero(high)};
+}
+
 double MCDistFun::gammad(const double& x, const double& a, const bool& lower, long& code) {
     code = 0;
     if (!(a > 0.0)) {
@@ -143,7 +170,10 @@ double MCDistFun::gammad(const double& x, const double& a, const bool& lower, lo
     } else if (SeriesIsShort(x, a)) {
         const double g = dnlgam(a + 1.0);
         if (!MCMV::IsMissing(g)) {
-            const double R = std::log(LowerTailSeries(x, a)) + (a * lnX - (x + g));
+            const double scale = a * lnX - (x + g);
+            if (scale < kExponentFloor - kLargestLogOfSeries) return lower ? 0.0 : 1.0;
+            // The series is 1 at least.
+            const double R = scale > 0.0 ? scale : std::log(LowerTailSeries(x, a)) + scale;
             if (R <= 0.0) return lower ? ExpOrZero(R) : 1.0 - ExpOrZero(R);
         }
     }

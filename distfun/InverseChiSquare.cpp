@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "accredit/distfun/MCDistFun.h"
+#include "accredit/distfun/internal/LowerTail.h"
 #include "accredit/distfun/internal/Numerics.h"
 #include "accredit/host/MCMV.h"
 
@@ -125,10 +126,11 @@ double MCDistFun::teskidfchi(const double& p, const double& df, long& code) {
     for (int pass = 0; pass < kMaxPasses && ch > 0.0; ++pass) {
         const double q = ch;
         const double h = ch * 0.5;
+        const double E = (xx * kLn2 + g + h) - c * std::log(ch);
+        if (!(E <= kExponentCeiling)) break;
         long gammadCode = 0;
         const double pg = gammad(h, xx, true, gammadCode);
-        const double E = (xx * kLn2 + g + h) - c * std::log(ch);
-        if (gammadCode != 0 || !(E <= kExponentCeiling)) break;
+        if (gammadCode != 0) break;
         ch = TaylorStep(ch, ExpOrZero(E) * (p - pg), c);
         if (std::fabs(q - ch) <= ch * kTolerance) return ch;
     }
@@ -148,22 +150,29 @@ double MCDistFun::idfchb(const double& p, const double& df, const double& start,
     // so that its first call answers for all.
     const double a = df * 0.5;
     long gammadCode = 0;
+    const auto compare = [&](double x) {
+        const Numerics::Bounds bounds = Numerics::BoundLowerTail(x, a);
+        if (bounds.low > p) return 1;
+        if (bounds.high < p) return -1;
+        const double value = gammad(x, a, true, gammadCode);
+        return (value > p) - (value < p);
+    };
     double lo = start * 0.25;
     double hi = start;
-    if (p < gammad(lo, a, true, gammadCode) || gammadCode != 0) {
+    if (compare(lo) > 0 || gammadCode != 0) {
         code = 2;
         return MCMV::Missing();
     }
-    if (gammad(hi, a, true, gammadCode) < p) {
+    if (compare(hi) < 0) {
         hi = 2.0 * hi;
-        if (gammad(hi, a, true, gammadCode) < p) {
+        if (compare(hi) < 0) {
             code = 2;
             return MCMV::Missing();
         }
     }
     double mid = (lo + hi) * 0.5;
     for (int i = 0; i < kMaxHalvings && mid * kRelativeWidth < hi - lo; ++i) {
-        (gammad(mid, a, true, gammadCode) > p ? hi : lo) = mid;
+        (compare(mid) > 0 ? hi : lo) = mid;
         mid = (lo + hi) * 0.5;
     }
     return 2.0 * mid;
