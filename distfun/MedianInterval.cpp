@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -78,7 +79,7 @@ void MCDistFun::Mednci(long n, const std::vector<double>& values,
     if (!wantLevel) return;
     long code = 0;
     const double v = cdfbet(0.5, r, s, code);
-    if (code != 0) return;
+    if (code != 0 || std::isnan(v)) return;
     actual = std::max((v - 0.5) * 200.0, 0.0);
 }
 
