@@ -177,14 +177,9 @@ double MCDistFun::CdfNorm(double x, double mean, double sd) {
     return CdfStdNorm((x - mean) / sd);
 }
 
-double MCDistFun::IdfStdNorm(double p) {
-    if (p <= 0.0 || p >= 1.0) return MCMV::Missing();
-    if (p == 0.5) return 0.0;
-    return OrMissing(probit(p));
-}
+double MCDistFun::IdfStdNorm(double p) { return OrMissing(probit(p)); }
 
 double MCDistFun::IdfNorm(double p, double mean, double sd) {
-    if (p <= 0.0 || p >= 1.0) return MCMV::Missing();
     if (sd <= 0.0 || std::isnan(sd)) return MCMV::Missing();
     if (p == 0.5) return OrMissing(mean);
     const double z = probit(p);

@@ -19,7 +19,7 @@ constexpr double Horner(const std::array<double, N>& coefficients, double x) {
     return value;
 }
 
-/// Below it exp(y) counts as 0, so that no result is denormal.
+/// Below it exp(y) counts as 0, before it is denormal.
 constexpr double kExponentFloor = -708.0;
 
 inline double ExpOrZero(double y) { return y < kExponentFloor ? 0.0 : std::exp(y); }
