@@ -1,10 +1,10 @@
 #include "accredit/accreditation/internal/MAAccreditorImp.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "accredit/accreditation/internal/VariableMatching.h"
 #include "accredit/accreditation/internal/VariableTests.h"
+#include "accredit/accreditation/internal/WeightedMean.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;
@@ -39,33 +39,16 @@ MCStatus MAAccreditorImp::ComputeAccreditation(const MADistStats& refStats,
 
     std::vector<int> matches;
     MCStatus status = MADetail::MatchVariables(refList, ownList, matches);
+    if (status.IsOK()) status = MADetail::CheckWeights(weights, matches.size());
     if (!status.IsOK()) return status;
 
-    if (!weights.empty()) {
-        const bool negative =
-            std::any_of(weights.begin(), weights.end(), [](double weight) { return weight < 0.0; });
-        if (weights.size() != matches.size() || negative) return {MAStatusBadWeights, false};
-    }
-
-    double sum = 0.0;
-    double sumW = 0.0;
+    std::vector<MAVariableResult> results(matches.size());
     for (std::size_t i = 0; i < matches.size(); ++i) {
-        double p = -1.0;
         status = MADetail::TestVariable(static_cast<unsigned int>(i), matches[i], refStats,
-                                        mDistStats, p);
+                                        mDistStats, results[i].pValue);
         if (!status.IsOK()) return status;
-        if (weights.empty()) {
-            sum += p;
-        } else {
-            sum += weights[i] * p;
-            sumW += weights[i];
-        }
     }
-    if (weights.empty()) {
-        mAccreditation = sum / static_cast<double>(matches.size());
-    } else if (sumW > 0.0) {
-        mAccreditation = sum / sumW;
-    }
+    mAccreditation = MADetail::WeightedMean(results, weights);
     return status;
 }
 

@@ -1,7 +1,10 @@
 #include "accredit/accreditation/MAVariableResult.h"
 
+#include <algorithm>
+
 #include "accredit/accreditation/internal/VariableMatching.h"
 #include "accredit/accreditation/internal/VariableTests.h"
+#include "accredit/accreditation/internal/WeightedMean.h"
 
 using MCCommon::MCStatus;
 
@@ -24,3 +27,45 @@ std::vector<MAVariableResult> MATestVariables(const MADistStats& refStats,
     }
     return results;
 }
+
+MCStatus MAAccreditation(const std::vector<MAVariableResult>& results,
+                         const std::vector<double>& weights, double& accreditation) {
+    accreditation = -1.0;
+    if (results.empty()) return {MAStatusNoDistStats, false};
+    // What keeps a variable from being tested comes before the weights, and those before the tests.
+    for (const MAVariableResult& result : results) {
+        if (result.newSlot < 0 && !result.status.IsOK()) return result.status;
+    }
+    const MCStatus checked = MADetail::CheckWeights(weights, results.size());
+    if (!checked.IsOK()) return checked;
+    for (const MAVariableResult& result : results) {
+        if (!result.status.IsOK()) return result.status;
+    }
+    accreditation = MADetail::WeightedMean(results, weights);
+    return {};
+}
+
+namespace MADetail {
+
+MCStatus CheckWeights(const std::vector<double>& weights, std::size_t variables) {
+    if (weights.empty()) return {};
+    const bool negative =
+        std::any_of(weights.begin(), weights.end(), [](double weight) { return weight < 0.0; });
+    if (weights.size() != variables || negative) return {MAStatusBadWeights, false};
+    return {};
+}
+
+double WeightedMean(const std::vector<MAVariableResult>& results,
+                    const std::vector<double>& weights) {
+    double sum = 0.0;
+    double sumW = 0.0;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const double p = results[i].pValue;
+        sum += weights.empty() ? p : weights[i] * p;
+        if (!weights.empty()) sumW += weights[i];
+    }
+    if (weights.empty()) return sum / static_cast<double>(results.size());
+    return sumW > 0.0 ? sum / sumW : -1.0;
+}
+
+}  // namespace MADetail

@@ -7,7 +7,7 @@
 #include "accredit/host/MCStatus.h"
 
 /// @file
-/// The results of the single variables.
+/// The results of the single variables, and the accreditation from them.
 
 /// The result of one variable of a reference against a new summary.
 struct ACCREDIT_EXPORT MAVariableResult {
@@ -28,3 +28,12 @@ struct ACCREDIT_EXPORT MAVariableResult {
 /// are only read.
 ACCREDIT_EXPORT std::vector<MAVariableResult> MATestVariables(const MADistStats& refStats,
                                                               const MADistStats& newStats);
+
+/// The accreditation from the results that MATestVariables gave: what
+/// MAAccreditor::ComputeAccreditation makes of the same summaries and weights, status included.
+/// `weights` is empty or has one entry for each result. `accreditation` becomes the weighted mean
+/// of the p-values; -1 on a failure and for weights that sum to 0. Without results the status is
+/// MAStatusNoDistStats.
+ACCREDIT_EXPORT MCCommon::MCStatus MAAccreditation(const std::vector<MAVariableResult>& results,
+                                                   const std::vector<double>& weights,
+                                                   double& accreditation);

@@ -4,6 +4,12 @@
 #include <ostream>
 
 #include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/diststats/MAUniStats.h"
+#include "accredit/host/MCSummaryStatistics.h"
+
+using MCMTD_NAMESPACE::kMCSummaryStatistics;
+using MCMTD_NAMESPACE::MCSummaryStatistic;
+using MCMTD_NAMESPACE::MCUniStats;
 
 namespace {
 
@@ -16,10 +22,11 @@ void PrintList(const char* label, const std::vector<double>& values, std::ostrea
     out << std::endl;
 }
 
-void PrintSummary(const VarSummary& summary, std::ostream& out) {
+void PrintSummary(const MCUniStats::SummStats& summary, std::ostream& out) {
     out << "Summary stats (min, max, mean, std. dev):" << std::endl;
     const char* separator = "";
-    for (const double value : {summary.min, summary.max, summary.mean, summary.stdDev}) {
+    for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {
+        const double value = summary.*statistic.value;
         out << separator;
         if (!MCMV::IsMissing(value)) out << value;
         separator = ", ";
@@ -39,6 +46,9 @@ void MADistStatsImp::Display(const std::string& title, std::ostream& out) const 
         out << "Case count: " << mSummaries[slot].count << std::endl;
         if (continuous) PrintList("Cut points: ", mCutPoints[slot], out);
         PrintList("Frequencies: ", mFrequencies[slot], out);
-        if (continuous) PrintSummary(mSummaries[slot], out);
+        if (continuous) {
+            const MCUniStats statistics = MAUniStatsOf(*this, static_cast<unsigned int>(slot));
+            PrintSummary(statistics.GetSummStats(), out);
+        }
     }
 }

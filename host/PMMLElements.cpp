@@ -6,10 +6,13 @@
 #include <vector>
 
 #include "accredit/host/MCMV.h"
+#include "accredit/host/MCSummaryStatistics.h"
 #include "accredit/host/internal/PMMLVocabulary.h"
 #include "accredit/host/internal/StrictlyAscending.h"
 #include "accredit/host/internal/XMLText.h"
 
+using MCMTD_NAMESPACE::kMCSummaryStatistics;
+using MCMTD_NAMESPACE::MCSummaryStatistic;
 using MCMTD_NAMESPACE::MCUniStats;
 using MCXML_NAMESPACE::XMLElement;
 
@@ -110,16 +113,17 @@ ElementPtr MakeCounts(const MCUniStats& stats) {
 
 ElementPtr MakeNumericInfo(const MCUniStats::SummStats& summStats) {
     ElementPtr info = NewElement(gNumericInfo);
-    SetNumber(*info, gMinimum, summStats.min);
-    SetNumber(*info, gMaximum, summStats.max);
-    SetNumber(*info, gMean, summStats.mean);
-    SetNumber(*info, gStandardDeviation, summStats.stdDev);
+    for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {
+        SetNumber(*info, statistic.attribute, summStats.*statistic.value);
+    }
     return info;
 }
 
 bool HasAny(const MCUniStats::SummStats& summStats) {
-    return !MCMV::IsMissing(summStats.min) || !MCMV::IsMissing(summStats.max) ||
-           !MCMV::IsMissing(summStats.mean) || !MCMV::IsMissing(summStats.stdDev);
+    return std::any_of(kMCSummaryStatistics.begin(), kMCSummaryStatistics.end(),
+                       [&summStats](const MCSummaryStatistic& statistic) {
+                           return !MCMV::IsMissing(summStats.*statistic.value);
+                       });
 }
 
 ElementPtr MakeDiscrStats(const MCUniStats& stats, std::size_t valueCount,
@@ -157,7 +161,10 @@ ElementPtr MakeContStats(const MCUniStats& stats) {
 
 bool SummaryIsGood(const MCUniStats& stats) {
     const MCUniStats::SummStats& summStats = stats.GetSummStats();
-    return AreFinite({summStats.min, summStats.max, summStats.mean, summStats.stdDev});
+    return std::all_of(kMCSummaryStatistics.begin(), kMCSummaryStatistics.end(),
+                       [&summStats](const MCSummaryStatistic& statistic) {
+                           return std::isfinite(summStats.*statistic.value);
+                       });
 }
 
 // A margin may be missing at either end of the list only. The missing value is finite and lies

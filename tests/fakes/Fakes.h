@@ -14,6 +14,7 @@
 #include "accredit/host/MCQueryCancel.h"
 #include "accredit/host/MCStatus.h"
 #include "accredit/host/MCStringEncoder.h"
+#include "accredit/host/MCSummaryStatistics.h"
 #include "accredit/host/MCUniStats.h"
 #include "accredit/host/MCVarList.h"
 #include "accredit/host/MCVariable.h"
@@ -96,12 +97,13 @@ inline MCMTD_NAMESPACE::MCUniStats UniStats(const std::string& text) {
     if (!missing) Exactly(1, cases);
     MCMTD_NAMESPACE::MCUniStats stats(parts[0], cases[0], ToNumbers(parts[2]));
     if (size > 3) {
-        const Numbers summary = Exactly(4, stats.GetFrequencies());
-        stats = {parts[0],
-                 cases[0],
-                 {summary[0], summary[1], summary[2], summary[3]},
-                 ToNumbers(parts[3]),
-                 ToNumbers(parts[4])};
+        const Numbers numbers =
+            Exactly(MCMTD_NAMESPACE::kMCSummaryStatistics.size(), stats.GetFrequencies());
+        MCMTD_NAMESPACE::MCUniStats::SummStats summary;
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            summary.*MCMTD_NAMESPACE::kMCSummaryStatistics[i].value = numbers[i];
+        }
+        stats = {parts[0], cases[0], summary, ToNumbers(parts[3]), ToNumbers(parts[4])};
         stats.SetIntervalsOpenLeft(size == 5);
     }
     if (missing) stats.SetMissing(cases[1]);

@@ -1,11 +1,8 @@
-// Fails every single allocation of every public operation, one at a time, by replacing the global
-// allocation functions: nothing may leak, and every object must be in the state that its contract
-// promises.
+// Fails every single allocation of every public operation, one at a time: nothing may leak, and every
+// object must be in the state that its contract promises.
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <new>
@@ -18,39 +15,14 @@
 #include "accredit/diststats/MAPredictorDist.h"
 #include "accredit/host/MCTableRecordIter.h"
 #include "accredit/host/XMLElement.h"
+#include "fakes/FailingAllocations.h"
 #include "fakes/Summaries.h"
 
 namespace {
 
-long gAllocationsUntilFailure = -1;  // negative: none fails
-long gLiveAllocations = 0;
-
-void* Allocate(std::size_t size) {
-    if (gAllocationsUntilFailure == 0) throw std::bad_alloc();
-    if (gAllocationsUntilFailure > 0) --gAllocationsUntilFailure;
-    void* memory = std::malloc(size == 0 ? 1 : size);
-    if (!memory) throw std::bad_alloc();
-    ++gLiveAllocations;
-    return memory;
-}
-
-void Release(void* memory) noexcept {
-    if (memory) --gLiveAllocations;
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return Allocate(size); }
-void* operator new[](std::size_t size) { return Allocate(size); }
-void operator delete(void* memory) noexcept { Release(memory); }
-void operator delete[](void* memory) noexcept { Release(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { Release(memory); }
-void operator delete[](void* memory, std::size_t /*size*/) noexcept { Release(memory); }
-
-namespace {
-
 using fakes::Contents;
+using fakes::gAllocationsUntilFailure;
+using fakes::gLiveAllocations;
 using fakes::List;
 using MCCommon::MCTableRecordIter;
 using MCXML_NAMESPACE::XMLElement;
