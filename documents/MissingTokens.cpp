@@ -2,7 +2,7 @@
 
 #include "accredit/documents/NumberText.h"
 
-namespace app {
+namespace MADocuments {
 
 MissingTokens::MissingTokens(const std::vector<std::string>& named) {
     Add("NA");
@@ -21,4 +21,4 @@ std::vector<std::string> MissingTokens::Texts() const {
     return texts;
 }
 
-}  // namespace app
+}  // namespace MADocuments

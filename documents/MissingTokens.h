@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace app {
+namespace MADocuments {
 
 /// The texts that stand for a missing datum: the empty text, `NA`, and those that the user names.
 /// Blanks around a token do not count.
@@ -33,4 +33,4 @@ private:
     std::array<bool, 256> mFirstBytes{};
 };
 
-}  // namespace app
+}  // namespace MADocuments

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
-namespace app {
+/// @file
+/// Numbers as documents and data spell them.
+
+namespace MADocuments {
 
 /// `text` without the spaces and tabs around it.
 std::string_view TrimBlanks(std::string_view text);
@@ -15,7 +17,4 @@ std::string_view TrimBlanks(std::string_view text);
 /// datum can have. NaN, infinities and hexadecimal digits are not decimal numbers.
 std::optional<double> ParseNumber(std::string_view text);
 
-/// The complaint about `text` where ParseNumber gives nothing, fit to be shown.
-std::string NotANumber(std::string_view text);
-
-}  // namespace app
+}  // namespace MADocuments

@@ -1,6 +1,4 @@
-#include "accredit/documents/StatisticsReader.h"
-
-#include <fmt/format.h>
+#include "accredit/documents/internal/StatisticsReader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,12 +7,16 @@
 #include <utility>
 #include <vector>
 
+#include "accredit/documents/internal/Contradictions.h"
 #include "accredit/host/MCMV.h"
+#include "accredit/host/MCSummaryStatistics.h"
 
 using MCMTD_NAMESPACE::IMCEncoder;
+using MCMTD_NAMESPACE::kMCSummaryStatistics;
+using MCMTD_NAMESPACE::MCSummaryStatistic;
 using MCMTD_NAMESPACE::MCUniStats;
 
-namespace app {
+namespace MADocuments {
 
 namespace {
 
@@ -44,8 +46,7 @@ Array ReadArray(const Element& element, std::size_t size) {
     element.AllowAttributes({"n", "type"});
     Array array;
     array.type = element.Text("type");
-    const std::string content = element.Content();
-    std::string_view text = content;
+    std::string_view text = element.Content();
     std::size_t count = 0;
     for (;; ++count) {
         text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
@@ -61,10 +62,11 @@ Array ReadArray(const Element& element, std::size_t size) {
         if (count < size) array.tokens.push_back(std::move(token));
     }
     if (element.Count("n") != count) {
-        element.Refuse(fmt::format("the array has {} entries", count));
+        element.Refuse("the array has " + std::to_string(count) + " entries");
     }
     if (count != size) {
-        element.Refuse(fmt::format("the array has {} entries, but {} belong there", count, size));
+        element.Refuse("the array has " + std::to_string(count) + " entries, but " +
+                       std::to_string(size) + " belong there");
     }
     return array;
 }
@@ -88,7 +90,7 @@ std::vector<double> ReadRegular(const Element& element, std::size_t size, double
     double sum = 0.0;
     for (const double frequency : frequencies) sum += frequency;
     if (sum != cases) {
-        element.Refuse(fmt::format("the frequencies sum to {}, not to the {} cases", sum, cases));
+        element.Refuse("the frequencies do not sum to the number of cases");
     }
     return frequencies;
 }
@@ -119,7 +121,7 @@ void CheckCategories(const Element& element, const IMCEncoder& encoder) {
         element.Refuse("the values of the categories are an array of strings");
     for (std::size_t code = 0; code < array.tokens.size(); ++code) {
         if (!IsCategory(element, encoder, code, array.tokens[code])) {
-            element.Refuse(fmt::format("entry {} is not the value of the field", code + 1));
+            element.Refuse("entry " + std::to_string(code + 1) + " is not the value of the field");
         }
     }
 }
@@ -143,16 +145,16 @@ std::vector<double> ReadDiscrStats(const Element& element, const IMCEncoder& enc
 }
 
 MCUniStats::SummStats ReadNumericInfo(const Element& element) {
-    element.AllowAttributes({"minimum", "maximum", "mean", "standardDeviation"});
-    element.RequireEmpty();
-    const auto read = [&element](const char* attribute) {
-        return element.Has(attribute) ? element.Number(attribute) : MCMV::Missing();
-    };
+    std::vector<std::string_view> names;
     MCUniStats::SummStats summary;
-    summary.min = read("minimum");
-    summary.max = read("maximum");
-    summary.mean = read("mean");
-    summary.stdDev = read("standardDeviation");
+    for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {
+        names.emplace_back(statistic.attribute);
+        if (element.Has(statistic.attribute)) {
+            summary.*statistic.value = element.Number(statistic.attribute);
+        }
+    }
+    element.AllowAttributes(names);
+    element.RequireEmpty();
     return summary;
 }
 
@@ -176,11 +178,6 @@ void ReadInterval(const Element& element, std::vector<double>& margins) {
     }
 }
 
-struct Bins {
-    std::vector<double> margins;
-    std::vector<double> frequencies;
-};
-
 Bins ReadContStats(const Element& element, double cases) {
     element.AllowAttributes({});
     Children children(element);
@@ -198,53 +195,15 @@ Bins ReadContStats(const Element& element, double cases) {
 }
 
 // Gives the number of cases.
-double ReadCounts(const Element& element, std::uint64_t& missing) {
+double ReadCounts(const Element& element, StoredStatistics& stored) {
     element.AllowAttributes({"totalFreq", "missingFreq", "invalidFreq"});
     element.RequireEmpty();
-    const std::uint64_t total = element.Count("totalFreq");
-    missing = element.Has("missingFreq") ? element.Count("missingFreq") : 0;
+    stored.total = element.Count("totalFreq");
+    stored.missing = element.Has("missingFreq") ? element.Count("missingFreq") : 0;
     const std::uint64_t invalid = element.Has("invalidFreq") ? element.Count("invalidFreq") : 0;
     if (invalid != 0) element.Refuse("invalid data are not understood");
-    if (missing > total) element.Refuse("more missing data than data");
-    return static_cast<double>(total - missing);
-}
-
-// Values this close have squared deviations below the smallest double, so that the standard
-// deviation of different ones can come out as 0.
-constexpr double kClose = 1e-150;
-
-// How far the rounding of a running mean may carry it past the smallest or largest value.
-constexpr double kRounding = 1e-6;
-
-// What the number of cases asks for and what is greater than something else, the summary checks
-// when it is loaded.
-void CheckSummary(const Element& element, double cases, const MCUniStats::SummStats& summary,
-                  bool hasInfo) {
-    const auto& [min, max, mean, stdDev] = summary;
-    const bool hasRange = !MCMV::IsMissing(min) && !MCMV::IsMissing(max);
-    if (cases == 0.0) {
-        // Of a variable that nothing was loaded into, mean and deviation are 0.
-        const bool untouched =
-            MCMV::IsMissing(min) && MCMV::IsMissing(max) && mean == 0.0 && stdDev == 0.0;
-        if (hasInfo && !untouched) element.Refuse("a summary of no cases");
-        return;
-    }
-    if (!hasRange || MCMV::IsMissing(mean)) {
-        element.Refuse("minimum, maximum and mean are there if there are cases");
-    }
-    if (cases == 1.0 && !MCMV::IsMissing(stdDev)) {
-        element.Refuse("a standard deviation of one case");
-    }
-    if (stdDev == 0.0 && max - min > kClose) {
-        element.Refuse("the standard deviation is 0, but the values differ");
-    }
-    if (stdDev > 0.0 && max == min) {
-        element.Refuse("the standard deviation is not 0, but the values are equal");
-    }
-    const double slack = min == max ? 0.0 : kRounding * std::max(std::fabs(min), std::fabs(max));
-    if (min <= max && (mean < min - slack || mean > max + slack)) {
-        element.Refuse("the mean does not lie between minimum and maximum");
-    }
+    if (stored.missing > stored.total) element.Refuse("more missing data than data");
+    return static_cast<double>(stored.total - stored.missing);
 }
 
 }  // namespace
@@ -253,7 +212,7 @@ StoredStatistics ReadStatistics(const Element& element, const std::string& name,
                                 const IMCEncoder* encoder) {
     StoredStatistics result;
     Children children(element);
-    const double cases = ReadCounts(children.Require("Counts"), result.missing);
+    const double cases = ReadCounts(children.Require("Counts"), result);
     if (encoder) {
         const Element discrStats = children.Require("DiscrStats");
         result.stats = MCUniStats(name, cases, ReadDiscrStats(discrStats, *encoder, cases));
@@ -262,12 +221,13 @@ StoredStatistics ReadStatistics(const Element& element, const std::string& name,
         const MCUniStats::SummStats summary =
             info ? ReadNumericInfo(info) : MCUniStats::SummStats();
         const Element contStats = children.Take("ContStats");
-        CheckSummary(element, cases, summary, static_cast<bool>(info));
         const Bins bins = contStats ? ReadContStats(contStats, cases) : Bins();
+        const std::string contradiction = Contradiction(cases, summary, bins);
+        if (!contradiction.empty()) element.Refuse(contradiction);
         result.stats = MCUniStats(name, cases, summary, bins.margins, bins.frequencies);
     }
     children.End();
     return result;
 }
 
-}  // namespace app
+}  // namespace MADocuments

@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "Fuzzing.h"
-#include "accredit/documents/XmlScan.h"
+#include "accredit/documents/Reference.h"
 #include "app/base/Errors.h"
 #include "app/data/CsvReader.h"
 
@@ -86,19 +86,22 @@ std::optional<Row> PlainRow(const std::string& file, std::size_t& at) {
 
 Content PlainContent(const std::string& file) {
     Content content;
-    if (app::BeginsLikeXml(file)) {
+    if (MADocuments::BeginsLikeDocument(file)) {
         content.good = false;
         return content;
     }
     std::size_t at = file.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
     for (; at < file.size(); ++at) {
-        if (file[at] == '\n' || file[at] == '\r') continue;
+        // Between two of its line ends a file of one column has an empty field, any other nothing.
+        const bool blank = file[at] == '\n' || file[at] == '\r';
+        if (blank && (content.rows.empty() || content.rows.front().size() > 1)) continue;
         std::optional<Row> row = PlainRow(file, at);
         if (!row || (!content.rows.empty() && row->size() != content.rows.front().size())) {
             content.good = false;
             return content;
         }
         content.rows.push_back(std::move(*row));
+        if (file.compare(at, 2, "\r\n") == 0) ++at;
     }
     content.good = !content.rows.empty();
     return content;

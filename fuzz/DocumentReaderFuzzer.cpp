@@ -1,33 +1,35 @@
 // A stored reference of any bytes: it is refused with its place, or it is a well-formed document
 // which, written and read again, gives the same reference and from then on the same text.
 
+#include <optional>
+
 #include "SameSummary.h"
 #include "WellFormed.h"
-#include "accredit/documents/StoredReference.h"
-#include "app/base/Errors.h"
+#include "accredit/documents/Reference.h"
 
 using fuzz::Require;
+using MADocuments::ReadReference;
+using MADocuments::Reference;
+using MADocuments::WriteReference;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
-    std::optional<app::StoredReference> read;
+    std::optional<Reference> read;
     try {
-        read = app::ReadReference(app::SourceText("stored", text));
-    } catch (const app::InputError& error) {
-        unsigned long line = 0;
-        unsigned long column = 0;
-        const bool hasPlace = std::sscanf(error.what(), "stored:%lu:%lu: ", &line, &column) == 2;
-        Require(hasPlace && line >= 1 && column >= 1, "a refusal names the place");
+        read = ReadReference(text);
+    } catch (const MADocuments::DocumentError& error) {
+        Require(error.Line() >= 1 && error.Column() >= 1, "a refusal names the place");
         return 0;
     }
+    Require(MADocuments::BeginsLikeDocument(text), "what is read begins like a document");
     Require(fuzz::IsWellFormed(text), "what is read is well formed");
 
-    const std::string written = app::WriteReference(*read, "f");
+    const std::string written = WriteReference(*read);
     Require(fuzz::IsWellFormed(written), "what is written is well formed");
-    const app::StoredReference again = app::ReadReference(app::SourceText("written", written));
+    const Reference again = ReadReference(written);
     Require(fuzz::SlotsOf(again.stats) == fuzz::SlotsOf(read->stats), "the numbers are kept");
     Require(again.missing.Texts() == read->missing.Texts(), "the missing tokens are kept");
     Require(again.missingCounts == read->missingCounts, "the missing data are kept");
-    Require(app::WriteReference(again, "f") == written, "a second time the same is written");
+    Require(WriteReference(again) == written, "a second time the same is written");
     return 0;
 }

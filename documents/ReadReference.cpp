@@ -1,27 +1,24 @@
 // A document as a reference. Every element is read where the format has it, and what is left over
 // is refused, so that nothing is passed over that could mean something.
 
-#include <fmt/format.h>
-
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <memory>
-#include <pugixml.hpp>
+#include <set>
+#include <string>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
+#include "accredit/diststats/MADistStatsImp.h"
 #include "accredit/documents/NumberText.h"
-#include "accredit/documents/StatisticsReader.h"
-#include "accredit/documents/StoredReference.h"
-#include "accredit/documents/StrictXml.h"
-#include "accredit/documents/XmlScan.h"
+#include "accredit/documents/Reference.h"
+#include "accredit/documents/internal/Element.h"
+#include "accredit/documents/internal/StatisticsReader.h"
+#include "accredit/documents/internal/XmlTree.h"
 #include "accredit/host/MCNumberEncoder.h"
 #include "accredit/host/MCStringEncoder.h"
 #include "accredit/host/MCVariable.h"
-#include "app/base/Errors.h"
-#include "app/base/InputFile.h"
-#include "app/base/Printable.h"
 
 using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::IMCVariable;
@@ -30,7 +27,7 @@ using MCMTD_NAMESPACE::MCStringEncoder;
 using MCMTD_NAMESPACE::MCVariable;
 using MCMTD_NAMESPACE::MCVarList;
 
-namespace app {
+namespace MADocuments {
 
 namespace {
 
@@ -53,65 +50,13 @@ struct Field {
     }
 };
 
-void RequireLength(const std::string& name, std::size_t length) {
-    if (length > kMaxDocumentSize) {
-        throw InputError(fmt::format("{}: a document of more than {} MiB", name, kMaxDocumentMiB));
-    }
-}
-
-void Parse(const SourceText& source, pugi::xml_document& document) {
-    RequireLength(source.Name(), source.Text().size());
-    ScanXml(source);
-    const pugi::xml_parse_result result =
-        document.load_buffer(source.Text().data(), source.Text().size(),
-                             pugi::parse_default | pugi::parse_declaration, pugi::encoding_utf8);
-    if (!result) {
-        source.Refuse(static_cast<std::size_t>(result.offset),
-                      std::string("not a well-formed XML document: ") + result.description());
-    }
-}
-
-// The order of the attributes is fixed.
-void CheckDeclaration(const Element& declaration) {
-    declaration.AllowAttributes({"version", "encoding", "standalone"});
-    const pugi::xml_node node = declaration.Node();
-    const pugi::xml_attribute standalone = node.attribute("standalone");
-    if (declaration.Text("version") != "1.0" ||
-        node.first_attribute() != node.attribute("version") ||
-        (standalone && standalone != node.last_attribute())) {
-        declaration.Refuse("not a declaration of XML 1.0");
-    }
-    if (standalone && declaration.Text("standalone") != "yes" &&
-        declaration.Text("standalone") != "no") {
-        declaration.Refuse("standalone must be yes or no");
-    }
-    if (!declaration.Has("encoding")) return;
-    std::string encoding = declaration.Text("encoding");
-    for (char& letter : encoding) {
-        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-    }
-    if (encoding != "utf-8") {
-        declaration.Refuse("the encoding must be UTF-8");
-    }
-}
-
-Element RootOf(const SourceText& source, const pugi::xml_document& document) {
-    Element root(source, {});
-    for (const pugi::xml_node node : document.children()) {
-        const Element element(source, node);
-        if (node.type() == pugi::node_declaration) {
-            CheckDeclaration(element);
-            continue;
-        }
-        if (root || std::string_view(node.name()) != "PMML") {
-            element.Refuse("the document must be one element \"PMML\"");
-        }
-        root = element;
-    }
+Element RootOf(const XmlTree& tree) {
+    const Element root(tree, &tree.Root());
+    if (root.Name() != "PMML") root.Refuse("the document must be one element \"PMML\"");
     root.AllowAttributes({"version", "xmlns", "xmlns:xsi", "xsi:schemaLocation"});
     const std::string version = root.Text("version");
     if (version != "3.1") {
-        root.Refuse(fmt::format("PMML version \"{}\", only 3.1 is understood", Printable(version)));
+        root.Refuse("PMML version \"" + Shortened(version) + "\", only 3.1 is understood");
     }
     if (root.Text("xmlns") != kNamespace) root.Refuse("the namespace is not that of PMML 3.1");
     if (root.Has("xmlns:xsi") ? root.Text("xmlns:xsi") != kSchemaInstance
@@ -133,7 +78,7 @@ MCApplicInfo4XML ReadHeader(const Element& header) {
     }
     if (const Element timestamp = children.Take("Timestamp")) {
         timestamp.AllowAttributes({});
-        info.timestamp = timestamp.Content();
+        info.timestamp = std::string(timestamp.Content());
     }
     children.End();
     return info;
@@ -179,8 +124,7 @@ void ReadValue(const Element& element, Field& field) {
     const int code = encoder->GetNumCategories();
     const int given = field.texts ? field.texts->AddCategory(value)
                                   : field.numbers->AddCategory(element.ToNumber(value));
-    if (given != code)
-        element.Refuse(fmt::format("the value \"{}\" stands twice", Printable(value)));
+    if (given != code) element.Refuse("the value \"" + Shortened(value) + "\" stands twice");
 }
 
 Field ReadField(const Element& element) {
@@ -196,18 +140,18 @@ Field ReadField(const Element& element) {
 std::vector<Field> ReadDictionary(const Element& dictionary) {
     dictionary.AllowAttributes({"numberOfFields"});
     std::vector<Field> fields;
-    std::unordered_set<std::string> names;
+    std::set<std::string, std::less<>> names;
     Children children(dictionary);
     while (const Element element = children.Take("DataField")) {
         fields.push_back(ReadField(element));
         if (!names.insert(fields.back().name).second) {
-            element.Refuse(fmt::format("two fields \"{}\"", Printable(fields.back().name)));
+            element.Refuse("two fields \"" + Shortened(fields.back().name) + "\"");
         }
     }
     children.End();
     if (fields.empty()) dictionary.Refuse("there are no fields");
     if (dictionary.Has("numberOfFields") && dictionary.Count("numberOfFields") != fields.size()) {
-        dictionary.Refuse(fmt::format("there are {} fields", fields.size()));
+        dictionary.Refuse("there are " + std::to_string(fields.size()) + " fields");
     }
     return fields;
 }
@@ -229,8 +173,8 @@ MissingTokens MissingTokensOf(const std::vector<Field>& fields) {
         for (int code = 0; code < field.texts->GetNumCategories(); ++code) {
             const std::string category = field.texts->DecodeString(code);
             if (missing.Contains(TrimBlanks(category))) {
-                field.element.Refuse(
-                    fmt::format("the value \"{}\" is also a missing value", Printable(category)));
+                field.element.Refuse("the value \"" + Shortened(category) +
+                                     "\" is also a missing value");
             }
         }
     }
@@ -238,51 +182,51 @@ MissingTokens MissingTokensOf(const std::vector<Field>& fields) {
 }
 
 MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string>& ignored) {
-    const std::unordered_set<std::string_view> left(ignored.begin(), ignored.end());
+    const std::set<std::string_view> left(ignored.begin(), ignored.end());
     MCVarList list;
     for (const Field& field : fields) {
-        const auto role = left.count(field.name) != 0 ? IMCVariable::VariableRoleNone
-                                                      : IMCVariable::VariableRoleInput;
         const std::shared_ptr<IMCEncoder> encoder = field.Encoder();
         const int categories = encoder ? encoder->GetNumCategories() : 0;
+        const auto role = left.count(field.name) != 0 ? IMCVariable::VariableRoleNone
+                                                      : IMCVariable::VariableRoleInput;
         list.AddShared(
             std::make_shared<MCVariable>(field.name, field.measureLevel, role, categories),
             encoder);
     }
+    if (list.GetNumInputVars() == 0) throw DocumentError("every column is ignored");
     return list;
-}
-
-std::unique_ptr<MADistStatsImp> NewStats(const MCVarList& list, const std::string& documentName) {
-    try {
-        return std::make_unique<MADistStatsImp>(list, nullptr);
-    } catch (const MCCommon::MCStatus&) {
-        throw UsageError(documentName + ": every column is ignored");
-    }
 }
 
 // The statistics of every field, each once, in any order.
 void ReadModelStats(const Element& modelStats, const std::vector<Field>& fields,
                     MADistStatsImp& stats, std::vector<std::uint64_t>& missingCounts) {
     modelStats.AllowAttributes({});
-    const MCVarList& list = stats.GetVarList();
-    std::vector<std::uint64_t> missingOfField(fields.size());
+    const bool rowsAreCounted = !fields.front().missing.empty();
     std::vector<bool> seen(fields.size(), false);
+    std::vector<std::uint64_t> missingOfField(fields.size());
+    std::uint64_t total = 0;
     Children children(modelStats);
+    bool first = true;
     while (const Element element = children.Take("UnivariateStats")) {
         element.AllowAttributes({"field"});
         const std::string name = element.Text("field");
-        const int position = list.FindVariable(name);
-        if (position < 0) element.Refuse(fmt::format("there is no field \"{}\"", Printable(name)));
+        const int position = stats.GetVarList().FindVariable(name);
+        if (position < 0) element.Refuse("there is no field \"" + Shortened(name) + "\"");
         const auto index = static_cast<std::size_t>(position);
         if (seen[index]) {
-            element.Refuse(fmt::format("two statistics of the field \"{}\"", Printable(name)));
+            element.Refuse("two statistics of the field \"" + Shortened(name) + "\"");
         }
         seen[index] = true;
         const StoredStatistics stored =
             ReadStatistics(element, name, fields[index].Encoder().get());
+        if (!std::exchange(first, false) && rowsAreCounted && stored.total != total) {
+            element.Refuse("totalFreq differs from that of the fields before");
+        }
+        total = stored.total;
         missingOfField[index] = stored.missing;
-        if (list.GetVariableRole(position) != IMCVariable::VariableRoleInput) continue;
-        if (!stats.SetAllStats(stored.stats)) {
+        const bool ignored =
+            stats.GetVarList().GetVariableRole(position) != IMCVariable::VariableRoleInput;
+        if (!ignored && !stats.SetAllStats(stored.stats)) {
             element.Refuse("the number of cases and the summary contradict each other");
         }
     }
@@ -298,40 +242,45 @@ void ReadModelStats(const Element& modelStats, const std::vector<Field>& fields,
 
 }  // namespace
 
-std::optional<SourceText> LoadDocument(const std::string& path, Reading reading, Progress& progress,
-                                       MCQueryCancel& cancel) {
-    constexpr std::size_t kPiece = std::size_t{1} << 16U;
-    InputFile file(path, reading, progress, cancel);
-    std::string text;
-    std::size_t got = kPiece;
-    while (got == kPiece) {
-        text.resize(text.size() + kPiece);
-        got = file.Read(text.data() + text.size() - kPiece, kPiece);
-        text.resize(text.size() - kPiece + got);
-        if (!BeginsLikeXml(text) && !BeginsLikeUtf16(text)) return std::nullopt;
-        RequireLength(file.Name(), text.size());
-        // What has begun like a document is worth the memory for all of it.
-        text.reserve(static_cast<std::size_t>(
-                         std::min<std::uint64_t>(file.Size().value_or(0), kMaxDocumentSize)) +
-                     kPiece);
+bool BeginsLikeDocument(std::string_view beginning) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    constexpr std::string_view kWhiteSpace = " \t\r\n";
+    struct Start {
+        std::string_view text;
+        std::string_view next;  // one of these bytes follows, any if there are none
+    };
+    constexpr std::array<Start, 4> kStarts = {
+        {{"<?xml", kWhiteSpace}, {"<!--", ""}, {"<!DOCTYPE", ""}, {"<PMML", " \t\r\n>/"}}};
+
+    const std::string_view mark = beginning.substr(0, 2);
+    if (mark == "\xFF\xFE" || mark == "\xFE\xFF") return true;
+    if (beginning.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+        beginning.remove_prefix(kByteOrderMark.size());
     }
-    return SourceText(file.Name(), std::move(text));
+    beginning.remove_prefix(std::min(beginning.find_first_not_of(kWhiteSpace), beginning.size()));
+    if (beginning.empty()) return false;
+    return std::any_of(kStarts.begin(), kStarts.end(), [beginning](const Start& start) {
+        const std::size_t length = std::min(start.text.size(), beginning.size());
+        if (beginning.substr(0, length) != start.text.substr(0, length)) return false;
+        return beginning.size() == length || start.next.empty() ||
+               start.next.find(beginning[length]) != std::string_view::npos;
+    });
 }
 
-StoredReference ReadReference(const SourceText& source, const std::vector<std::string>& ignored) {
-    pugi::xml_document document;
-    Parse(source, document);
-    Children children(RootOf(source, document));
-    StoredReference reference;
+Reference ReadReference(std::string_view document, const std::vector<std::string>& ignored) {
+    const XmlTree tree(document);
+    Children children(RootOf(tree));
+    Reference reference;
     reference.application = ReadHeader(children.Require("Header"));
     const std::vector<Field> fields = ReadDictionary(children.Require("DataDictionary"));
     reference.missing = MissingTokensOf(fields);
 
-    auto stats = NewStats(ListOf(fields, ignored), source.Name());
+    auto stats = std::make_unique<MADistStatsImp>(ListOf(fields, ignored), nullptr);
     const Element extension = children.Require("Extension");
     extension.AllowAttributes({"extender", "name"});
-    if (extension.Text("name") != "containerModel")
+    if (extension.Text("name") != "containerModel") {
         extension.Refuse("this extension is not understood");
+    }
     Children content(extension);
     ReadModelStats(content.Require("ModelStats"), fields, *stats, reference.missingCounts);
     content.End();
@@ -340,4 +289,4 @@ StoredReference ReadReference(const SourceText& source, const std::vector<std::s
     return reference;
 }
 
-}  // namespace app
+}  // namespace MADocuments

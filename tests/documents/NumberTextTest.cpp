@@ -1,0 +1,49 @@
+#include "accredit/documents/NumberText.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+
+#include "accredit/documents/MissingTokens.h"
+#include "fakes/Tables.h"
+
+namespace {
+
+using MADocuments::ParseNumber;
+
+TABLE_TEST(ParseNumber, TakesDecimalNumbersOnly, 2) {
+    std::string text = row.Text(0);
+    const std::size_t many = text.find("0..0");
+    if (many != std::string::npos) text.replace(many, 4, 400, '0');
+    const std::optional<double> parsed = ParseNumber(text);
+    EXPECT_EQ(parsed ? fakes::ToText({*parsed}) : "refused", row.Text(1));
+}
+
+// The C library is a second method; tests run in the C locale.
+TEST(ParseNumber, IsTheNearestDouble) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 200'000; ++i) {
+        const double scale = std::pow(10.0, static_cast<double>(random() % 18));
+        const double x = (static_cast<double>(random() >> 11U) / 9007199254740992.0 - 0.5) * scale;
+        char text[64];
+        std::snprintf(text, sizeof text, "%.*f", static_cast<int>(random() % 17), x);
+        ASSERT_EQ(ParseNumber(text), std::strtod(text, nullptr)) << text;
+    }
+}
+
+TEST(MissingTokens, AreTheEmptyTextAndNaAndThoseThatAreNamed) {
+    const MADocuments::MissingTokens tokens({"?", " -999 ", "NULL"});
+    for (const char* text : {"", "NA", "?", "-999", "NULL"}) {
+        EXPECT_TRUE(tokens.Contains(text)) << text;
+    }
+    for (const char* text : {"na", "N", "NAN", "-99", "??"}) {
+        EXPECT_FALSE(tokens.Contains(text)) << text;
+    }
+    EXPECT_FALSE(MADocuments::MissingTokens().Contains("?"));
+}
+
+}  // namespace
