@@ -12,18 +12,14 @@
 
 namespace app {
 
-namespace {
-
-std::string NameOf(const std::string& path) {
+std::string FileName(const std::string& path) {
     if (path == "-") return "standard input";
     return path.empty() ? "\"\"" : Printable(path);
 }
 
-}  // namespace
-
 InputFile::InputFile(const std::string& path, Reading reading, Progress& progress,
                      MCQueryCancel& cancel)
-    : mName(NameOf(path)), mReading(reading), mProgress(progress), mCancel(cancel) {
+    : mName(FileName(path)), mReading(reading), mProgress(progress), mCancel(cancel) {
     const bool isInput = path == "-";
     if (isInput) {
         mDescriptor = STDIN_FILENO;

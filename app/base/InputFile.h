@@ -12,6 +12,9 @@
 
 namespace app {
 
+/// The name of the file for messages, fit to be shown; the path "-" is standard input.
+std::string FileName(const std::string& path);
+
 /// How often a file is read.
 enum class Reading { Once, Repeated };
 

@@ -92,4 +92,8 @@ std::size_t CountCodePoints(std::string_view text) {
            }));
 }
 
+std::string NotANumber(std::string_view text) {
+    return "\"" + Shortened(text) + "\" is not a number that a double can hold";
+}
+
 }  // namespace app

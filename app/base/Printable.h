@@ -21,6 +21,9 @@ std::string Shortened(std::string_view text, std::size_t width = 40);
 /// columns have different numbers, different names are shown differently.
 std::string ShownName(std::string_view name, std::size_t number);
 
+/// The complaint about `text` where a number is wanted, fit to be shown.
+std::string NotANumber(std::string_view text);
+
 /// The number of code points in UTF-8 text.
 std::size_t CountCodePoints(std::string_view text);
 

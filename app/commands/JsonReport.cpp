@@ -1,41 +1,56 @@
-#include <nlohmann/json.hpp>
-
+#include "app/base/JsonWriter.h"
 #include "app/commands/Report.h"
 
 namespace app {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json StatusJson(const MCCommon::MCStatus& status) {
-    return {{"code", status.GetCode()}, {"text", status.GetMessage()}};
+void WriteStatus(JsonWriter& json, const MCCommon::MCStatus& status) {
+    json.Key("status");
+    json.BeginObject();
+    json.Key("code");
+    json.Number(static_cast<int>(status.GetCode()));
+    json.Key("text");
+    json.String(status.GetMessage());
+    json.EndObject();
 }
 
-Json NumberOrNull(const std::optional<double>& number) { return number ? Json(*number) : Json(); }
-
-Json VariableJson(const CheckedVariable& variable) {
-    return {{"name", variable.name},
-            {"kind", variable.categorical ? "categorical" : "continuous"},
-            {"reference_cases", variable.referenceCases},
-            {"new_cases", variable.newCases},
-            {"p_value", NumberOrNull(variable.pValue)},
-            {"status", StatusJson(variable.status)},
-            {"weight", variable.weight}};
+void WriteVariable(JsonWriter& json, const CheckedVariable& variable) {
+    json.BeginObject();
+    json.Key("name");
+    json.String(variable.name);
+    json.Key("kind");
+    json.String(variable.categorical ? "categorical" : "continuous");
+    json.Key("reference_cases");
+    json.Number(std::uint64_t{variable.referenceCases});
+    json.Key("new_cases");
+    json.Number(std::uint64_t{variable.newCases});
+    json.Key("p_value");
+    json.Number(variable.pValue);
+    WriteStatus(json, variable.status);
+    json.Key("reason");
+    variable.reason.empty() ? json.Null() : json.String(variable.reason);
+    json.Key("weight");
+    json.Number(variable.weight);
+    json.EndObject();
 }
 
 }  // namespace
 
 std::string JsonReport(const CheckResult& result) {
-    Json variables = Json::array();
-    for (const CheckedVariable& variable : result.variables) {
-        variables.push_back(VariableJson(variable));
-    }
-    const Json document = {{"schema", 1},
-                           {"accreditation", NumberOrNull(result.accreditation)},
-                           {"status", StatusJson(result.status)},
-                           {"variables", std::move(variables)}};
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    JsonWriter json;
+    json.BeginObject();
+    json.Key("schema");
+    json.Number(1);
+    json.Key("accreditation");
+    json.Number(result.accreditation);
+    WriteStatus(json, result.status);
+    json.Key("variables");
+    json.BeginArray();
+    for (const CheckedVariable& variable : result.variables) WriteVariable(json, variable);
+    json.EndArray();
+    json.EndObject();
+    return json.Text() + "\n";
 }
 
 }  // namespace app

@@ -3,46 +3,22 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <chrono>
-#include <numeric>
 
-#include "accredit/diststats/MAPredictorDist.h"
-#include "accredit/documents/MissingTokens.h"
-#include "accredit/documents/StoredReference.h"
+#include "accredit/diststats/MAProblems.h"
+#include "accredit/documents/Reference.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
 #include "app/data/CsvReader.h"
-#include "app/data/CsvRecordIter.h"
+#include "app/data/LearnReference.h"
 
-using MCCommon::MCStatus;
+using MADocuments::MissingTokens;
+using MADocuments::Reference;
+using MCMTD_NAMESPACE::MCVarList;
 
 namespace app {
 
 namespace {
-
-void RequireColumns(const std::vector<std::string>& names, const CsvReader& reader,
-                    const std::string& fileName) {
-    const std::vector<std::string>& headings = reader.Headings();
-    for (const std::string& name : names) {
-        if (std::find(headings.begin(), headings.end(), name) == headings.end()) {
-            throw UsageError(
-                fmt::format("{}: the file has no column \"{}\"", fileName, Printable(name)));
-        }
-    }
-}
-
-// A file that another program wrote to meanwhile has passes that do not belong together.
-void RequireWholePasses(const MADistStats& stats, std::uint64_t records, const std::string& name) {
-    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
-        const std::vector<double>& frequencies = stats.GetFrequencies(slot);
-        const auto cases = static_cast<double>(stats.GetNumberOfCases(slot));
-        const double sum = std::accumulate(frequencies.begin(), frequencies.end(), 0.0);
-        if (stats.GetNumberOfCases(slot) > records || (!frequencies.empty() && sum != cases)) {
-            throw InputError(name + ": the file has changed while it was read");
-        }
-    }
-}
 
 MCApplicInfo4XML ThisProgram() {
     const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
@@ -50,42 +26,57 @@ MCApplicInfo4XML ThisProgram() {
             fmt::format("{:%Y-%m-%d %H:%M:%S} GMT +00:00", fmt::gmtime(now))};
 }
 
+constexpr const char* kNotText = "a text with control characters or bytes that are not UTF-8";
+
+// What of the reference the library could not write.
+std::string Unwritable(const Reference& reference) {
+    const MAVariableProblem problem =
+        MAFindExportProblem(reference.stats, reference.missing.Texts());
+    if (problem.slot < 0) return fmt::format("a missing token, {}", kNotText);
+    const MCVarList& list = reference.stats.GetVarList();
+    const int position = reference.stats.GetVarListIndex(static_cast<unsigned int>(problem.slot));
+    const std::string column =
+        fmt::format("the column \"{}\"", Shortened(list.GetVarAt(position)->GetName()));
+    switch (problem.kind) {
+        case MAProblemKind::Name:
+            return fmt::format("{}: its heading is {}", column, kNotText);
+        case MAProblemKind::Category:
+            return fmt::format(
+                "{}: the category \"{}\" is {}", column,
+                Shortened(list.GetEncoderAt(position)->DecodeString(problem.category)), kNotText);
+        default:
+            return column +
+                   ": its values vary too much, or too little for their size, to be put into "
+                   "bins; --ignore leaves it out";
+    }
+}
+
 }  // namespace
 
 std::string Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
-    StoredReference reference;
-    reference.missing = MissingTokens(options.missing);
-    reference.application = ThisProgram();
-
-    const std::string name = Printable(options.dataPath);
     CsvReader reader(options.dataPath, Reading::Repeated, progress, cancel);
     CheckHeadings(reader, options.columns.ignored);
-    RequireColumns(options.columns.ignored, reader, name);
-    const std::vector<Column> columns = SettleKinds(reader, options.columns, reference.missing);
-    CsvRecordIter records(reader, columns, reference.missing);
-    if (records.VarList().GetNumInputVars() == 0) {
-        throw UsageError(name + ": every column is ignored");
+    RequireColumns(options.columns.ignored, {&reader.Headings()},
+                   reader.Name() + ": the file has no column");
+    Reference reference =
+        LearnReference(reader, options.columns, MissingTokens(options.missing), cancel);
+    if (reference.stats.GetNumberOfCases(0) + reference.missingCounts.front() == 0) {
+        throw InputError(reader.Name() + ": there are no rows to learn from");
     }
-
-    MAPredictorDist predictor(records.VarList(), records, &cancel);
-    const MCStatus status = predictor.ComputeDistStats();
-    if (status.GetCode() == MAStatusCancelled) throw Cancelled();
-    if (!status.IsOK()) throw InputError(name + ": " + status.GetMessage());
-
-    reference.stats = predictor.GetDistStats();
-    RequireWholePasses(reference.stats, records.RecordCount(), name);
-    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
-        reference.missingCounts.push_back(records.RecordCount() -
-                                          reference.stats.GetNumberOfCases(slot));
+    reference.application = ThisProgram();
+    std::string document;
+    try {
+        document = MADocuments::WriteReference(reference);
+    } catch (const MADocuments::DocumentError&) {
+        throw InputError(reader.Name() + ": a PMML document cannot hold " + Unwritable(reference));
     }
-    std::string document = WriteReference(reference, name);
-    if (document.size() > kMaxDocumentSize) {
+    if (document.size() > MADocuments::kMaxDocumentSize) {
         throw InputError(fmt::format(
-            "{}: the reference would be longer than {} MiB; --ignore leaves columns out", name,
-            kMaxDocumentMiB));
+            "{}: the reference would be longer than {} MiB; --ignore leaves columns out",
+            reader.Name(), MADocuments::kMaxDocumentSize / 1'048'576));
     }
     // What cannot be read again must not be kept.
-    ReadReference(SourceText("the document of " + name, document));
+    MADocuments::ReadReference(document);
     return document;
 }
 

@@ -58,14 +58,16 @@ Columns, when REFERENCE is data; a stored reference has settled these:
                          compared as text (-9 is not -9.0), blanks around it do not count
 
 Result:
-  --fail-below X         exit with status 1 if the accreditation is below X
+  --fail-below X         exit with status 1 if the accreditation is below X, from 0 to 1
   --format text|json     print a table (the default) or JSON
 
   -h, --help             show this help
   --version              show the version
 
 Options that name a column or a token may be repeated. A column of the data that holds nothing but
-numbers is continuous, any other is categorical.
+numbers is continuous, any other is categorical. In a file of one column a blank line is a missing
+value; in any other it is passed over. A variable whose frequencies or moments say nothing is not
+tested, and then there is no accreditation.
 
 Exit status: 0 if there is an accreditation, not below X; 1 if it is below X or the data cannot be
 compared; 2 for wrong usage, unreadable or malformed files, or an interrupt.
@@ -97,11 +99,11 @@ Columns:
 
 Options that name a column or a token may be repeated. A column that holds nothing but numbers is
 continuous, any other is categorical. Blanks around numbers do not count, those of headings and
-categories do. Headings and categories must be UTF-8 without control characters other than tab and
-line end.
+categories do. In a file of one column a blank line is a missing value; in any other it is passed
+over. Headings and categories must be UTF-8 without control characters other than tab and line end.
 
 Exit status: 0 if the reference was written; 2 for wrong usage, unreadable or malformed data, data
-that a reference cannot hold, a file that cannot be written, or an interrupt.
+without rows or that a reference cannot hold, a file that cannot be written, or an interrupt.
 
 Example:
   accredit learn --missing '?' --ignore id train.csv --output train.pmml
@@ -123,7 +125,7 @@ Exit status: 0, or 2 for wrong usage, an unreadable file, or one that is no refe
 )";
 
 double ParseValue(std::string_view option, std::string_view text) {
-    const std::optional<double> value = ParseNumber(TrimBlanks(text));
+    const std::optional<double> value = MADocuments::ParseNumber(MADocuments::TrimBlanks(text));
     if (!value) throw UsageError(fmt::format("{}: {}", option, NotANumber(text)));
     return *value;
 }
@@ -198,7 +200,9 @@ void AddOptions(CLI::App& check, CheckOptions& options) {
         options.weights.push_back(ParseWeight(text));
     });
     AddSingle(check, "--fail-below", [&options](const std::string& text) {
-        options.failBelow = ParseValue("--fail-below", text);
+        const double bound = ParseValue("--fail-below", text);
+        if (bound < 0.0 || bound > 1.0) throw UsageError("--fail-below: must lie from 0 to 1");
+        options.failBelow = bound;
     });
     AddFormat(check, options.json);
     AddPath(check, "REFERENCE", options.referencePath);

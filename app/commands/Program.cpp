@@ -8,7 +8,6 @@
 #include <system_error>
 #include <variant>
 
-#include "accredit/documents/StoredReference.h"
 #include "app/base/Errors.h"
 #include "app/base/Interrupt.h"
 #include "app/base/OutputFile.h"
@@ -16,6 +15,7 @@
 #include "app/base/Progress.h"
 #include "app/commands/Check.h"
 #include "app/commands/Options.h"
+#include "app/commands/ReferenceFile.h"
 #include "app/commands/Report.h"
 
 namespace app {
@@ -32,6 +32,7 @@ int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream* termi
     Interrupt interrupt;
     const CheckResult result = Check(options, progress, interrupt);
     progress.Erase();
+    interrupt.EndAtOnce();
     Write(out, options.json ? JsonReport(result) : TextReport(result, options.failBelow));
     const bool accredited =
         result.accreditation && !(options.failBelow && *result.accreditation < *options.failBelow);
@@ -51,6 +52,7 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream* termi
     Interrupt interrupt;
     const std::string document = Learn(options, progress, interrupt);
     progress.Erase();
+    interrupt.EndAtOnce();
     if (file) {
         file->Replace(document);
     } else {
@@ -62,14 +64,13 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream* termi
 int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* terminal) {
     Progress progress(terminal);
     Interrupt interrupt;
-    const std::optional<SourceText> document =
-        LoadDocument(options.referencePath, Reading::Once, progress, interrupt);
+    const std::optional<MADocuments::Reference> reference =
+        LoadReference(options.referencePath, Reading::Once, {}, progress, interrupt);
     progress.Erase();
-    if (!document) {
-        throw InputError(Printable(options.referencePath) + ": this is not a stored reference");
-    }
-    const StoredReference reference = ReadReference(*document);
-    Write(out, options.json ? JsonListing(reference) : TextListing(reference, document->Name()));
+    interrupt.EndAtOnce();
+    const std::string name = FileName(options.referencePath);
+    if (!reference) throw InputError(name + ": this is not a stored reference");
+    Write(out, options.json ? JsonListing(*reference) : TextListing(*reference, name));
     return ExitAccredited;
 }
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "app/commands/Check.h"
+#include "app/commands/Comparison.h"
 
 namespace app {
 
@@ -12,8 +12,8 @@ namespace app {
 /// user set.
 std::string TextReport(const CheckResult& result, std::optional<double> failBelow);
 
-/// The same as a JSON document, whose numbers have the digits that give the same double back. Names
-/// that are not UTF-8 have the replacement character in place of what is wrong.
+/// The same as a JSON document, whose numbers have the digits that give the same double back. For
+/// names that are not UTF-8 see JsonText.
 std::string JsonReport(const CheckResult& result);
 
 }  // namespace app

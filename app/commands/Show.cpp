@@ -1,69 +1,90 @@
 #include "app/commands/Show.h"
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
+#include <ios>
 #include <sstream>
 
+#include "accredit/diststats/MAUniStats.h"
 #include "accredit/host/IMCEncoder.h"
 #include "accredit/host/MCMV.h"
+#include "accredit/host/MCSummaryStatistics.h"
+#include "app/base/JsonWriter.h"
 #include "app/base/Printable.h"
 
+using MADocuments::Reference;
 using MCMTD_NAMESPACE::IMCEncoder;
+using MCMTD_NAMESPACE::kMCSummaryStatistics;
+using MCMTD_NAMESPACE::MCSummaryStatistic;
+using MCMTD_NAMESPACE::MCUniStats;
 
 namespace app {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+void WriteNumber(JsonWriter& json, double number) {
+    MCMV::IsMissing(number) ? json.Null() : json.Number(number);
+}
 
-Json NumberOrNull(double number) { return MCMV::IsMissing(number) ? Json() : Json(number); }
+void WriteNumbers(JsonWriter& json, const char* key, const std::vector<double>& numbers) {
+    json.Key(key);
+    json.BeginArray();
+    for (const double number : numbers) json.Number(number);
+    json.EndArray();
+}
 
-Json CategoriesJson(const IMCEncoder& encoder, const std::vector<double>& frequencies) {
+void WriteCategories(JsonWriter& json, const IMCEncoder& encoder,
+                     const std::vector<double>& frequencies) {
     const bool numbers = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
-    Json categories = Json::array();
+    json.Key("categories");
+    json.BeginArray();
     for (std::size_t c = 0; c < frequencies.size(); ++c) {
         const int code = static_cast<int>(c);
-        categories.push_back({{"value", numbers ? Json(encoder.DecodeNumber(code))
-                                                : Json(encoder.DecodeString(code))},
-                              {"frequency", frequencies[c]}});
+        json.BeginObject();
+        json.Key("value");
+        numbers ? json.Number(encoder.DecodeNumber(code)) : json.String(encoder.DecodeString(code));
+        json.Key("frequency");
+        json.Number(frequencies[c]);
+        json.EndObject();
     }
-    return categories;
+    json.EndArray();
 }
 
 std::string VariableName(const MADistStats& stats, unsigned int slot) {
     return stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
 }
 
-Json VariableJson(const StoredReference& reference, unsigned int slot) {
+void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int slot) {
     const MADistStats& stats = reference.stats;
-    const int position = stats.GetVarListIndex(slot);
     const bool categorical = stats.IsCategorical(slot);
-    Json variable = {{"name", VariableName(stats, slot)},
-                     {"kind", categorical ? "categorical" : "continuous"},
-                     {"cases", stats.GetNumberOfCases(slot)},
-                     {"missing", reference.missingCounts[slot]}};
+    json.BeginObject();
+    json.Key("name");
+    json.String(VariableName(stats, slot));
+    json.Key("kind");
+    json.String(categorical ? "categorical" : "continuous");
+    json.Key("cases");
+    json.Number(std::uint64_t{stats.GetNumberOfCases(slot)});
+    json.Key("missing");
+    json.Number(reference.missingCounts[slot]);
     if (categorical) {
-        variable["categories"] =
-            CategoriesJson(*stats.GetVarList().GetEncoderAt(position), stats.GetFrequencies(slot));
-        return variable;
+        WriteCategories(json, *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot)),
+                        stats.GetFrequencies(slot));
+    } else {
+        const MCUniStats variable = MAUniStatsOf(stats, slot);
+        for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {
+            json.Key(statistic.label);
+            WriteNumber(json, variable.GetSummStats().*statistic.value);
+        }
+        WriteNumbers(json, "cut_points", stats.GetCutPoints(slot));
+        WriteNumbers(json, "frequencies", stats.GetFrequencies(slot));
     }
-    double first = MCMV::Missing();
-    double second = MCMV::Missing();
-    stats.GetMinMax(slot, first, second);
-    variable["minimum"] = NumberOrNull(first);
-    variable["maximum"] = NumberOrNull(second);
-    stats.GetMeanStdDev(slot, first, second);
-    variable["mean"] = NumberOrNull(first);
-    variable["standard_deviation"] = NumberOrNull(second);
-    variable["cut_points"] = stats.GetCutPoints(slot);
-    variable["frequencies"] = stats.GetFrequencies(slot);
-    return variable;
+    json.EndObject();
 }
 
 }  // namespace
 
-std::string TextListing(const StoredReference& reference, const std::string& title) {
+std::string TextListing(const Reference& reference, const std::string& title) {
     std::ostringstream out;
+    out.exceptions(std::ios::badbit);  // Memory that runs out is no listing that is cut off.
     reference.stats.Display(Printable(title), out);
     const std::string listing = out.str();
     // A name may hold line ends, and would then look like other lines of the listing. Whatever
@@ -80,18 +101,29 @@ std::string TextListing(const StoredReference& reference, const std::string& tit
     return shown + listing.substr(at);
 }
 
-std::string JsonListing(const StoredReference& reference) {
-    Json variables = Json::array();
+std::string JsonListing(const Reference& reference) {
+    JsonWriter json;
+    json.BeginObject();
+    json.Key("schema");
+    json.Number(1);
+    json.Key("application");
+    json.String(reference.application.name);
+    json.Key("version");
+    json.String(reference.application.version);
+    json.Key("timestamp");
+    json.String(reference.application.timestamp);
+    json.Key("missing");
+    json.BeginArray();
+    for (const std::string& token : reference.missing.Texts()) json.String(token);
+    json.EndArray();
+    json.Key("variables");
+    json.BeginArray();
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
-        variables.push_back(VariableJson(reference, slot));
+        WriteVariable(json, reference, slot);
     }
-    const Json document = {{"schema", 1},
-                           {"application", reference.application.name},
-                           {"version", reference.application.version},
-                           {"timestamp", reference.application.timestamp},
-                           {"missing", reference.missing.Texts()},
-                           {"variables", std::move(variables)}};
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    json.EndArray();
+    json.EndObject();
+    return json.Text() + "\n";
 }
 
 }  // namespace app

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "accredit/documents/StoredReference.h"
+#include "accredit/documents/Reference.h"
 
 namespace app {
 
@@ -14,10 +14,10 @@ struct ShowOptions {
 
 /// The library's listing of a reference, under this title, for reading: bytes that do not belong on
 /// a terminal are escaped.
-std::string TextListing(const StoredReference& reference, const std::string& title);
+std::string TextListing(const MADocuments::Reference& reference, const std::string& title);
 
 /// All of a reference as a JSON document, whose numbers have the digits that give the same double
 /// back.
-std::string JsonListing(const StoredReference& reference);
+std::string JsonListing(const MADocuments::Reference& reference);
 
 }  // namespace app

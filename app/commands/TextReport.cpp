@@ -18,7 +18,6 @@ constexpr std::size_t kColumns = 7;
 constexpr std::size_t kWeightColumn = 5;
 using Row = std::array<std::string, kColumns>;
 
-// fmt counts the columns of a terminal by a rule of its own.
 std::string Padded(const std::string& text, std::size_t width, bool right) {
     const std::string blanks(width - std::min(width, DisplayWidth(text)), ' ');
     return right ? blanks + text : text + blanks;
@@ -31,14 +30,14 @@ std::string Words(const MCCommon::MCStatus& status) {
     return "Its values vary too little for their size, or too widely, to be summarised in bins";
 }
 
-Row VariableRow(const CheckedVariable& variable) {
-    return {Printable(variable.name),
+Row VariableRow(const CheckedVariable& variable, std::size_t number) {
+    return {ShownName(variable.name, number),
             variable.categorical ? "categorical" : "continuous",
             fmt::format("{}", variable.referenceCases),
             fmt::format("{}", variable.newCases),
             variable.pValue ? fmt::format("{:.6g}", *variable.pValue) : "-",
             fmt::format("{:g}", variable.weight),
-            Words(variable.status)};
+            variable.reason.empty() ? Words(variable.status) : variable.reason};
 }
 
 std::string Table(const CheckResult& result) {
@@ -46,7 +45,9 @@ std::string Table(const CheckResult& result) {
         std::any_of(result.variables.begin(), result.variables.end(),
                     [](const CheckedVariable& variable) { return variable.weight != 1.0; });
     std::vector<Row> rows{{"Variable", "Kind", "Reference", "New", "p-value", "Weight", "Status"}};
-    for (const CheckedVariable& variable : result.variables) rows.push_back(VariableRow(variable));
+    for (const CheckedVariable& variable : result.variables) {
+        rows.push_back(VariableRow(variable, rows.size()));
+    }
 
     std::array<std::size_t, kColumns> widths{};
     for (const Row& row : rows) {
@@ -65,11 +66,11 @@ std::string Table(const CheckResult& result) {
     return table;
 }
 
-// The first variable that keeps the comparison from giving a number.
+// The first variable that keeps the comparison from giving a number, with this status.
 std::string Culprit(const CheckResult& result) {
     for (const CheckedVariable& variable : result.variables) {
         if (variable.status.GetCode() == result.status.GetCode()) {
-            return fmt::format(" (variable \"{}\")", Printable(variable.name));
+            return fmt::format(" (variable \"{}\")", Shortened(variable.name));
         }
     }
     return {};
@@ -82,7 +83,7 @@ std::string UnknownCategories(const CheckResult& result) {
         if (variable.status.GetCode() != MAStatusCategoriesDiffer) continue;
         if (variable.unknownCategory.empty()) continue;
         lines += fmt::format("Variable \"{}\": the reference lacks the category \"{}\"\n",
-                             Printable(variable.name), variable.unknownCategory);
+                             Shortened(variable.name), variable.unknownCategory);
     }
     return lines;
 }
@@ -91,7 +92,14 @@ std::string Conclusion(const CheckResult& result, std::optional<double> failBelo
     if (!result.status.IsOK()) {
         return fmt::format("No accreditation: {}{}\n", Words(result.status), Culprit(result));
     }
-    if (!result.accreditation) return "No accreditation: the weights sum to 0\n";
+    if (!result.accreditation) {
+        const auto untested =
+            std::find_if(result.variables.begin(), result.variables.end(),
+                         [](const CheckedVariable& variable) { return !variable.reason.empty(); });
+        if (untested == result.variables.end()) return "No accreditation: the weights sum to 0\n";
+        return fmt::format("No accreditation: {} (variable \"{}\")\n", untested->reason,
+                           Shortened(untested->name));
+    }
     std::string shown = fmt::format("{:.6g}", *result.accreditation);
     if (!failBelow || *result.accreditation >= *failBelow) {
         return fmt::format("Accreditation {}\n", shown);

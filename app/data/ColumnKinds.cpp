@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -11,6 +12,10 @@
 #include "accredit/documents/NumberText.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
+
+using MADocuments::MissingTokens;
+using MADocuments::ParseNumber;
+using MADocuments::TrimBlanks;
 
 namespace app {
 
@@ -81,6 +86,18 @@ ColumnKind Kind(Choice choice, bool numbers) {
 }
 
 }  // namespace
+
+void RequireColumns(const std::vector<std::string>& names,
+                    const std::vector<const std::vector<std::string>*>& lists,
+                    const std::string& complaint) {
+    std::set<std::string_view> known;
+    for (const std::vector<std::string>* list : lists) known.insert(list->begin(), list->end());
+    for (const std::string& name : names) {
+        if (known.count(name) == 0) {
+            throw UsageError(fmt::format("{} \"{}\"", complaint, Shortened(name)));
+        }
+    }
+}
 
 void CheckHeadings(const CsvReader& reader, const std::vector<std::string>& ignored) {
     std::unordered_set<std::string_view> known;

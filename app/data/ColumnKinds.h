@@ -16,6 +16,12 @@ struct ColumnChoices {
     std::vector<std::string> continuous;
 };
 
+/// Refuses names that are in none of the lists. `complaint` stands before the name. Throws
+/// UsageError.
+void RequireColumns(const std::vector<std::string>& names,
+                    const std::vector<const std::vector<std::string>*>& lists,
+                    const std::string& complaint);
+
 /// Refuses headings of a reference that name no column for certain: an empty one, and one that
 /// stands twice. The columns named in `ignored` may have any heading. Throws InputError.
 void CheckHeadings(const CsvReader& reader, const std::vector<std::string>& ignored);
@@ -33,6 +39,6 @@ void CheckNewHeadings(const CsvReader& reader, const std::vector<std::string>& r
 /// Throws UsageError for choices of a kind that name no column and for contradicting ones,
 /// InputError when a column that was chosen as continuous holds anything but numbers, Cancelled.
 std::vector<Column> SettleKinds(CsvReader& reader, const ColumnChoices& choices,
-                                const MissingTokens& missing);
+                                const MADocuments::MissingTokens& missing);
 
 }  // namespace app

@@ -6,7 +6,7 @@
 #include <array>
 #include <cstring>
 
-#include "accredit/documents/XmlScan.h"
+#include "accredit/documents/Reference.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
 
@@ -51,7 +51,7 @@ CsvReader::CsvReader(const std::string& path, Reading reading, Progress& progres
       mNext(mBuffer.data()),
       mEnd(mBuffer.data()) {
     Refill();
-    if (BeginsLikeXml({mNext, static_cast<std::size_t>(mEnd - mNext)})) {
+    if (MADocuments::BeginsLikeDocument({mNext, static_cast<std::size_t>(mEnd - mNext)})) {
         throw InputError(mFile.Name() + ": this looks like a stored reference, not data");
     }
     ReadHeading();

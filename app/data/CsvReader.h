@@ -24,6 +24,9 @@ public:
     /// Throws InputError, Cancelled.
     CsvReader(const std::string& path, Reading reading, Progress& progress, MCQueryCancel& cancel);
 
+    /// The file's name for messages, fit to be shown.
+    const std::string& Name() const { return mFile.Name(); }
+
     /// The headings, one for each column, one or more; they may be empty and the same.
     const std::vector<std::string>& Headings() const { return mHeadings; }
 

@@ -21,6 +21,10 @@ using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCNumberEncoder;
 using MCMTD_NAMESPACE::MCVariable;
 
+using MADocuments::MissingTokens;
+using MADocuments::ParseNumber;
+using MADocuments::TrimBlanks;
+
 namespace app {
 
 namespace {

@@ -31,7 +31,7 @@ public:
     /// The file and the missing tokens must outlive this. `columns` has one entry for each column
     /// of the file.
     CsvRecordIter(CsvReader& reader, const std::vector<Column>& columns,
-                  const MissingTokens& missing);
+                  const MADocuments::MissingTokens& missing);
 
     /// The list that describes the records: a variable for each column, an input variable unless
     /// the column is ignored. It shares the encoders with this.
@@ -72,7 +72,7 @@ private:
     void CountCategory(Source& source, std::size_t length);
 
     CsvReader& mReader;
-    const MissingTokens& mMissing;
+    const MADocuments::MissingTokens& mMissing;
     std::vector<Source> mSources;
     MCMTD_NAMESPACE::MCVarList mVarList;
     std::vector<double> mValues;
