@@ -18,6 +18,11 @@ public:
 
     bool QueryCancel() override;
 
+    /// From now on a signal ends the program: with a complaint, exit status 2, and nothing undone.
+    /// Call this when nobody asks the query any more and the terminal holds no progress bar. Throws
+    /// Cancelled if a signal has come already.
+    void EndAtOnce();
+
 private:
     struct sigaction mOldInt = {};
     struct sigaction mOldTerm = {};
