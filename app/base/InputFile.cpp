@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <new>
 #include <system_error>
 
 #include "app/base/Errors.h"
@@ -19,7 +20,7 @@ std::string FileName(const std::string& path) {
 
 InputFile::InputFile(const std::string& path, Reading reading, Progress& progress,
                      MCQueryCancel& cancel)
-    : mName(FileName(path)), mReading(reading), mProgress(progress), mCancel(cancel) {
+    : mName(FileName(path)), mProgress(progress), mCancel(cancel) {
     const bool isInput = path == "-";
     if (isInput) {
         mDescriptor = STDIN_FILENO;
@@ -27,9 +28,10 @@ InputFile::InputFile(const std::string& path, Reading reading, Progress& progres
         Open(path, reading);
     }
     const bool known = fstat(mDescriptor, &mOpened) == 0;
-    const bool regular = !isInput && known && S_ISREG(mOpened.st_mode);
-    if (regular) mSize = static_cast<std::uint64_t>(mOpened.st_size);
-    if (!regular && reading == Reading::Repeated) {
+    mIsRegular = known && S_ISREG(mOpened.st_mode);
+    // Standard input may begin anywhere in its file.
+    if (mIsRegular && !isInput) mSize = static_cast<std::uint64_t>(mOpened.st_size);
+    if (!mSize && reading == Reading::Repeated) {
         if (!isInput) close(mDescriptor);
         throw InputError(mName + (known && S_ISDIR(mOpened.st_mode)
                                       ? ": is a directory"
@@ -79,9 +81,10 @@ void InputFile::Rewind() {
     ++mPass;
 }
 
-// Passes over different contents do not belong together.
+// What another program writes meanwhile is read half, and passes over different contents do not
+// belong together.
 void InputFile::RequireUnchanged() const {
-    if (mReading == Reading::Once) return;
+    if (!mIsRegular) return;
     struct stat now = {};
     if (fstat(mDescriptor, &now) != 0) Fail(errno);
     if (now.st_dev != mOpened.st_dev || now.st_ino != mOpened.st_ino ||
@@ -94,6 +97,7 @@ void InputFile::RequireUnchanged() const {
 void InputFile::RefuseChanged() const { throw InputError(mName + ": changed while it was read"); }
 
 void InputFile::Fail(int error) const {
+    if (error == ENOMEM) throw std::bad_alloc();
     if (mDescriptor == STDIN_FILENO && error == EBADF) throw InputError(mName + ": is not open");
     throw InputError(mName + ": " + std::generic_category().message(error));
 }

@@ -33,12 +33,13 @@ public:
     /// The name for messages, fit to be shown.
     const std::string& Name() const { return mName; }
 
-    /// The length of a regular file when it was opened, nothing for any other.
+    /// The length of a regular file when it was opened, nothing for any other and for standard
+    /// input.
     std::optional<std::uint64_t> Size() const { return mSize; }
 
     /// Fills `buffer` with the next `size` bytes, fewer only at the end of the file, and gives
-    /// their number. Throws InputError, also when a file that is read repeatedly turns out at its
-    /// end to have changed since it was opened; Cancelled.
+    /// their number. Throws InputError, also when a regular file turns out at its end to have
+    /// changed since it was opened; Cancelled.
     std::size_t Read(char* buffer, std::size_t size);
 
     /// Goes back to the beginning of a file that is read repeatedly. Throws InputError, also when
@@ -54,11 +55,11 @@ private:
     [[noreturn]] void Fail(int error) const;
 
     std::string mName;
-    Reading mReading;
     Progress& mProgress;
     MCQueryCancel& mCancel;
     int mDescriptor = -1;
     struct stat mOpened = {};
+    bool mIsRegular = false;
     std::optional<std::uint64_t> mSize;
     std::uint64_t mDone = 0;
     int mPass = 1;
