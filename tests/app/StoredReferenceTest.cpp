@@ -1,17 +1,12 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "Accredit.h"
 #include "accredit/documents/Reference.h"
-#include "app/base/Errors.h"
-#include "app/commands/Learn.h"
 #include "fakes/Documents.h"
-#include "fakes/Seams.h"
 
 namespace {
 
@@ -19,7 +14,6 @@ using fakes::Accredit;
 using fakes::Arguments;
 using fakes::Outcome;
 using fakes::TempFile;
-using testing::HasSubstr;
 
 Arguments operator+(Arguments left, const Arguments& right) {
     left.insert(left.end(), right.begin(), right.end());
@@ -84,50 +78,6 @@ TEST(StoredReference, KeepsAwkwardNamesAndValues) {
     // What was ignored when the reference was learned may be ignored again.
     ExpectStoredLikeData(reference.Path(), newPaths, options + Arguments{"--ignore=none"},
                          {"--ignore=none", "--ignore=one", "--weight=code=3"});
-}
-
-TEST(StoredReference, RandomBytesComeBackOrAreRefused) {
-    std::mt19937 random(20240229);
-    // The first 17 a document must hold, the last 3 it cannot hold.
-    const std::string bytes =
-        "abc<>&';]= \t\\|!?/\x7F\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\x01\x1F\xFF";
-    for (int i = 0; i < 300; ++i) {
-        std::string data;
-        for (const char* row : {"h,", "1,", "2,", "3,"}) {
-            std::string text;
-            for (auto n = random() % 4 + 1; n > 0; --n) {
-                text += bytes[random() % (i % 3 == 0 ? 17 : bytes.size())];
-            }
-            data += row + text + "z\n";
-        }
-        const TempFile file(data);
-        const Outcome learned = Accredit({"learn", file.Path(), "--output", "-"});
-        const bool mustBeRefused = data.find_first_of("\x01\x1F\xFF") != std::string::npos;
-        EXPECT_FALSE(learned.status == 0 ? mustBeRefused : i % 3 == 0) << learned.err;
-        if (learned.status == 0) {
-            const std::string document = ExpectStoredLikeData(file.Path(), {file.Path()});
-            if (i % 15 == 0) fakes::KeepDocument(document);
-        } else {
-            EXPECT_THAT(learned.err, HasSubstr("a PMML document cannot hold the column"));
-            EXPECT_EQ(learned.out, "");
-        }
-    }
-}
-
-TEST(Learn, CanBeCancelledAtEveryPoll) {
-    std::string data = "n,c\n";
-    for (int i = 0; i < 100; ++i) data += std::to_string(i) + ",x\n";
-    const TempFile file(data);
-    app::LearnOptions options;
-    options.dataPath = file.Path();
-    app::Progress progress(nullptr);
-    fakes::Query all;
-    app::Learn(options, progress, all);
-    EXPECT_GT(all.polls, 10);
-    for (int poll = 1; poll <= all.polls; ++poll) {
-        fakes::Query query(poll);
-        EXPECT_THROW(app::Learn(options, progress, query), app::Cancelled) << poll;
-    }
 }
 
 }  // namespace

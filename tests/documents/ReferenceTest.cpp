@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <random>
 #include <sstream>
 #include <string>
 
@@ -55,23 +54,22 @@ TEST(Reference, ComesBackFromItsDocument) {
     EXPECT_THROW(ReadReference(Document(), {"t", "n", "k"}), MADocuments::DocumentError);
 }
 
-// The place is said of every document, but not where the document itself is too long.
-TABLE_TEST(ReadReference, RefusesWhatItDoesNotUnderstandAndSaysWhere, 3) {
+// The document with the first place that has one text having another.
+std::string With(const std::string& from, const std::string& to) {
     std::string document = Document();
-    const std::string from = row.Text(0);
     const std::size_t place = document.find(from);
-    ASSERT_NE(place, std::string::npos);
-    document.replace(place, from.size(), row.Text(1));
-    EXPECT_THAT(WhyRefused(document), HasSubstr(row.Text(2)));
-    EXPECT_THAT(WhyRefused(document), testing::MatchesRegex("[0-9]+:[0-9]+: (.|\n)*"));
+    if (place == std::string::npos) fakes::Refuse(from, "is not in the document");
+    return document.replace(place, from.size(), to);
+}
+
+TABLE_TEST(ReadReference, RefusesWhatItDoesNotUnderstandAndSaysWhere, 3) {
+    const std::string why = WhyRefused(With(row.Text(0), row.Text(1)));
+    EXPECT_THAT(why, HasSubstr(row.Text(2)));
+    EXPECT_THAT(why, testing::MatchesRegex("[0-9]+:[0-9]+: (.|\n)*"));
 }
 
 TABLE_TEST(ReadReference, TakesWhatNeedNotBeSo, 2) {
-    std::string document = Document();
-    const std::string from = row.Text(0);
-    const std::size_t place = document.find(from);
-    ASSERT_NE(place, std::string::npos);
-    EXPECT_EQ(WhyRefused(document.replace(place, from.size(), row.Text(1))), "");
+    EXPECT_EQ(WhyRefused(With(row.Text(0), row.Text(1))), "");
 }
 
 // "cases; min max mean deviation; cut points; frequencies" of one variable.
@@ -96,36 +94,6 @@ TEST(ReadReference, TakesBoundedTimeForNestedAndLongDocuments) {
     EXPECT_EQ(WhyRefused("<PMML>" + deep), "1:100: elements are nested too deep");
     const std::string text(MADocuments::kMaxDocumentSize + 1, ' ');
     EXPECT_EQ(WhyRefused(text), "a document of more than 256 MiB");
-}
-
-TEST(ReadReference, SurvivesAnyChangeOfADocument) {
-    std::mt19937 random(3);
-    int refused = 0;
-    for (int i = 0; i < 3000; ++i) {
-        std::string changed = Document();
-        for (auto n = random() % 3 + 1; n > 0 && !changed.empty(); --n) {
-            const std::size_t at = random() % changed.size();
-            const std::size_t length = random() % 40;
-            switch (random() % 5) {
-                case 0:
-                    changed[at] = static_cast<char>(random() % 256);
-                    break;
-                case 1:
-                    changed[at] = "<>&\"'/= 0-9.e?!#;"[random() % 17];
-                    break;
-                case 2:
-                    changed.erase(at, length);
-                    break;
-                case 3:
-                    changed.insert(at, changed.substr(random() % changed.size(), length));
-                    break;
-                default:
-                    changed.resize(i % 10 == 0 ? at : changed.size());
-            }
-        }
-        refused += WhyRefused(changed).empty() ? 0 : 1;
-    }
-    EXPECT_GT(refused, 1000);
 }
 
 TEST(ReadReference, TakesWhatTheLibraryAloneWrites) {
