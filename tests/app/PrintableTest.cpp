@@ -18,19 +18,18 @@
 
 namespace {
 
-TEST(Printable, EscapesWhatCouldNotBeSeen) {
-    for (const fakes::Row& row : fakes::Rows(4)) {
-        EXPECT_EQ(app::Printable(row.Text(0)), row.Text(1)) << row.Label();
-        EXPECT_EQ(app::JsonText(row.Text(0)), row.Text(2)) << row.Label();
-        EXPECT_EQ(app::ShellQuoted(row.Text(0)), row.Text(3)) << row.Label();
-    }
+TABLE_TEST(Printable, EscapesWhatCouldNotBeSeen, 4) {
+    EXPECT_EQ(app::Printable(row.Text(0)), row.Text(1));
+    EXPECT_EQ(app::JsonText(row.Text(0)), row.Text(2));
+    EXPECT_EQ(app::ShellQuoted(row.Text(0)), row.Text(3));
 }
 
-TEST(Printable, CutsToWhatAPersonReads) {
-    for (const fakes::Row& row : fakes::Rows(3)) {
-        EXPECT_EQ(app::Shortened(row.Text(0)), row.Text(1)) << row.Label();
-        EXPECT_EQ(app::ShownName(row.Text(0), 17), row.Text(2)) << row.Label();
-    }
+TABLE_TEST(Printable, CutsToWhatAPersonReads, 3) {
+    EXPECT_EQ(app::Shortened(row.Text(0)), row.Text(1));
+    EXPECT_EQ(app::ShownName(row.Text(0), 17), row.Text(2));
+}
+
+TEST(Printable, CutsTextsOfAnyLengthAtOnce) {
     // A tenth of a second or so if it is cut first, hours if it is escaped first.
     for (const char* piece : {"x", "\x01", "\xCC\x81", "\xE1\x80\xAC"}) {
         std::string text = "x";
