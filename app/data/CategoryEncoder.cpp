@@ -12,17 +12,16 @@ int CategoryEncoder::FindCategory(std::string_view value) const {
 }
 
 int CategoryEncoder::AddCategory(std::string_view value) {
-    const int known = FindCategory(value);
-    if (known >= 0) return known;
-    const int code = GetNumCategories();
-    mCategories.push_back(std::make_unique<const std::string>(value));
-    mCodes.emplace(*mCategories.back(), code);
-    return code;
+    const auto place = mCodes.lower_bound(value);
+    if (place != mCodes.end() && place->first == value) return place->second;
+    const auto added = mCodes.emplace_hint(place, value, Count());
+    mCategories.push_back(&added->first);
+    return added->second;
 }
 
 int CategoryEncoder::AddNamelessCategory() {
-    mCategories.push_back(std::make_unique<const std::string>());
-    return GetNumCategories() - 1;
+    mCategories.push_back(nullptr);
+    return Count() - 1;
 }
 
 double CategoryEncoder::EncodeString(const std::string& value) const { return FindCategory(value); }
@@ -30,8 +29,9 @@ double CategoryEncoder::EncodeString(const std::string& value) const { return Fi
 double CategoryEncoder::EncodeNumber(double /*value*/) const { return -1.0; }
 
 std::string CategoryEncoder::DecodeString(int code) const {
-    if (code < 0 || code >= GetNumCategories()) return {};
-    return *mCategories[static_cast<std::size_t>(code)];
+    if (code < 0 || code >= Count()) return {};
+    const std::string* const category = mCategories[static_cast<std::size_t>(code)];
+    return category ? *category : std::string();
 }
 
 double CategoryEncoder::DecodeNumber(int /*code*/) const { return MCMV::Missing(); }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <memory>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "accredit/host/IMCEncoder.h"
@@ -29,7 +29,7 @@ public:
     int AddNamelessCategory();
 
     int GetValueType() const override { return ValueTypeString; }
-    int GetNumCategories() const override { return static_cast<int>(mCategories.size()); }
+    int GetNumCategories() const override { return Count(); }
     double EncodeString(const std::string& value) const override;
     /// Always -1.
     double EncodeNumber(double value) const override;
@@ -39,9 +39,11 @@ public:
     double DecodeNumber(int code) const override;
 
 private:
-    // Each on its own, so that the keys can be views of them.
-    std::vector<std::unique_ptr<const std::string>> mCategories;
-    std::unordered_map<std::string_view, int> mCodes;
+    int Count() const { return static_cast<int>(mCategories.size()); }
+
+    // The texts are a stranger's, who could choose them so that a hash map becomes slow.
+    std::map<std::string, int, std::less<>> mCodes;
+    std::vector<const std::string*> mCategories;  // the keys by code, null for a nameless one
 };
 
 }  // namespace app

@@ -4,10 +4,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <set>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 
 #include "accredit/documents/NumberText.h"
 #include "app/base/Errors.h"
@@ -25,8 +24,9 @@ constexpr const char* kHeadingTwice = "an earlier column has this heading";
 
 enum class Choice { None, Ignored, Categorical, Continuous };
 
-// Every position of every heading: an ignored heading may stand at several.
-using Positions = std::unordered_multimap<std::string_view, std::size_t>;
+// Every position of every heading: an ignored heading may stand at several. The texts are a
+// stranger's, who could choose them so that a hash map becomes slow.
+using Positions = std::multimap<std::string_view, std::size_t>;
 
 void Choose(const std::vector<std::string>& names, Choice choice, const Positions& positions,
             std::vector<Choice>& choices) {
@@ -100,8 +100,8 @@ void RequireColumns(const std::vector<std::string>& names,
 }
 
 void CheckHeadings(const CsvReader& reader, const std::vector<std::string>& ignored) {
-    std::unordered_set<std::string_view> known;
-    const std::unordered_set<std::string_view> exempt(ignored.begin(), ignored.end());
+    std::set<std::string_view> known;
+    const std::set<std::string_view> exempt(ignored.begin(), ignored.end());
     for (std::size_t i = 0; i < reader.Headings().size(); ++i) {
         const std::string& heading = reader.Headings()[i];
         if (exempt.count(heading) != 0) continue;
@@ -112,9 +112,9 @@ void CheckHeadings(const CsvReader& reader, const std::vector<std::string>& igno
 
 void CheckNewHeadings(const CsvReader& reader, const std::vector<std::string>& reference,
                       const std::vector<std::string>& ignored) {
-    std::unordered_set<std::string_view> expected(reference.begin(), reference.end());
+    std::set<std::string_view> expected(reference.begin(), reference.end());
     for (const std::string& name : ignored) expected.erase(name);
-    std::unordered_set<std::string_view> met;
+    std::set<std::string_view> met;
     for (std::size_t i = 0; i < reader.Headings().size(); ++i) {
         const std::string& heading = reader.Headings()[i];
         if (expected.count(heading) != 0 && !met.insert(heading).second) {

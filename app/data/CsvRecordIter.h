@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "accredit/documents/MissingTokens.h"
@@ -77,7 +77,7 @@ private:
     MCMTD_NAMESPACE::MCVarList mVarList;
     std::vector<double> mValues;
     MCCommon::Record mRecord;
-    std::unordered_map<std::size_t, std::string> mUnknown;  // by column
+    std::map<std::size_t, std::string> mUnknown;  // by column
     std::size_t mCategoryBytes = 0;
     bool mRewound = false;
     bool mHasRow = false;
