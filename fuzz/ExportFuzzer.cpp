@@ -10,6 +10,7 @@
 #include "SameSummary.h"
 #include "WellFormed.h"
 #include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/diststats/MAProblems.h"
 #include "accredit/host/MCNumberEncoder.h"
 #include "accredit/host/MCStringEncoder.h"
 #include "accredit/host/MCVariable.h"
@@ -79,10 +80,13 @@ bool AreFinite(const std::vector<double>& numbers) {
     return std::all_of(numbers.begin(), numbers.end(), [](double n) { return std::isfinite(n); });
 }
 
-bool CanBeHeld(const MCVarList& list, const MADistStatsImp& stats, const MCApplicInfo4XML& info) {
-    // Without a name the version is not written.
-    if (!IsText(info.name) || !IsText(info.timestamp)) return false;
-    if (!info.name.empty() && !IsText(info.version)) return false;
+// Without a name the version is not written.
+bool CanBeHeld(const MCApplicInfo4XML& info) {
+    return IsText(info.name) && IsText(info.timestamp) &&
+           (info.name.empty() || IsText(info.version));
+}
+
+bool CanBeHeld(const MCVarList& list, const MADistStatsImp& stats) {
     std::set<std::string> names;
     for (unsigned int s = 0; s < stats.GetVarCount(); ++s) {
         const int position = static_cast<int>(s);
@@ -186,7 +190,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::ostringstream out;
     const bool written = stats.ExportAsXML(&info, out).IsOK();
     const std::string document = out.str();
-    Require(written == CanBeHeld(list, stats, info), "what can be held is written");
+    const bool good = CanBeHeld(list, stats);
+    const int culprit = MAFindExportProblem(MADistStats(new MADistStatsImp(stats))).slot;
+    Require(good == (culprit < 0), "what cannot be held is found");
+    Require(written == (good && CanBeHeld(info)), "what can be held is written");
     Require(written != document.empty(), "nothing is written without success");
     if (!written) return 0;
 

@@ -146,13 +146,15 @@ private:
         const bool accepted = mStats.SetAllStats(stats);
 
         const unsigned int slot = SlotOf(name);
-        const bool casesFit = s.cases > -1.0 && s.cases < 0x1p64;
+        const bool casesFit = s.cases > -1.0 && s.cases <= 0x1p64;
+        const unsigned long count = !casesFit           ? 0
+                                    : s.cases == 0x1p64 ? ~0UL
+                                                        : static_cast<unsigned long>(s.cases);
         if (!Exists(slot) || mStats.IsCategorical(slot) != categorical || !casesFit ||
-            !(categorical || openLeft) ||
-            !s.IsGood(categorical, static_cast<unsigned long>(s.cases))) {
+            !(categorical || openLeft) || !s.IsGood(categorical, count)) {
             return Require(!accepted, "what does not fit the variable is refused");
         }
-        s.StoreIn(mExpected[slot], categorical, static_cast<unsigned long>(s.cases));
+        s.StoreIn(mExpected[slot], categorical, count);
         const bool good =
             categorical ? CategoriesFit(slot, frequencies) : BinsFit(margins, frequencies);
         Require(accepted == good, "good statistics are accepted");

@@ -83,27 +83,21 @@ void MCPMMLExporter::SetMissingValues(const std::vector<std::string>& texts) {
 MCStatus MCPMMLExporter::ExportDataDictionary(const MCVarList& varList,
                                               const std::vector<int>& listIndexes,
                                               XMLElement*& element) {
-    const auto size = static_cast<int>(varList.Size());
-    std::vector<bool> wanted(varList.Size(), false);
-    for (const int index : listIndexes) {
-        if (index >= 0 && index < size) wanted[static_cast<std::size_t>(index)] = true;
-    }
-
+    const std::set<int> positions(listIndexes.begin(), listIndexes.end());
     int categories = 0;
-    for (int index = 0; index < size; ++index) {
-        const bool categorical =
-            wanted[static_cast<std::size_t>(index)] &&
-            MCMTD_NAMESPACE::IsCategoricalLevel(varList.GetVarAt(index)->GetMeasureLevel());
-        if (categorical && !CountFieldValues(*varList.GetEncoderAt(index), categories)) {
+    for (const int position : positions) {
+        const IMCVariable* variable = varList.GetVarAt(position);
+        if (variable && MCMTD_NAMESPACE::IsCategoricalLevel(variable->GetMeasureLevel()) &&
+            !CountFieldValues(*varList.GetEncoderAt(position), categories)) {
             return Deliver(nullptr, element);
         }
     }
 
     mCategories.clear();
     ElementPtr dictionary = NewElement(gDataDictionary);
-    for (int index = 0; index < size; ++index) {
-        if (!wanted[static_cast<std::size_t>(index)]) continue;
-        ElementPtr field = MakeDataField(varList, index);
+    for (const int position : positions) {
+        if (!varList.GetVarAt(position)) continue;
+        ElementPtr field = MakeDataField(varList, position);
         if (!field) return Deliver(nullptr, element);
         Adopt(*dictionary, std::move(field));
     }

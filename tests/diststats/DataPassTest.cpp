@@ -83,27 +83,6 @@ TEST(DataPass, FindsTheSameBinAsALinearSearchForAnyNumberOfCutPoints) {
     }
 }
 
-TEST(DataPass, KeepsItsPrecisionFarFromZero) {
-    // Shifting data by a power of two that leaves every value exact must not change the spread.
-    Numbers values;
-    Numbers shifted;
-    for (int i = 0; i < 1000; ++i) {
-        values.push_back((i * 37 % 101) * 0.25);
-        shifted.push_back(values.back() + 134217728.0);
-    }
-    const MADistStats stats = fakes::Summary(List("x"), Column(values));
-    const MADistStats far = fakes::Summary(List("x"), Column(shifted));
-    double mean = 0.0;
-    double stdDev = 0.0;
-    double farMean = 0.0;
-    double farStdDev = 0.0;
-    stats.GetMeanStdDev(0, mean, stdDev);
-    far.GetMeanStdDev(0, farMean, farStdDev);
-    EXPECT_NEAR(farStdDev / stdDev, 1.0, 1e-9);
-    EXPECT_NEAR(farMean - 134217728.0, mean, 1e-6);
-    EXPECT_EQ(far.GetFrequencies(0), stats.GetFrequencies(0));
-}
-
 TEST(DataPass, FailsAtEveryRecordWithTheSourcesReason) {
     // 4 fetches of the first pass and 4 of the second.
     for (std::size_t fetch = 1; fetch <= 8; ++fetch) {

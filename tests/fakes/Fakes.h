@@ -87,7 +87,7 @@ inline std::vector<Numbers> Column(const Numbers& values) {
 /// that of the cases where it is known, or "name; cases; min max mean deviation;
 /// margins; frequencies", with "; closed left" at the end for bins that hold their lower margin.
 inline MCMTD_NAMESPACE::MCUniStats UniStats(const std::string& text) {
-    const std::vector<std::string> parts = Split(text + " ", ';');
+    const std::vector<std::string> parts = Words(text + " ", ';');
     const std::size_t size = parts.size();
     if (size != 3 && size != 5 && (size != 6 || parts[5] != "closed left")) {
         Refuse(text, "is no statistics of a variable");
