@@ -10,6 +10,9 @@
 #include "accredit/host/MCVarList.h"
 #include "accredit/host/MultiPassRecordIter.h"
 
+/// @file
+/// Comparing new data with a reference summary.
+
 class MAAccreditorImp;
 
 /// Answers whether new data looks like the data that a model was built on. It summarises the new

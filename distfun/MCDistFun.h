@@ -4,6 +4,9 @@
 
 #include "accredit/host/AccreditExport.h"
 
+/// @file
+/// The distribution functions, their inverses, and what is computed of grouped data.
+
 /// Mathematics.
 namespace MAMath {
 

@@ -11,6 +11,9 @@
 #include "accredit/host/MCStatus.h"
 #include "accredit/host/MCVarList.h"
 
+/// @file
+/// The summary of all input variables, as it is read.
+
 /// A handle on a summary: a value that owns a MADistStatsImp and copies it deeply. An empty handle
 /// is legal, and reading it never fails.
 ///

@@ -15,6 +15,9 @@
 #include "accredit/host/MultiPassRecordIter.h"
 #include "accredit/host/Record.h"
 
+/// @file
+/// The summary of all input variables, as it is made, loaded and written.
+
 class MCPMMLExporter;
 
 namespace MCXML_NAMESPACE {

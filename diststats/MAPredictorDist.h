@@ -11,6 +11,9 @@
 #include "accredit/host/MCVarList.h"
 #include "accredit/host/MultiPassRecordIter.h"
 
+/// @file
+/// Summarising a model's data.
+
 class MAPredictorDistImp;
 
 /// Summarises the data that a model is built on, and writes the summary as a PMML document: what

@@ -3,6 +3,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/MCMV.h"
 
+/// @file
+/// The summary of one variable.
+
 /// The summary of one variable: a plain record, copied by value.
 ///
 /// While the first data pass runs, `stdDev` holds the running sum of squared deviations from the

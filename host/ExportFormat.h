@@ -2,6 +2,9 @@
 
 #include "accredit/host/AccreditExport.h"
 
+/// @file
+/// How an element is written as text.
+
 /// Trees of XML elements.
 namespace MCXML_NAMESPACE {
 

@@ -4,6 +4,9 @@
 
 #include "accredit/host/AccreditExport.h"
 
+/// @file
+/// What gives categories their codes.
+
 namespace MCMTD_NAMESPACE {
 
 /// Maps the category values of one categorical variable to codes and back. The codes are 0 to

@@ -2,6 +2,9 @@
 
 #include <string>
 
+/// @file
+/// What a document says of the application that wrote it.
+
 /// What the header of a document says about the application that had it written. The strings are
 /// UTF-8; an empty one is not given.
 struct MCApplicInfo4XML {

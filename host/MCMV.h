@@ -2,6 +2,9 @@
 
 #include "accredit/host/AccreditExport.h"
 
+/// @file
+/// The missing value.
+
 /// The system-missing value: one finite double that marks a missing datum in a record, a statistic
 /// that does not exist, and the failed result of a distribution function.
 ///

@@ -7,6 +7,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/IMCEncoder.h"
 
+/// @file
+/// Codes for categories that are numbers.
+
 namespace MCMTD_NAMESPACE {
 
 /// A ready-made encoder of number categories, compared by value: 0.0 and -0.0 are one category, and

@@ -15,6 +15,9 @@
 #include "accredit/host/MCVarList.h"
 #include "accredit/host/XMLElement.h"
 
+/// @file
+/// Writing statistics as a PMML document.
+
 /// Makes the elements of one PMML 3.1 document. A caller that puts them together in the order of
 /// the operations below gets a document that is valid and that holds everything it was given.
 ///

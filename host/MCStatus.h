@@ -5,6 +5,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/MAStatus.h"
 
+/// @file
+/// What an operation gives back when it fails, and when it does not.
+
 namespace MCCommon {
 
 /// The result of every operation that can fail, and what a constructor that fails throws: a code, a

@@ -7,6 +7,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/IMCEncoder.h"
 
+/// @file
+/// Codes for categories that are texts.
+
 namespace MCMTD_NAMESPACE {
 
 /// A ready-made encoder of string categories, compared byte by byte.

@@ -6,6 +6,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/MultiPassRecordIter.h"
 
+/// @file
+/// Records from a table in memory.
+
 namespace MCCommon {
 
 /// A record source over a table in memory.

@@ -6,6 +6,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/MCMV.h"
 
+/// @file
+/// The stored statistics of one variable.
+
 namespace MCMTD_NAMESPACE {
 
 /// The statistics of one variable, as they travel into a document and out of one. A value: it keeps

@@ -10,6 +10,9 @@
 #include "accredit/host/IMCEncoder.h"
 #include "accredit/host/IMCVariable.h"
 
+/// @file
+/// The list of the variables of a record, with their encoders.
+
 namespace MCMTD_NAMESPACE {
 
 /// An ordered list of variables of all roles, each categorical one with its encoder. Positions

@@ -5,6 +5,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/IMCVariable.h"
 
+/// @file
+/// A variable by its name, its kind and its role.
+
 namespace MCMTD_NAMESPACE {
 
 /// A ready-made variable: it answers what it was constructed with.

@@ -3,6 +3,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/Record.h"
 
+/// @file
+/// What records come from.
+
 namespace MCCommon {
 
 /// A source of records that can be read more than once. Applications derive their own;

@@ -2,6 +2,9 @@
 
 #include "accredit/host/AccreditExport.h"
 
+/// @file
+/// One data record.
+
 /// Records, their sources, and status values.
 namespace MCCommon {
 

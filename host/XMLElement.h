@@ -8,6 +8,9 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/ExportFormat.h"
 
+/// @file
+/// An element of a document, with what it holds.
+
 namespace MCXML_NAMESPACE {
 
 /// A node of an XML tree, made on the heap by Create. It owns the children that it took.
