@@ -1,9 +1,11 @@
-// Uses every folder of the library, catches what it throws, and hands it classes of its own.
+// Uses every folder of the library beside a header of the application's own that bears the same name
+// as one of them, catches what the library throws, and hands it classes of its own.
 
-#include <accreditation/MAAccreditor.h>
-#include <distfun/MCDistFun.h>
-#include <host/MCTableRecordIter.h>
-#include <host/MCVariable.h>
+#include <accredit/accreditation/MAAccreditor.h>
+#include <accredit/distfun/MCDistFun.h>
+#include <accredit/host/MCTableRecordIter.h>
+#include <accredit/host/MCVariable.h>
+#include <host/Record.h>
 
 #include <cstdio>
 
@@ -33,7 +35,8 @@ int main() {
         thrown = status.GetCode() == MAStatusNoInputVars;
     }
     list.Add(Sensor());
-    MCCommon::MCTableRecordIter records({1.0, 2.0, 3.0, 4.0}, 1);
+    const Record own{{1.0, 2.0, 3.0, 4.0}};
+    MCCommon::MCTableRecordIter records({own.values, own.values + 4}, 1);
     const MADistStats reference(new MADistStatsImp(list, records, {}, nullptr));
     records.Rewind();
     MAAccreditor accreditor(list, records, nullptr);

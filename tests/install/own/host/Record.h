@@ -1,0 +1,6 @@
+// The application's own header of a name that the library has as well.
+#pragma once
+
+struct Record {
+    double values[4];
+};
