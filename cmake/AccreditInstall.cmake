@@ -46,35 +46,5 @@ if(ACCREDIT_BUILD_APP)
             DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
 endif()
 
-# The licence goes where Debian looks for it, once a package.
-foreach(component_package library:libaccredit${PROJECT_VERSION_MAJOR} dev:libaccredit-dev program:accredit)
-    string(REPLACE ":" ";" pair "${component_package}")
-    list(GET pair 0 component)
-    list(GET pair 1 package)
-    install(FILES "${PROJECT_SOURCE_DIR}/LICENSE"
-            DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}" RENAME copyright
-            COMPONENT ${component})
-endforeach()
-
-# cmake --workflow --preset package makes three Debian packages: the shared library, what a developer
-# needs, and the program, which has the library linked in.
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "The Accredit authors <authors@accredit.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL library dev program)
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "libaccredit${PROJECT_VERSION_MAJOR}")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME libaccredit-dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
-    "libaccredit${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME accredit)
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
-include(CPack)
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+        DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT dev)
