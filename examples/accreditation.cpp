@@ -1,5 +1,5 @@
-// The whole road of one accreditation, with data in memory: summarise the model's data, summarise
-// new data with the same bins, compare the two.
+// A whole accreditation, with data in memory: summarise the model's data, summarise new data with
+// the same bins, compare the two.
 
 #include <cstddef>
 #include <iostream>
