@@ -38,14 +38,14 @@ constexpr std::string_view kCheckHelp =
 
 Usage: accredit check [OPTIONS] REFERENCE NEW.csv
 
-REFERENCE is what 'accredit learn' stored, or the data itself; NEW is data. Data is a file of
-comma-separated values with a heading; columns are matched by name, in any order. Blanks around
-numbers do not count, those of headings and categories do. NEW may be '-' for standard input, and so
-may a stored REFERENCE.
+REFERENCE is what 'accredit learn' stored, or the data itself; NEW is data. Data
+is a file of comma-separated values with a heading; columns are matched by name,
+in any order. Blanks around numbers do not count, those of headings and
+categories do. NEW may be '-' for standard input, and so may a stored REFERENCE.
 
-A table shows for each variable of the reference how well the new data fits it, as a p-value. The
-accreditation is their mean: near 1 if the new data still looks like the reference, near 0 if it
-does not.
+A table shows for each variable of the reference how well the new data fits it,
+as a p-value. The accreditation is their mean: near 1 if the new data still
+looks like the reference, near 0 if it does not.
 
 Columns:
   --ignore COLUMN        leave a column out
@@ -54,36 +54,43 @@ Columns:
 Columns, when REFERENCE is data; a stored reference has settled these:
   --categorical COLUMN   take the numbers of a column as categories
   --continuous COLUMN    insist that a column holds numbers
-  --missing TOKEN        a text that stands for a missing value, besides 'NA' and the empty field;
-                         compared as text (-9 is not -9.0), blanks around it do not count
+  --missing TOKEN        a text that stands for a missing value, besides 'NA'
+                         and the empty field; compared as text (-9 is not
+                         -9.0), blanks around it do not count
 
 Result:
-  --fail-below X         exit with status 1 if the accreditation is below X, from 0 to 1
+  --fail-below X         exit with status 1 if the accreditation is below X,
+                         from 0 to 1
   --format text|json     print a table (the default) or JSON
 
   -h, --help             show this help
   --version              show the version
 
-Options that name a column or a token may be repeated. A column of the data that holds nothing but
-numbers is continuous, any other is categorical. In a file of one column a blank line is a missing
-value; in any other it is passed over. A variable whose frequencies or moments say nothing is not
-tested, and then there is no accreditation.
+Options that name a column or a token may be repeated. A column of the data that
+holds nothing but numbers is continuous, any other is categorical. In a file of
+one column a blank line is a missing value; in any other it is passed over. A
+variable whose frequencies or moments say nothing is not tested, and then there
+is no accreditation.
 
-Exit status: 0 if there is an accreditation, not below X; 1 if it is below X or the data cannot be
-compared; 2 for wrong usage, unreadable or malformed files, or an interrupt.
+Exit status: 0 if there is an accreditation, not below X; 1 if it is below X or
+the data cannot be compared; 2 for wrong usage, unreadable or malformed files,
+too little memory, or an interrupt.
 
 Example:
-  accredit check --missing '?' --ignore id --weight age=2 --fail-below 0.05 train.csv today.csv
+  accredit check --missing '?' --ignore id --weight age=2 --fail-below 0.05 \
+      train.csv today.csv
 )";
 
 constexpr std::string_view kLearnHelp =
-    R"(accredit learn - summarise the data a model is built on and store that as a reference
+    R"(accredit learn - summarise the data a model is built on and store that as a
+reference
 
 Usage: accredit learn [OPTIONS] DATA.csv --output REFERENCE.pmml
 
-DATA is a file of comma-separated values with a heading. The reference is a PMML 3.1 document with a
-summary of every column; new data is later checked against it without the old data. It is written as
-a whole or not at all, and replaces a file that is there.
+DATA is a file of comma-separated values with a heading. The reference is a PMML
+3.1 document with a summary of every column; new data is later checked against
+it without the old data. It is written as a whole or not at all, and replaces a
+file that is there.
 
   --output REFERENCE     the file to write; '-' is standard output
 
@@ -91,19 +98,23 @@ Columns:
   --ignore COLUMN        leave a column out
   --categorical COLUMN   take the numbers of a column as categories
   --continuous COLUMN    insist that a column holds numbers
-  --missing TOKEN        a text that stands for a missing value, besides 'NA' and the empty field;
-                         compared as text (-9 is not -9.0), blanks around it do not count
+  --missing TOKEN        a text that stands for a missing value, besides 'NA'
+                         and the empty field; compared as text (-9 is not
+                         -9.0), blanks around it do not count
 
   -h, --help             show this help
   --version              show the version
 
-Options that name a column or a token may be repeated. A column that holds nothing but numbers is
-continuous, any other is categorical. Blanks around numbers do not count, those of headings and
-categories do. In a file of one column a blank line is a missing value; in any other it is passed
-over. Headings and categories must be UTF-8 without control characters other than tab and line end.
+Options that name a column or a token may be repeated. A column that holds
+nothing but numbers is continuous, any other is categorical. Blanks around
+numbers do not count, those of headings and categories do. In a file of one
+column a blank line is a missing value; in any other it is passed over. Headings
+and categories must be UTF-8 without control characters other than tab and line
+end.
 
-Exit status: 0 if the reference was written; 2 for wrong usage, unreadable or malformed data, data
-without rows or that a reference cannot hold, a file that cannot be written, or an interrupt.
+Exit status: 0 if the reference was written; 2 for wrong usage, unreadable or
+malformed data, data without rows or that a reference cannot hold, a file that
+cannot be written, too little memory, or an interrupt.
 
 Example:
   accredit learn --missing '?' --ignore id train.csv --output train.pmml
@@ -116,12 +127,16 @@ Usage: accredit show [OPTIONS] REFERENCE
 
 REFERENCE is what 'accredit learn' stored; '-' is standard input.
 
-  --format text|json     print a listing (the default), or JSON with the categories, the missing
-                         data and all digits
+  --format text|json     print a listing (the default), or JSON with the
+                         categories, the missing data and all digits
   -h, --help             show this help
   --version              show the version
 
-Exit status: 0, or 2 for wrong usage, an unreadable file, or one that is no reference.
+Exit status: 0, or 2 for wrong usage, an unreadable file, one that is no
+reference, too little memory, or an interrupt.
+
+Example:
+  accredit show train.pmml
 )";
 
 double ParseValue(std::string_view option, std::string_view text) {
