@@ -13,8 +13,6 @@ namespace MADocuments {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 // Values this close have squared deviations near the smallest double, and values this far apart
 // near the largest, so that the standard deviation says little about them.
 constexpr double kClose = 1e-140;
@@ -86,8 +84,9 @@ bool CellsOf(const Bins& bins, const MCUniStats::SummStats& summary, std::vector
     const double range = summary.max - summary.min;
     const std::size_t last = bins.frequencies.size() - 1;
     for (std::size_t bin = 0; bin <= last; ++bin) {
-        const double left = bin == 0 ? -kInfinity : bins.margins[bin];
-        const double right = bin == last ? kInfinity : bins.margins[bin + 1];
+        const double left = bin == 0 ? std::numeric_limits<double>::lowest() : bins.margins[bin];
+        const double right =
+            bin == last ? std::numeric_limits<double>::max() : bins.margins[bin + 1];
         const double frequency = bins.frequencies[bin];
         const bool possible = left < summary.max && right >= summary.min;
         const bool hasEnd = (left < summary.min && right >= summary.min) ||

@@ -47,6 +47,7 @@ std::vector<std::vector<double>> UsableCutPoints(const MADistStats& reference,
     std::vector<int> slots;
     MAAccreditor::MatchVariables(newList, reference.GetVarList(), slots);
     std::vector<std::vector<double>> cutPoints;
+    cutPoints.reserve(slots.size());
     for (const int slot : slots) {
         cutPoints.push_back(reference.GetCutPoints(static_cast<unsigned int>(slot)));
     }
