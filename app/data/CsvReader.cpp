@@ -64,11 +64,13 @@ void CsvReader::ReadHeading() {
     if (beginning.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
         mNext += kByteOrderMark.size();
     }
-    if (!ReadRow()) throw InputError(mFile.Name() + ": the file is empty, there is no heading");
+    if (!ReadRow(BlankLines::ArePassedOver))
+        throw InputError(mFile.Name() + ": the file is empty, there is no heading");
 }
 
 bool CsvReader::Next() {
-    if (!ReadRow()) return false;
+    const bool oneColumn = mHeadings.size() == 1;
+    if (!ReadRow(oneColumn ? BlankLines::AreRows : BlankLines::ArePassedOver)) return false;
     if (mFields.size() < mHeadings.size()) {
         Refuse(mFields.size() - 1,
                fmt::format("the row ends here, the heading has {} columns", mHeadings.size()));
@@ -93,15 +95,17 @@ void CsvReader::Refuse(std::size_t column, const std::string& problem) const {
     Fail(mRowLine, Column(column) + ": " + problem);
 }
 
-bool CsvReader::ReadRow() {
-    if (!SkipLineEnds()) return false;
+bool CsvReader::ReadRow(BlankLines blankLines) {
+    if (!FindRow(blankLines)) return false;
     while (!SplitRow()) Refill();
     UndoubleQuotes();
     return true;
 }
 
-// Goes to the first byte of the next row, false if there is none.
-bool CsvReader::SkipLineEnds() {
+// Goes from the end of a row to the first byte of the next, false if there is none. A blank line
+// begins, as a row, with its line end.
+bool CsvReader::FindRow(BlankLines blankLines) {
+    bool passedOne = false;
     for (;;) {
         if (mNext == mEnd) {
             if (mAtEnd) return false;
@@ -109,7 +113,12 @@ bool CsvReader::SkipLineEnds() {
             continue;
         }
         if (*mNext != '\n' && *mNext != '\r') break;
-        if (*mNext == '\r' || !mAfterCarriageReturn) ++mLine;
+        const bool endsPair = *mNext == '\n' && mAfterCarriageReturn;
+        if (!endsPair) {
+            if (passedOne && blankLines == BlankLines::AreRows) break;
+            passedOne = true;
+            ++mLine;
+        }
         mAfterCarriageReturn = *mNext == '\r';
         ++mNext;
     }

@@ -13,8 +13,9 @@ namespace app {
 
 /// Reads a file of comma-separated values as RFC 4180 has them, row by row: the first row is the
 /// heading, a quoted field may hold commas, line ends and doubled quotes, and blanks belong to the
-/// field. Lines end with LF, CR LF or CR; a byte-order mark and empty lines are passed over. The
-/// file may be of any length, a row of it may not exceed 16 MiB or a million fields.
+/// field. Lines end with LF, CR LF or CR; a byte-order mark is passed over, and so are blank lines,
+/// except that behind the heading of a single column each is a row whose field is empty. The file
+/// may be of any length, a row of it may not exceed 16 MiB or a million fields.
 ///
 /// Whatever is not such a file is refused with InputError: a row with more or fewer fields than the
 /// heading, a quote where none may stand or that is not closed, a NUL byte, a stored reference.
@@ -51,8 +52,10 @@ public:
 
 private:
     void ReadHeading();
-    bool ReadRow();
-    bool SkipLineEnds();
+    enum class BlankLines { ArePassedOver, AreRows };
+
+    bool ReadRow(BlankLines blankLines);
+    bool FindRow(BlankLines blankLines);
     bool SplitRow();
     bool FindClosingQuote(const char*& at, unsigned long long line);
     void AddField(const char* begin, const char* end);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <optional>
 #include <string>
@@ -35,6 +36,20 @@ namespace {
 constexpr std::size_t kCategorySize = 128;
 constexpr std::size_t kMiB = 1'048'576;
 constexpr std::size_t kMaxCategoryBytes = 128 * kMiB;
+
+// Every whole number up to this one is a double of its own.
+constexpr double kMaxWhole = 9007199254740992.0;
+
+// Whether no other whole number than the one that `text` spells gives this double.
+bool IsOneCategory(double number, std::string_view text) {
+    if (std::abs(number) != kMaxWhole) return std::abs(number) < kMaxWhole;
+    // The next whole number is rounded to this one.
+    const std::string_view digits =
+        text.substr(std::min(text.find_first_of("123456789"), text.size()));
+    constexpr std::string_view kDigits = "9007199254740992";
+    return digits.substr(0, kDigits.size()) == kDigits &&
+           digits.find_first_not_of("0.", kDigits.size()) == std::string_view::npos;
+}
 
 // A categorical variable whose encoder grows.
 class GrowingVariable : public MCVariable {
@@ -144,6 +159,13 @@ int CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
     const std::optional<double> number = ParseNumber(text);
     if (!number && !source.reference) mReader.RefuseChanged();
     if (!number) return UnknownCode(source, text);
+    if (!source.reference && !IsOneCategory(*number, text)) {
+        mReader.Refuse(source.column,
+                       fmt::format("\"{}\" lies beyond {:.0f}, where several whole numbers are one "
+                                   "double and would be one category; {} leaves the column out",
+                                   Shortened(text), kMaxWhole,
+                                   ShellOption("--ignore", mReader.Headings()[source.column])));
+    }
     const double code = source.numbers->EncodeNumber(*number);
     if (code >= 0.0) return static_cast<int>(code);
     if (source.reference && source.reference->EncodeNumber(*number) < 0.0) {
