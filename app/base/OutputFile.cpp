@@ -98,10 +98,11 @@ public:
         return fsync(mDescriptor) == 0;
     }
 
-    // Those of the file at `path`, whose status is given, as far as the system lets the program set
-    // them. Where it does not, nobody may use the file who could not before: with another group,
-    // its members and all others get what both groups of people had, and if there is a list that
-    // such a change or its loss could make wider, the owner alone may use it.
+    // Gives the new file the owner, the group and the permissions of the file at `path`, whose
+    // status is given. Where the system does not let the program do that, nobody may use the new
+    // file who could not use the old one: if the group cannot be kept, the new group and all others
+    // get only what the old group and all others both had, and if there is an access control list
+    // that cannot be set or that was made for the old group, the owner alone may use the file.
     bool TakePermissionsOf(const std::string& path, const struct stat& status) const {
         constexpr auto kSameOwner = static_cast<uid_t>(-1);
         const bool sameGroup = fchown(mDescriptor, status.st_uid, status.st_gid) == 0 ||

@@ -85,13 +85,6 @@ std::string ShownName(std::string_view name, std::size_t number) {
     return shown;
 }
 
-std::size_t CountCodePoints(std::string_view text) {
-    return text.size() -
-           static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-               return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-           }));
-}
-
 std::string NotANumber(std::string_view text) {
     return "\"" + Shortened(text) + "\" is not a number that a double can hold";
 }

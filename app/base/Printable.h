@@ -24,7 +24,4 @@ std::string ShownName(std::string_view name, std::size_t number);
 /// The complaint about `text` where a number is wanted, fit to be shown.
 std::string NotANumber(std::string_view text);
 
-/// The number of code points in UTF-8 text.
-std::size_t CountCodePoints(std::string_view text);
-
 }  // namespace app

@@ -9,14 +9,12 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "Accredit.h"
 #include "TempFile.h"
@@ -127,17 +125,16 @@ TEST(OutputFile, IsNotStoppedByWhatKilledRunsLeft) {
     EXPECT_EQ(fakes::ReadFile(folder.Path("file")), "text");
 }
 
-// An access control list with an entry for one more user, as the system keeps it: a version, then
-// tag, rights and user of each entry.
-std::string AccessList() {
-    std::string list("\2\0\0\0", 4);
-    for (const auto& [tag, rights, user] : std::vector<std::array<int, 3>>{
-             {0x01, 6, -1}, {0x02, 6, 1234}, {0x04, 4, -1}, {0x10, 6, -1}, {0x20, 4, -1}}) {
-        list += {static_cast<char>(tag), 0, static_cast<char>(rights), 0};
-        for (int shift = 0; shift < 32; shift += 8) list += static_cast<char>(user >> shift);
-    }
-    return list;
-}
+// An access control list as the system keeps it: a version, then tag, rights and user of each
+// entry. The owner and user 1234 may read and write, the group and all others read.
+const std::string kAccessList(
+    "\2\0\0\0"
+    "\1\0\6\0\xFF\xFF\xFF\xFF"
+    "\2\0\6\0\xD2\4\0\0"
+    "\4\0\4\0\xFF\xFF\xFF\xFF"
+    "\x10\0\6\0\xFF\xFF\xFF\xFF"
+    "\x20\0\4\0\xFF\xFF\xFF\xFF",
+    44);
 
 // The permissions and the list of a file, such as 664+list.
 std::string Access(const std::string& path) {
@@ -152,9 +149,8 @@ std::string Access(const std::string& path) {
 TABLE_TEST(OutputFile, LetsNobodyInWhoWasNot, 4) {
     const Folder folder;
     const std::string file = folder.Path("file");
-    const std::string list = AccessList();
-    const auto setList = [&list](const std::string& path, const char* name) {
-        return setxattr(path.c_str(), name, list.data(), list.size(), 0) == 0;
+    const auto setList = [](const std::string& path, const char* name) {
+        return setxattr(path.c_str(), name, kAccessList.data(), kAccessList.size(), 0) == 0;
     };
     const std::string old = row.Text(0);
     if (!old.empty()) {
