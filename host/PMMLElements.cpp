@@ -56,15 +56,20 @@ ElementPtr MakeArray(std::size_t size, const std::string& type, const std::strin
     return array;
 }
 
+// The values, and zeros behind them where they are fewer than that.
+std::vector<double> AtLeast(std::size_t minimum, std::vector<double> values) {
+    if (values.size() < minimum) values.resize(minimum, 0.0);
+    return values;
+}
+
 // What is common to the frequencies of both kinds of variable.
 class Frequencies {
 public:
-    Frequencies(const MCUniStats& stats, std::size_t minimum) : mValues(stats.GetFrequencies()) {
-        if (mValues.size() < minimum) mValues.resize(minimum, 0.0);
-        mCounts = std::all_of(mValues.begin(), mValues.end(), IsExactCount);
-        const double sum = Sum(mValues);
-        mRegular = sum == stats.GetNumberOfCases() && (!mCounts || sum <= kExactLimit);
-    }
+    Frequencies(const MCUniStats& stats, std::size_t minimum)
+        : mValues(AtLeast(minimum, stats.GetFrequencies())),
+          mCounts(std::all_of(mValues.begin(), mValues.end(), IsExactCount)),
+          mRegular(Sum(mValues) == stats.GetNumberOfCases() &&
+                   (!mCounts || stats.GetNumberOfCases() <= kExactLimit)) {}
 
     std::size_t Size() const { return mValues.size(); }
     bool AreCounts() const { return mCounts; }
@@ -90,8 +95,8 @@ public:
 
 private:
     std::vector<double> mValues;
-    bool mCounts = false;
-    bool mRegular = false;
+    bool mCounts;
+    bool mRegular;
 };
 
 double MissingOf(const MCUniStats& stats) { return stats.HasMissing() ? stats.GetMissing() : 0.0; }

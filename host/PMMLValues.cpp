@@ -42,7 +42,7 @@ int FirstRepeated(const std::vector<std::string>& texts,
     for (std::size_t i = 1; i < sorted.size(); ++i) {
         const auto& [text, later] = sorted[i];
         if (later == kNoCode || text != sorted[i - 1].first) continue;
-        if (first == kNoCode || later < first) first = later;
+        first = first == kNoCode ? later : std::min(first, later);
     }
     return first;
 }

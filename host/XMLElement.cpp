@@ -16,7 +16,8 @@ constexpr std::int64_t kDeepestIndent = 32;
 
 void AppendIndent(std::string& buffer, const ExportFormat& format, std::int64_t level) {
     const std::int64_t levels = std::min(level, kDeepestIndent);
-    buffer.append(static_cast<std::size_t>(format.indent) * static_cast<std::size_t>(levels), ' ');
+    const auto blanks = static_cast<std::size_t>(std::max(format.indent, 0));
+    buffer.append(blanks * static_cast<std::size_t>(levels), ' ');
 }
 
 void AppendLineStart(std::string& buffer, const ExportFormat& format, std::int64_t level) {
@@ -55,7 +56,7 @@ void XMLElement::WriteTo(std::ostream& out, const ExportFormat& format, int leve
     if (depth == 0 && format.declaration) {
         buffer += R"(<?xml version="1.0" encoding="UTF-8"?>)";
         buffer += format.indent < 0 ? "" : "\n";
-    } else if (format.indent > 0) {
+    } else {
         AppendIndent(buffer, format, depth);
     }
 
