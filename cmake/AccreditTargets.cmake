@@ -41,6 +41,10 @@ function(accredit_folder target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
     accredit_compile_options(${target})
+    if(ACCREDIT_BUILD_FUZZERS)
+        # Lets the fuzzers see which branches an input takes; means nothing to other programs.
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    endif()
 endfunction()
 
 # accredit_library_folder(TARGET SOURCES ... LINKS ...): the same for a folder of the library. Results
