@@ -80,12 +80,13 @@ CheckResult Check(const CheckOptions& options, Progress& progress, MCQueryCancel
     }
     // What is no document is read as data, and not from a pipe, which could keep the program
     // waiting.
-    std::optional<Reference> reference =
-        LoadReference(options.referencePath, isInput ? Reading::Once : Reading::Repeated,
-                      options.columns.ignored, progress, cancel);
+    const std::optional<Document> document = LoadDocument(
+        options.referencePath, isInput ? Reading::Once : Reading::Repeated, progress, cancel);
+    std::optional<Reference> reference;
     std::optional<CsvReader> data;
-    if (reference) {
+    if (document) {
         RefuseSettledOptions(options);
+        reference = ReferenceIn(*document, options.columns.ignored);
     } else if (isInput) {
         throw UsageError("the reference cannot be standard input, unless it is a stored one");
     } else {

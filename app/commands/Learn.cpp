@@ -53,7 +53,7 @@ std::string Unwritable(const Reference& reference) {
 
 }  // namespace
 
-std::string Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
+Reference Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
     CsvReader reader(options.dataPath, Reading::Repeated, progress, cancel);
     CheckHeadings(reader, options.columns.ignored);
     RequireColumns(options.columns.ignored, {&reader.Headings()},
@@ -64,16 +64,20 @@ std::string Learn(const LearnOptions& options, Progress& progress, MCQueryCancel
         throw InputError(reader.Name() + ": there are no rows to learn from");
     }
     reference.application = ThisProgram();
+    return reference;
+}
+
+std::string DocumentOf(const Reference& reference, const std::string& dataName) {
     std::string document;
     try {
         document = MADocuments::WriteReference(reference);
     } catch (const MADocuments::DocumentError&) {
-        throw InputError(reader.Name() + ": a PMML document cannot hold " + Unwritable(reference));
+        throw InputError(dataName + ": a PMML document cannot hold " + Unwritable(reference));
     }
     if (document.size() > MADocuments::kMaxDocumentSize) {
         throw InputError(fmt::format(
-            "{}: the reference would be longer than {} MiB; --ignore leaves columns out",
-            reader.Name(), MADocuments::kMaxDocumentSize / 1'048'576));
+            "{}: the reference would be longer than {} MiB; --ignore leaves columns out", dataName,
+            MADocuments::kMaxDocumentSize / 1'048'576));
     }
     // What cannot be read again must not be kept.
     MADocuments::ReadReference(document);

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "accredit/documents/Reference.h"
 #include "accredit/host/MCQueryCancel.h"
 #include "app/base/Progress.h"
 #include "app/data/ColumnKinds.h"
@@ -17,11 +18,13 @@ struct LearnOptions {
     ColumnChoices columns;
 };
 
-/// The document of a reference that is learned from a file, which is read up to three times: for
-/// the kinds of its columns, for the summary, and for the bins. Memory does not grow with the
-/// number of rows.
-///
-/// Throws UsageError for options that do not fit the file, InputError, Cancelled.
-std::string Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel);
+/// The reference that is learned from the file; see LearnReference. Throws UsageError for options
+/// that do not fit the file, InputError, also for a file without rows, and Cancelled.
+MADocuments::Reference Learn(const LearnOptions& options, Progress& progress,
+                             MCQueryCancel& cancel);
+
+/// The document of a reference that was learned from the file of this name, fit to be shown. Throws
+/// InputError for what a document cannot hold, with the column.
+std::string DocumentOf(const MADocuments::Reference& reference, const std::string& dataName);
 
 }  // namespace app

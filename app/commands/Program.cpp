@@ -50,9 +50,10 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream* termi
     }
     Progress progress(terminal);
     Interrupt interrupt;
-    const std::string document = Learn(options, progress, interrupt);
+    const MADocuments::Reference reference = Learn(options, progress, interrupt);
     progress.Erase();
     interrupt.EndAtOnce();
+    const std::string document = DocumentOf(reference, FileName(options.dataPath));
     if (file) {
         file->Replace(document);
     } else {
@@ -64,13 +65,14 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream* termi
 int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* terminal) {
     Progress progress(terminal);
     Interrupt interrupt;
-    const std::optional<MADocuments::Reference> reference =
-        LoadReference(options.referencePath, Reading::Once, {}, progress, interrupt);
+    const std::optional<Document> document =
+        LoadDocument(options.referencePath, Reading::Once, progress, interrupt);
     progress.Erase();
     interrupt.EndAtOnce();
     const std::string name = FileName(options.referencePath);
-    if (!reference) throw InputError(name + ": this is not a stored reference");
-    Write(out, options.json ? JsonListing(*reference) : TextListing(*reference, name));
+    if (!document) throw InputError(name + ": this is not a stored reference");
+    const MADocuments::Reference reference = ReferenceIn(*document, {});
+    Write(out, options.json ? JsonListing(reference) : TextListing(reference, name));
     return ExitAccredited;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
@@ -13,11 +14,10 @@ using MADocuments::Reference;
 
 namespace app {
 
-namespace {
-
-// The whole file, or nothing if it does not begin like a document.
-std::optional<std::string> LoadDocument(InputFile& file) {
+std::optional<Document> LoadDocument(const std::string& path, Reading reading, Progress& progress,
+                                     MCQueryCancel& cancel) {
     constexpr std::size_t kPiece = std::size_t{1} << 16U;
+    InputFile file(path, reading, progress, cancel);
     std::string text;
     std::size_t got = kPiece;
     // A document that is too long is read no further than to where the reader can tell.
@@ -31,22 +31,16 @@ std::optional<std::string> LoadDocument(InputFile& file) {
                          std::min<std::uint64_t>(file.Size().value_or(0), kMaxDocumentSize)) +
                      kPiece);
     }
-    return text;
+    return Document{file.Name(), std::move(text)};
 }
 
-}  // namespace
-
-std::optional<Reference> LoadReference(const std::string& path, Reading reading,
-                                       const std::vector<std::string>& ignored, Progress& progress,
-                                       MCQueryCancel& cancel) {
-    InputFile file(path, reading, progress, cancel);
-    const std::optional<std::string> document = LoadDocument(file);
-    if (!document) return std::nullopt;
+Reference ReferenceIn(const Document& document, const std::vector<std::string>& ignored) {
     try {
-        return MADocuments::ReadReference(*document, ignored);
+        return MADocuments::ReadReference(document.text, ignored);
     } catch (const DocumentError& error) {
         // Names and values of the document stand in the text as they are.
-        throw InputError(file.Name() + (error.Line() == 0 ? ": " : ":") + Printable(error.what()));
+        throw InputError(document.fileName + (error.Line() == 0 ? ": " : ":") +
+                         Printable(error.what()));
     }
 }
 

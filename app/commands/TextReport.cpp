@@ -30,8 +30,13 @@ std::string Words(const MCCommon::MCStatus& status) {
     return "Its values vary too little for their size, or too widely, to be summarised in bins";
 }
 
-Row VariableRow(const CheckedVariable& variable, std::size_t number) {
-    return {ShownName(variable.name, number),
+// A variable is known by its number, from 1, where its name is too long.
+std::string Name(const CheckResult& result, std::size_t variable) {
+    return ShownName(result.variables[variable].name, variable + 1);
+}
+
+Row VariableRow(const CheckedVariable& variable, const std::string& name) {
+    return {name,
             variable.categorical ? "categorical" : "continuous",
             fmt::format("{}", variable.referenceCases),
             fmt::format("{}", variable.newCases),
@@ -45,8 +50,8 @@ std::string Table(const CheckResult& result) {
         std::any_of(result.variables.begin(), result.variables.end(),
                     [](const CheckedVariable& variable) { return variable.weight != 1.0; });
     std::vector<Row> rows{{"Variable", "Kind", "Reference", "New", "p-value", "Weight", "Status"}};
-    for (const CheckedVariable& variable : result.variables) {
-        rows.push_back(VariableRow(variable, rows.size()));
+    for (std::size_t i = 0; i < result.variables.size(); ++i) {
+        rows.push_back(VariableRow(result.variables[i], Name(result, i)));
     }
 
     std::array<std::size_t, kColumns> widths{};
@@ -68,9 +73,9 @@ std::string Table(const CheckResult& result) {
 
 // The first variable that keeps the comparison from giving a number, with this status.
 std::string Culprit(const CheckResult& result) {
-    for (const CheckedVariable& variable : result.variables) {
-        if (variable.status.GetCode() == result.status.GetCode()) {
-            return fmt::format(" (variable \"{}\")", Shortened(variable.name));
+    for (std::size_t i = 0; i < result.variables.size(); ++i) {
+        if (result.variables[i].status.GetCode() == result.status.GetCode()) {
+            return fmt::format(" (variable \"{}\")", Name(result, i));
         }
     }
     return {};
@@ -79,11 +84,12 @@ std::string Culprit(const CheckResult& result) {
 // What else would have to be looked for by comparing the files.
 std::string UnknownCategories(const CheckResult& result) {
     std::string lines;
-    for (const CheckedVariable& variable : result.variables) {
+    for (std::size_t i = 0; i < result.variables.size(); ++i) {
+        const CheckedVariable& variable = result.variables[i];
         if (variable.status.GetCode() != MAStatusCategoriesDiffer) continue;
         if (variable.unknownCategory.empty()) continue;
         lines += fmt::format("Variable \"{}\": the reference lacks the category \"{}\"\n",
-                             Shortened(variable.name), variable.unknownCategory);
+                             Name(result, i), variable.unknownCategory);
     }
     return lines;
 }
@@ -97,8 +103,9 @@ std::string Conclusion(const CheckResult& result, std::optional<double> failBelo
             std::find_if(result.variables.begin(), result.variables.end(),
                          [](const CheckedVariable& variable) { return !variable.reason.empty(); });
         if (untested == result.variables.end()) return "No accreditation: the weights sum to 0\n";
-        return fmt::format("No accreditation: {} (variable \"{}\")\n", untested->reason,
-                           Shortened(untested->name));
+        return fmt::format(
+            "No accreditation: {} (variable \"{}\")\n", untested->reason,
+            Name(result, static_cast<std::size_t>(untested - result.variables.begin())));
     }
     std::string shown = fmt::format("{:.6g}", *result.accreditation);
     if (!failBelow || *result.accreditation >= *failBelow) {
