@@ -64,23 +64,9 @@ TABLE_TEST(DataPass, AsksTheListForItsSizeAtEveryRecord, 4) {
               row.Number(3));
 }
 
-TEST(DataPass, FindsTheSameBinAsALinearSearchForAnyNumberOfCutPoints) {
-    std::mt19937 random(11);
-    std::uniform_real_distribution<double> uniform(0.0, 50.0);
-    Numbers cuts;
-    for (std::size_t k = 1; k <= 40; ++k) {
-        cuts.push_back(static_cast<double>(k) * 1.25);
-        Numbers values = cuts;
-        for (int i = 0; i < 100; ++i) values.push_back(uniform(random));
-        Numbers expected(k + 1, 0.0);
-        for (const double value : values) {
-            std::size_t bin = 0;
-            while (bin < k && cuts[bin] < value) ++bin;
-            expected[bin] += 1.0;
-        }
-        EXPECT_EQ(fakes::Summary(List("x"), Column(values), {cuts}).GetFrequencies(0), expected)
-            << k;
-    }
+TABLE_TEST(DataPass, PutsAValueIntoTheBinThatALinearSearchFinds, 3) {
+    EXPECT_EQ(fakes::Summary(List("x"), row.Lists(1), {row.Numbers(0)}).GetFrequencies(0),
+              row.Numbers(2));
 }
 
 TEST(DataPass, FailsAtEveryRecordWithTheSourcesReason) {

@@ -13,6 +13,9 @@
 #include "accredit/accreditation/MAAccreditor.h"
 #include "accredit/accreditation/MAVariableResult.h"
 #include "accredit/diststats/MAPredictorDist.h"
+#include "accredit/diststats/MAProblems.h"
+#include "accredit/diststats/MAUniStats.h"
+#include "accredit/host/MCPMMLExporter.h"
 #include "accredit/host/MCTableRecordIter.h"
 #include "accredit/host/XMLElement.h"
 #include "fakes/FailingAllocations.h"
@@ -197,6 +200,12 @@ TEST(AllocationFailure, AnExportWritesAllOrNothing) {
         const bool failed = guarded([&] { EXPECT_TRUE(summary->ExportAsXML(&info, out).IsOK()); });
         EXPECT_TRUE(!failed || out.tellp() == 0);
         guarded([&] { summary->Display(kLongName, out); });
+        const MADistStats handle(NewSummary());
+        guarded([&] { EXPECT_EQ(MAFindExportProblem(handle, {kLongName}).category, 1); });
+        guarded([&] { EXPECT_EQ(MAFindBadCutPoints(kList, {{2, 1}, {}}), 0); });
+        guarded([&] { EXPECT_EQ(MAUniStatsOf(handle, 1).GetVarName(), "c"); });
+        MCPMMLExporter exporter(nullptr);
+        guarded([&] { exporter.SetMissingValues({kLongName}); });
 
         const std::unique_ptr<XMLElement> element(XMLElement::Create("E"));
         element->SetAttribute("a", "old");
