@@ -53,7 +53,7 @@ void MADistStatsImp::UseExistingCutPoints(const MCVarList& /*varList*/,
     mCutPoints = cutPoints;
     for (std::size_t slot = 0; slot < mCutPoints.size(); ++slot) {
         if (mCategorical[slot] == 0 && !mCutPoints[slot].empty()) {
-            mFrequencies[slot].resize(mCutPoints[slot].size() + 1, 0.0);
+            mFrequencies[slot].resize(mCutPoints[slot].size() + 1);
         }
     }
 }
@@ -69,7 +69,7 @@ bool MADistStatsImp::ComputeCutPoints(const MCVarList& /*varList*/) {
         const double m = mSummaries[slot].mean;
         const double twice = s + s;
         mCutPoints[slot] = {m - twice, m - s, m, m + s, m + twice};
-        mFrequencies[slot].resize(mCutPoints[slot].size() + 1, 0.0);
+        mFrequencies[slot].resize(mCutPoints[slot].size() + 1);
     }
     return any;
 }

@@ -60,8 +60,9 @@ bool MADistStatsImp::SetFreqs(unsigned int slot, const std::vector<double>& freq
     const std::size_t bins = frequencies.size();
     if (bins == 1 || cutPoints.size() != (bins == 0 ? 0 : bins - 1)) return false;
     if (!AreFrequencies(frequencies) ||
-        !MCDetail::IsStrictlyAscending(cutPoints.begin(), cutPoints.end()))
+        !MCDetail::IsStrictlyAscending(cutPoints.begin(), cutPoints.end())) {
         return false;
+    }
     // Both are copied before either is replaced, so that they stay a pair if memory runs out.
     std::vector<double> newFrequencies = frequencies;
     std::vector<double> newCutPoints = cutPoints;

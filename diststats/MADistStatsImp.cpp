@@ -43,6 +43,7 @@ MADistStatsImp::MADistStatsImp(const MCVarList& varList, MultiPassRecordIter& it
         status = MakeADataPass(varList, iter, false, true);
         if (!status.IsOK()) throw status;
     }
+    // The copy must have every variable that a slot stands for.
     if (static_cast<int>(varList.Size()) <= mVarIndex.back()) {
         throw MCStatus(MAStatusRecordSize, false);
     }

@@ -64,8 +64,8 @@ public:
     /// keep its input variables, and one that is found without them is MAStatusRecordSize.
     /// `queryCancel` may be null; it is asked before every 20th record, from the first on.
     /// Throws MCStatus: MAStatusNoInputVars, MAStatusBadCutPoints (MAFindBadCutPoints tells which
-    /// variable it is), MAStatusRecordSource,
-    /// MAStatusRecordSize, MAStatusCancelled; nothing of the statistics survives.
+    /// variable it is), MAStatusRecordSource, MAStatusRecordSize, MAStatusCancelled; nothing of the
+    /// statistics survives.
     MADistStatsImp(const MCMTD_NAMESPACE::MCVarList& varList, MCCommon::MultiPassRecordIter& iter,
                    const std::vector<std::vector<double>>& cutPoints, MCQueryCancel* queryCancel);
 
@@ -139,12 +139,12 @@ public:
     /// The number of cases loses its fraction; 2^64, which is what the largest unsigned long
     /// becomes as a double and in a document, is taken for that again.
     ///
-    /// False, and nothing changes, if the list has no input variable of this name and kind, if
-    /// the number of cases is -1 or less, above 2^64 or a NaN, if the bins
-    /// of a continuous variable are not open on the left, or if SetSummStats refuses. False is also
-    /// the answer if SetFreqs then refuses, or if margins do not begin and end with
-    /// MCMV::Missing() and hold at least one cut point in between (see MCUniStats); the summary is
-    /// then the new one, beside the old frequencies. If memory runs out, nothing changes.
+    /// False, and nothing changes, if the list has no input variable of this name and kind, if the
+    /// number of cases is -1 or less, above 2^64 or a NaN, if the bins of a continuous variable are
+    /// not open on the left, or if SetSummStats refuses. False is also the answer if SetFreqs then
+    /// refuses, or if margins do not begin and end with MCMV::Missing() and hold at least one cut
+    /// point in between (see MCUniStats); the summary is then the new one, beside the old
+    /// frequencies. If memory runs out, nothing changes.
     bool SetAllStats(const MCMTD_NAMESPACE::MCUniStats& stats);
 
     /// Prints the summary as text under this title, for a reader: of each variable the name, the

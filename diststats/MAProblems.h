@@ -30,7 +30,8 @@ struct MAVariableProblem {
     int category = -1;  ///< The code of a Category or RepeatedCategory, else -1.
 };
 
-/// Why ExportAsXML gives MAStatusExportFailed: the first slot with a problem, and of its problems
+/// Why ExportAsXML gives MAStatusExportFailed, where it is not for a text that the caller gives for
+/// the header: the first slot with a problem, and of its problems
 /// the first in the order of MAProblemKind. There is none exactly when every step of the export
 /// that writes the variables would succeed, with `missingValues` as
 /// MCPMMLExporter::SetMissingValues takes them; these texts themselves are not judged. An empty
