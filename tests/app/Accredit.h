@@ -1,83 +1,66 @@
 #pragma once
 
-#include <cstddef>
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "TempFile.h"
+#include "Folder.h"
 #include "app/commands/Program.h"
+#include "fakes/Repeats.h"
 
 namespace fakes {
 
-using Arguments = std::vector<std::string>;
+/// A folder with the files A and B of these contents, and R, which holds "before".
+struct Files : Folder {
+    Files(const std::string& a, const std::string& b) {
+        WriteFile("A", Repeated(a));
+        WriteFile("B", Repeated(b));
+        WriteFile("R", "before");
+    }
+};
+
+/// The program with the words of a command, which have blanks between them; '' is an empty one.
+class CommandLine {
+public:
+    explicit CommandLine(const std::string& command) {
+        std::istringstream stream(command);
+        for (std::string word; stream >> word;) mWords.push_back(word == "''" ? "" : word);
+        for (const std::string& word : mWords) mArguments.push_back(word.c_str());
+    }
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    int Run(std::ostream& out, std::ostream& err) const {
+        return app::RunProgram(static_cast<int>(mArguments.size()), mArguments.data(), out, err,
+                               false);
+    }
+
+private:
+    std::vector<std::string> mWords;
+    std::vector<const char*> mArguments{"accredit"};
+};
 
 struct Outcome {
-    int status = -1;
+    int status;
     std::string out;
     std::string err;
 };
 
-/// Runs the program with these arguments.
-inline Outcome Accredit(const Arguments& arguments) {
-    std::vector<const char*> argv{"accredit"};
-    for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-    std::ostringstream out;
-    std::ostringstream err;
-    const int status = app::RunProgram(static_cast<int>(argv.size()), argv.data(), out, err, false);
-    return {status, out.str(), err.str()};
+/// Runs commands that have semicolons between them and gives what the last one did. Those before
+/// it must succeed.
+inline Outcome Run(const std::string& commands) {
+    Outcome outcome{0, "", ""};
+    std::istringstream stream(commands);
+    for (std::string command; std::getline(stream, command, ';');) {
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        std::ostringstream out;
+        std::ostringstream err;
+        const int status = CommandLine(command).Run(out, err);
+        outcome = {status, out.str(), err.str()};
+    }
+    return outcome;
 }
-
-/// Files for the program: A and B with given contents, and R, which holds "before".
-class Files {
-public:
-    Files(const std::string& a, const std::string& b)
-        : mFiles{{'A', TempFile(a)}, {'B', TempFile(b)}, {'R', TempFile("before")}} {}
-
-    /// Runs commands that have semicolons between them and gives what the last one did, in which
-    /// the files have their names. Words have blanks between them; A, B and R, and =A and so on at
-    /// the end of one, are the files, and '' is an empty word.
-    Outcome Run(const std::string& commands) const {
-        Outcome outcome;
-        std::istringstream stream(commands);
-        for (std::string command; std::getline(stream, command, ';');) {
-            Arguments arguments;
-            std::istringstream words(command);
-            for (std::string word; words >> word;)
-                arguments.push_back(word == "''" ? "" : Path(word));
-            outcome = Accredit(arguments);
-        }
-        for (const auto& [name, file] : mFiles) {
-            for (std::string* text : {&outcome.out, &outcome.err}) {
-                for (std::size_t at = 0; (at = text->find(file.Path())) != std::string::npos;) {
-                    text->replace(at, file.Path().size(), 1, name);
-                }
-            }
-        }
-        return outcome;
-    }
-
-    /// What R holds now.
-    std::string Output() const { return mFiles[2].file.Read(); }
-
-private:
-    std::string Path(const std::string& word) const {
-        for (const auto& [name, file] : mFiles) {
-            const bool ends = !word.empty() && word.back() == name;
-            if (ends && word.size() == 1) return file.Path();
-            if (ends && word[word.size() - 2] == '=') {
-                return word.substr(0, word.size() - 1) + file.Path();
-            }
-        }
-        return word;
-    }
-
-    struct Named {
-        char name;
-        TempFile file;
-    };
-
-    Named mFiles[3];
-};
 
 }  // namespace fakes

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <fstream>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -20,15 +19,8 @@
 
 namespace {
 
-using fakes::Accredit;
 using fakes::Outcome;
-using fakes::TempFile;
 using testing::HasSubstr;
-
-Outcome Check(const std::string& reference, const std::string& newData,
-              const std::string& options = "") {
-    return fakes::Files(reference, newData).Run("check --format=json " + options + " A B");
-}
 
 // The exit status, the status and the accreditation of a JSON report, then for each variable its
 // name and kind, the cases in both files, the status and the p-value, with 6 digits, or the reason
@@ -52,63 +44,33 @@ std::string Gist(const Outcome& outcome) {
 }
 
 TABLE_TEST(Check, ComparesEveryVariable, 4) {
-    EXPECT_EQ(Gist(Check(row.Text(0), row.Text(1), row.Text(2))), row.Text(3));
+    const fakes::Files files(row.Text(0), row.Text(1));
+    EXPECT_EQ(Gist(fakes::Run("check --format=json " + row.Text(2) + " A B")), row.Text(3));
 }
 
 // A summary of one continuous variable x against new values of it.
 TABLE_TEST(Check, TestsNoSummaryThatSaysNothing, 3) {
-    const std::vector<std::string> parts = fakes::Split(row.Text(0) + " ", ';');
-    const fakes::Numbers s = fakes::Exactly(4, fakes::ToNumbers(parts.at(1)));
-    MADistStatsImp stats(fakes::List("x"), nullptr);
-    const auto cases = static_cast<unsigned long>(fakes::ToNumber(parts.at(0)));
-    ASSERT_TRUE(stats.SetSummStats(0, cases, s[0], s[1], s[2], s[3]));
-    ASSERT_TRUE(stats.SetFreqs(0, fakes::ToNumbers(parts.at(3)), fakes::ToNumbers(parts.at(2))));
     std::ostringstream document;
-    ASSERT_TRUE(stats.ExportAsXML(nullptr, document).IsOK());
-    EXPECT_EQ(Gist(Check(document.str(), row.Text(1))), row.Text(2));
-}
-
-TEST(Check, ComparesTenThousandColumns) {
-    std::string data;
-    for (int row = 0; row < 4; ++row) {
-        for (int i = 0; i < 10'000; ++i) {
-            data += row == 0 ? "c" + std::to_string(i)
-                             : std::to_string(row * i % 7) + (i % 2 ? "" : "x");
-            data += i < 9999 ? "," : "\n";
-        }
-    }
-    const Outcome outcome = Check(data, data, "--weight c9999=3");
-    EXPECT_THAT(Gist(outcome), testing::StartsWith("0 0 1; c0 c 3/3 0 1; c1 n 3/3 0 1;"));
-    EXPECT_THAT(Gist(outcome), testing::EndsWith("; c9999 n 3/3 0 1"));
-}
-
-TEST(Check, AColumnOfKeysIsRefusedBeforeItTakesTheMemory) {
-    std::string keys = "key\n";
-    for (int i = 0; i <= 1'000'000; ++i) keys += "k" + std::to_string(i) + "\n";
-    const Outcome outcome = Check(keys, "key\nk1\n");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.err, HasSubstr("column 1 \"key\": the categories take more than 128 MiB"));
+    ASSERT_TRUE(fakes::Loaded("x", row.Text(0)).ExportAsXML(nullptr, document).IsOK());
+    const fakes::Files files(document.str(), row.Text(1));
+    EXPECT_EQ(Gist(fakes::Run("check --format=json A B")), row.Text(2));
 }
 
 TEST(Check, ReadsTheNewFileFromAPipeButNotTheReference) {
-    const TempFile file("a\nx\ny\n");
-    const std::string pipe = file.Path() + "-pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    std::thread writer([&pipe] { std::ofstream(pipe) << "a\nx\ny\n"; });
-    EXPECT_EQ(Accredit({"check", file.Path(), pipe}).status, 0);
+    const fakes::Files files("a\nx\ny\n", "");
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    std::thread writer([] { fakes::WriteFile("pipe", "a\nx\ny\n"); });
+    EXPECT_EQ(fakes::Run("check A pipe").status, 0);
     writer.join();
-    EXPECT_THAT(Accredit({"check", pipe, file.Path()}).err, HasSubstr("must be a regular file"));
-    unlink(pipe.c_str());
+    EXPECT_THAT(fakes::Run("check pipe A").err, HasSubstr("must be a regular file"));
 }
 
 // Whenever the query says yes, be it in a read, the first, second or third pass, the run ends.
 TEST(Check, AndLearnCanBeCancelledAtEveryPoll) {
-    std::string data = "n,c\n";
-    for (int i = 0; i < 100; ++i) data += std::to_string(i) + ",x\n";
-    const TempFile file(data);
+    const fakes::Files files("n,c\n@100(#,x\n)", "");
     app::CheckOptions check;
     app::LearnOptions learn;
-    check.referencePath = check.newPath = learn.dataPath = file.Path();
+    check.referencePath = check.newPath = learn.dataPath = "A";
     app::Progress progress(nullptr);
     for (const auto& run : std::vector<std::function<void(MCQueryCancel&)>>{
              [&](MCQueryCancel& query) { app::Check(check, progress, query); },
@@ -127,33 +89,32 @@ TEST(Check, AndLearnCanBeCancelledAtEveryPoll) {
 // or ends. The second change leaves size and time as they were: a new category gives it away.
 TEST(Check, AReferenceThatChangesIsNotReadHalfAndHalf) {
     const std::string before = "n,c\n1,x\n2,y\n4,x\n8,y\n16,x\n";
-    const TempFile reference(before);
-    const TempFile newFile("n,c\n1,x\n9,y\n9,y\n9,y\n");
-    struct stat status = {};
-    ASSERT_EQ(stat(reference.Path().c_str(), &status), 0);
-    const timespec times[] = {status.st_atim, status.st_mtim};
+    const fakes::Files files("", "n,c\n1,x\n9,y\n9,y\n9,y\n");
+    const timespec times[] = {{1, 0}, {1, 0}};
+    const auto change = [&times](const std::string& text) {
+        fakes::WriteFile("A", text);
+        EXPECT_EQ(utimensat(AT_FDCWD, "A", times, 0), 0);
+    };
     app::CheckOptions options;
-    options.referencePath = reference.Path();
-    options.newPath = newFile.Path();
+    options.referencePath = "A";
+    options.newPath = "B";
     const auto report = [&options](MCQueryCancel&& query) {
         app::Progress progress(nullptr);
         return app::JsonReport(app::Check(options, progress, query));
     };
+    change(before);
     const std::string old = report(fakes::Query());
     for (const std::string& after :
          {before + "99,x\n99,x\n", before.substr(0, 4) + "1,z" + before.substr(7)}) {
-        const auto change = [&] {
-            reference.Write(after);
-            utimensat(AT_FDCWD, reference.Path().c_str(), times, 0);
-        };
-        change();
+        change(after);
         const std::string other = report(fakes::Query());
         int refused = 0;
         for (int poll = 1; poll <= 15; ++poll) {
-            reference.Write(before);
-            utimensat(AT_FDCWD, reference.Path().c_str(), times, 0);
+            change(before);
             try {
-                EXPECT_THAT(report(fakes::Query(poll, change)), testing::AnyOf(old, other)) << poll;
+                EXPECT_THAT(report(fakes::Query(poll, [&] { change(after); })),
+                            testing::AnyOf(old, other))
+                    << poll;
             } catch (const app::InputError& error) {
                 EXPECT_THAT(error.what(), testing::EndsWith(": changed while it was read"));
                 ++refused;

@@ -7,12 +7,10 @@
 
 #include <chrono>
 #include <csignal>
-#include <fstream>
 #include <string>
 
-#include "TempFile.h"
+#include "Folder.h"
 #include "app/base/Errors.h"
-#include "app/base/OutputFile.h"
 
 namespace {
 
@@ -54,14 +52,15 @@ TEST(Interrupt, EndsARunThatWaitsForAPipe) {
     for (const int signal : {SIGINT, SIGTERM}) {
         for (const bool errorsToo : {false, true}) {
             const FullPipe full;
-            const fakes::TempFile errors("");
+            const fakes::Folder folder;
+            fakes::WriteFile("errors", "");
             const pid_t child = fork();
             ASSERT_GE(child, 0);
             if (child == 0) {
                 std::signal(signal, SIG_DFL);
                 app::Interrupt interrupt;
                 interrupt.EndAtOnce();
-                dup2(errorsToo ? full.ends[1] : open(errors.Path().c_str(), O_WRONLY), 2);
+                dup2(errorsToo ? full.ends[1] : open("errors", O_WRONLY), 2);
                 _exit(static_cast<int>(write(full.ends[1], "x", 1)));
             }
             WaitUntilAsleep(child);
@@ -71,7 +70,7 @@ TEST(Interrupt, EndsARunThatWaitsForAPipe) {
             ASSERT_EQ(waitpid(child, &status, 0), child);
             EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
             EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 2) << status;
-            EXPECT_EQ(errors.Read(), errorsToo ? "" : "accredit: cancelled\n");
+            EXPECT_EQ(fakes::ReadFile("errors"), errorsToo ? "" : "accredit: cancelled\n");
         }
     }
 }

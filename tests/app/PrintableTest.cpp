@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "TempFile.h"
+#include "Folder.h"
 #include "app/base/Characters.h"
 #include "app/base/JsonText.h"
 #include "app/base/ShellText.h"
-#include "fakes/Tables.h"
+#include "fakes/Repeats.h"
 
 namespace {
 
@@ -38,17 +38,12 @@ TEST(Printable, CutsTextsOfAnyLengthAtOnce) {
     }
 }
 
-TEST(Printable, KnowsTheWidthOnATerminal) {
-    EXPECT_EQ(app::DisplayWidth("a\xC3\xA9\xE2\x82\xAC"), 3U);
-    EXPECT_EQ(app::DisplayWidth("\xE4\xB8\x80\xF0\x9F\x99\x82"), 4U) << "wide";
-    EXPECT_EQ(app::DisplayWidth("x\xCC\xB4"), 1U) << "a mark";
+TABLE_TEST(Printable, KnowsTheWidthOnATerminal, 2) {
+    EXPECT_EQ(app::DisplayWidth(row.Text(0)), row.Number(1));
 }
 
-TEST(ShellOption, CanBeTyped) {
-    EXPECT_EQ(app::ShellOption("--ignore", "a b"), "--ignore 'a b'");
-    EXPECT_EQ(app::ShellOption("--ignore", "-a"), "--ignore='-a'");
-    EXPECT_EQ(app::ShellOption("--ignore", ""), "--ignore ''");
-    EXPECT_EQ(app::ShellOption("--ignore", std::string(201, 'a')), "--ignore COLUMN");
+TABLE_TEST(Printable, GivesOptionsThatCanBeTyped, 2) {
+    EXPECT_EQ(app::ShellOption("--ignore", fakes::Repeated(row.Text(0))), row.Text(1));
 }
 
 // Texts from bytes and characters that are likely to go wrong, and any others.
@@ -77,23 +72,12 @@ std::vector<std::string> RandomTexts() {
     return texts;
 }
 
-// The text of which `shown` is the escaped form. With `bytesOnly` a backslash that does not begin
-// \xNN is one of the text.
-std::string Unescaped(const std::string& shown, bool bytesOnly) {
-    std::string text;
-    for (std::size_t i = 0; i < shown.size(); ++i) {
-        const bool isByte = shown.compare(i, 2, "\\x") == 0 && i + 3 < shown.size() &&
-                            std::string("0123456789ABCDEF").find(shown[i + 2]) < 16 &&
-                            std::string("0123456789ABCDEF").find(shown[i + 3]) < 16;
-        if (isByte) {
-            text += static_cast<char>(std::stoi(shown.substr(i + 2, 2), nullptr, 16));
-            i += 3;
-        } else if (shown[i] == '\\' && !bytesOnly) {
-            ++i;
-            text += shown[i] == 'n' ? '\n' : shown[i] == 'r' ? '\r' : shown[i] == 't' ? '\t' : '\\';
-        } else {
-            text += shown[i];
-        }
+// The text in which each \xNN is the byte that it stands for.
+std::string WithBytes(std::string text) {
+    for (std::size_t at = 0; (at = text.find("\\x", at)) != std::string::npos; ++at) {
+        const std::string digits = text.substr(at + 2, 2);
+        if (digits.size() < 2 || digits.find_first_not_of("0123456789ABCDEF") < 2) continue;
+        text.replace(at, 4, 1, static_cast<char>(std::stoi(digits, nullptr, 16)));
     }
     return text;
 }
@@ -103,9 +87,9 @@ TEST(Printable, DifferentTextsStayDifferent) {
     std::string words;
     for (const std::string& text : RandomTexts()) {
         const std::string shown = app::Printable(text);
-        ASSERT_EQ(Unescaped(shown, false), text) << shown;
+        ASSERT_EQ(fakes::Unescaped(shown), text) << shown;
         const auto read = nlohmann::json::parse(app::JsonText(text)).get<std::string>();
-        ASSERT_EQ(Unescaped(read, true), text) << read;
+        ASSERT_EQ(WithBytes(read), text) << read;
         // What is equivalent for Unicode looks the same.
         const std::unique_ptr<utf8proc_uint8_t, void (*)(void*)> composed(
             utf8proc_NFC(reinterpret_cast<const utf8proc_uint8_t*>(shown.c_str())), std::free);
@@ -113,10 +97,10 @@ TEST(Printable, DifferentTextsStayDifferent) {
         script += " " + app::ShellQuoted(text);
         words += text + '\0';
     }
-    const fakes::TempFile file(script);
-    const fakes::TempFile out("");
-    ASSERT_EQ(std::system(("bash " + file.Path() + " > " + out.Path()).c_str()), 0);
-    EXPECT_EQ(out.Read(), words);
+    const fakes::Folder folder;
+    fakes::WriteFile("script", script);
+    ASSERT_EQ(std::system("bash script > out"), 0);
+    EXPECT_EQ(fakes::ReadFile("out"), words);
 }
 
 }  // namespace

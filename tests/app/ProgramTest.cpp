@@ -1,5 +1,3 @@
-#include "app/commands/Program.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,7 +19,8 @@ testing::Matcher<std::string> Says(const std::string& text) {
 }
 
 TABLE_TEST(Program, AnswersAndComplains, 6) {
-    const Outcome outcome = fakes::Files(row.Text(0), row.Text(1)).Run(row.Text(2));
+    const fakes::Files files(row.Text(0), row.Text(1));
+    const Outcome outcome = fakes::Run(row.Text(2));
     EXPECT_EQ(outcome.status, row.Number(3)) << outcome.err;
     EXPECT_THAT(outcome.out, Says(row.Text(4)));
     EXPECT_THAT(outcome.err, Says(row.Text(5)));
@@ -29,20 +28,19 @@ TABLE_TEST(Program, AnswersAndComplains, 6) {
 
 TABLE_TEST(Program, RefusesDataAndKeepsWhatWasThere, 3) {
     const fakes::Files files(row.Text(0), "");
-    const Outcome outcome = files.Run("learn A --output R " + row.Text(1));
+    const Outcome outcome = fakes::Run("learn A --output R " + row.Text(1));
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, testing::StartsWith("accredit: A:"));
     EXPECT_THAT(outcome.err, HasSubstr(row.Text(2)));
-    EXPECT_EQ(files.Output(), "before");
+    EXPECT_EQ(fakes::ReadFile("R"), "before");
 }
 
 TEST(Program, AReportThatCannotBeWrittenIsAFailure) {
-    const fakes::TempFile file("a\n1\n2\n");
-    const char* argv[] = {"accredit", "check", file.Path().c_str(), file.Path().c_str()};
+    const fakes::Files files("a\n1\n2\n", "");
     std::ofstream full("/dev/full");
     std::ostringstream err;
-    EXPECT_EQ(app::RunProgram(4, argv, full, err, false), 2);
+    EXPECT_EQ(fakes::CommandLine("check A A").Run(full, err), 2);
     EXPECT_THAT(err.str(), HasSubstr("could not be written"));
 }
 

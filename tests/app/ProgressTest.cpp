@@ -2,32 +2,33 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sstream>
-#include <string>
 
-#include "app/base/Characters.h"
+#include "fakes/Repeats.h"
 
 namespace {
 
-TEST(Progress, DrawsTheShareAndErasesItself) {
+TABLE_TEST(Progress, DrawsTheShareAndErasesItself, 4) {
     std::ostringstream terminal;
     {
         app::Progress progress(&terminal, std::chrono::milliseconds(0));
-        progress.Update("dir/a.csv", 2, 50, 200);
-        EXPECT_EQ(terminal.str(), "\r\x1b[Ka.csv, pass 2 [#######-----------------------]  25 %");
-        terminal.str("");
-        progress.Update("-", 1, 2'500'000, {});
-        EXPECT_EQ(terminal.str(), "\r\x1b[K-, pass 1 2.5 MB");
-        terminal.str("");
-        progress.Update(std::string(500, 'x'), 1, 300, 200);
-        EXPECT_LT(terminal.str().size(), 80U);
-        EXPECT_NE(terminal.str().find("100 %"), std::string::npos);
+        const fakes::Numbers numbers = fakes::Exactly(2, row.Numbers(1));
+        std::optional<std::uint64_t> size;
+        for (const double bytes : row.Numbers(2)) size = static_cast<std::uint64_t>(bytes);
+        progress.Update(fakes::Repeated(row.Text(0)), static_cast<int>(numbers[0]),
+                        static_cast<std::uint64_t>(numbers[1]), size);
+        EXPECT_EQ(terminal.str(), "\r\x1b[K" + fakes::Repeated(row.Text(3)));
         terminal.str("");
     }
     EXPECT_EQ(terminal.str(), "\r\x1b[K");
-    terminal.str("");
+}
+
+TEST(Progress, DrawsNothingTooEarlyAndNothingTooOften) {
+    std::ostringstream terminal;
     app::Progress(&terminal, std::chrono::hours(1)).Update("a.csv", 1, 50, 200);
-    EXPECT_EQ(terminal.str(), "") << "too early";
+    app::Progress(nullptr, std::chrono::milliseconds(0)).Update("a.csv", 1, 50, 200);
+    EXPECT_EQ(terminal.str(), "");
 }
 
 }  // namespace
