@@ -85,6 +85,14 @@ TABLE_TEST(ReadReference, RefusesSummariesThatContradictThemselves, 2) {
     EXPECT_EQ(why.empty() ? "taken" : why.substr(why.rfind(':') + 2), row.Text(1));
 }
 
+TABLE_TEST(ReadReference, RefusesMomentsThatCannotBe, 2) {
+    std::string document = Exported("x", "x; 3; 1 3 2 1; ;");
+    const std::size_t begin = document.find("<Counts");
+    document.replace(begin, document.find("</UnivariateStats>") - begin, row.Text(0));
+    const std::string why = WhyRefused(document);
+    EXPECT_EQ(why.empty() ? "" : why.substr(why.rfind(':') + 2), row.Text(1));
+}
+
 TABLE_TEST(ReadReference, TakesWhatTheLibraryAloneWrites, 3) {
     const std::string document = Exported(row.Text(0), row.Text(1));
     fakes::KeepDocument(document);
