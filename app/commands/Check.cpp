@@ -80,11 +80,10 @@ CheckResult Check(const CheckOptions& options, Progress& progress, MCQueryCancel
     }
     // What is no document is read as data, and not from a pipe, which could keep the program
     // waiting.
-    const std::optional<Document> document = LoadDocument(
-        options.referencePath, isInput ? Reading::Once : Reading::Repeated, progress, cancel);
+    const Reading reading = isInput ? Reading::Once : Reading::Repeated;
     std::optional<Reference> reference;
     std::optional<CsvReader> data;
-    if (document) {
+    if (const auto document = LoadDocument(options.referencePath, reading, progress, cancel)) {
         RefuseSettledOptions(options);
         reference = ReferenceIn(*document, options.columns.ignored);
     } else if (isInput) {
