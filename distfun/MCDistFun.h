@@ -105,13 +105,13 @@ public:
     static double PdfBin(double x, double n, double p, long& code);
 
     /// The largest whole number m with `CdfBin(m) <= prob` (within 2.8e-14), by a walk on
-    /// probabilities from the normal quantile. -1 if there is none, or 0 if the walk begins above 0;
-    /// n + 1 where rounding keeps the sum of all probabilities from passing `prob`. A walk of more
-    /// than 1e7 counts is not taken, nor one that cannot go on because a count above 2^53 and the
-    /// next are the same double: bisection finds m between the normal quantile and 0 or n, with
-    /// `CdfBin(m) <= prob` unless m is 0, and more for the next count, or double if that is farther.
-    /// Codes: 1 n not a (finite) whole number; 2 n < 1, p or prob outside [0, 1], or a NaN. The
-    /// code is set to 0 only after these checks.
+    /// probabilities from the normal quantile. -1 if there is none, or 0 if the walk begins above
+    /// 0; n + 1 where rounding keeps the sum of all probabilities from passing `prob`. A walk of
+    /// more than 1e7 counts is not taken, nor one that cannot go on because a count above 2^53 and
+    /// the next are the same double: bisection finds m between the normal quantile and 0 or n, with
+    /// `CdfBin(m) <= prob` unless m is 0, and more for the next count, or double if that is
+    /// farther. Codes: 1 n not a (finite) whole number; 2 n < 1, p or prob outside [0, 1], or a
+    /// NaN. The code is set to 0 only after these checks.
     static double IdfBin(double prob, double n, double p, long& code);
 
     /// @}
