@@ -252,18 +252,4 @@ inline bool AddTable(const std::string& suite, const std::string& name, std::siz
         fakes::AddTable(#Suite, #Name, cells, Suite##Name); \
     void Suite##Name([[maybe_unused]] const fakes::Row& row)
 
-/// The rows of the running test, for a test that walks through all of them.
-inline std::vector<Row> Rows(std::size_t cells) {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    const std::string suite = test->test_suite_name();
-    std::vector<Row> rows;
-    for (const TableLine& line : ReadTable(ACCREDIT_TABLE_FOLDER "/" + suite + ".txt")) {
-        if (line.section != std::string("[") + test->name() + "]" || line.text.empty()) continue;
-        rows.emplace_back(line.text);
-        EXPECT_EQ(rows.back().Size(), cells) << line.text;
-    }
-    EXPECT_FALSE(rows.empty()) << "no table";
-    return rows;
-}
-
 }  // namespace fakes
