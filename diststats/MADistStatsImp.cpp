@@ -70,8 +70,8 @@ MADistStatsImp::~MADistStatsImp() = default;
 
 void MADistStatsImp::CollectInputVariables(const MCVarList& varList) {
     const auto count = static_cast<std::size_t>(varList.GetNumInputVars());
-    mVarIndex.resize(count, 0);
-    mCategorical.resize(count, 0);
+    mVarIndex.resize(count);
+    mCategorical.resize(count);
     const int size = static_cast<int>(varList.Size());
     std::size_t slot = 0;
     for (int index = 0; index < size && slot < count; ++index) {
