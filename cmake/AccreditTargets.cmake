@@ -4,7 +4,9 @@ include(GNUInstallDirs)
 function(accredit_compile_options target)
     target_compile_features(${target} PUBLIC cxx_std_17)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+        $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>
+        $<$<CXX_COMPILER_ID:Clang>:-Wreserved-macro-identifier>)
     if(ACCREDIT_WARNINGS_AS_ERRORS)
         target_compile_options(${target} PRIVATE -Werror)
     endif()
