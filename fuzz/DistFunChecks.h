@@ -4,8 +4,8 @@
 #include <array>
 #include <cmath>
 
-#include "distfun/Functions.h"
 #include "accredit/host/MCMV.h"
+#include "distfun/Functions.h"
 
 // What holds for every double: a public result is no NaN, a probability is one or missing, a code
 // is one of those documented and comes with the missing value. Null, or what is wrong.

@@ -1,5 +1,5 @@
-// Uses every folder of the library beside a header of the application's own that bears the same name
-// as one of them, catches what the library throws, and hands it classes of its own.
+// Uses every folder of the library beside a header of the application's own that bears the same
+// name as one of them, catches what the library throws, and hands it classes of its own.
 
 #include <accredit/accreditation/MAAccreditor.h>
 #include <accredit/distfun/MCDistFun.h>
