@@ -20,6 +20,11 @@ TABLE_TEST(Progress, DrawsTheShareAndErasesItself, 4) {
                         static_cast<std::uint64_t>(numbers[1]), size);
         EXPECT_EQ(terminal.str(), "\r\x1b[K" + fakes::Repeated(row.Text(3)));
         terminal.str("");
+        progress.Erase();
+        progress.Erase();
+        EXPECT_EQ(terminal.str(), "\r\x1b[K");
+        progress.Update("a.csv", 1, 50, 200);
+        terminal.str("");
     }
     EXPECT_EQ(terminal.str(), "\r\x1b[K");
 }
