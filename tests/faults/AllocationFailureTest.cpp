@@ -1,5 +1,5 @@
-// Fails every single allocation of every public operation, one at a time: nothing may leak, and every
-// object must be in the state that its contract promises.
+// Fails every single allocation of every public operation, one at a time: nothing may leak, and
+// every object must be in the state that its contract promises.
 
 #include <gtest/gtest.h>
 
