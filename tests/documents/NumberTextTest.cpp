@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -19,18 +15,6 @@ using MADocuments::ParseNumber;
 TABLE_TEST(ParseNumber, TakesDecimalNumbersOnly, 2) {
     const std::optional<double> parsed = ParseNumber(fakes::Repeated(row.Text(0)));
     EXPECT_EQ(parsed ? fakes::ToText({*parsed}) : "refused", row.Text(1));
-}
-
-// The C library is a second method; tests run in the C locale.
-TEST(ParseNumber, IsTheNearestDouble) {
-    std::mt19937_64 random(1);
-    for (int i = 0; i < 200'000; ++i) {
-        const double scale = std::pow(10.0, static_cast<double>(random() % 18));
-        const double x = (static_cast<double>(random() >> 11U) / 9007199254740992.0 - 0.5) * scale;
-        char text[64];
-        std::snprintf(text, sizeof text, "%.*f", static_cast<int>(random() % 17), x);
-        ASSERT_EQ(ParseNumber(text), std::strtod(text, nullptr)) << text;
-    }
 }
 
 TABLE_TEST(MissingTokens, AreTheEmptyTextAndNaAndThoseThatAreNamed, 2) {
