@@ -81,6 +81,9 @@ TABLE_TEST(Accreditation, ComparesSummaries, 7) {
     ASSERT_EQ(last.size(), 2U);
     EXPECT_EQ(Told(accreditor.ComputeAccreditation(reference, {})), last[0]);
     EXPECT_NEAR(accreditor.GetAccreditation(), fakes::ToNumber(last[1]), 4e-15);
+    double same = 7.0;
+    EXPECT_EQ(Told(MAAccreditation(results, {}, same)), last[0]);
+    EXPECT_EQ(same, accreditor.GetAccreditation());
 }
 
 TABLE_TEST(Accreditation, WeighsTheMeanOfThePValues, 3) {
@@ -97,6 +100,10 @@ TABLE_TEST(Accreditation, WeighsTheMeanOfThePValues, 3) {
     }
     EXPECT_EQ(Told(status), row.Text(1));
     EXPECT_DOUBLE_EQ(accreditor.GetAccreditation(), row.Number(2));
+    double same = 7.0;
+    const auto results = MATestVariables(reference, accreditor.GetDistStats());
+    EXPECT_EQ(Told(MAAccreditation(results, row.Lists(0).back(), same)), row.Text(1));
+    EXPECT_EQ(same, accreditor.GetAccreditation());
 }
 
 TEST(Accreditation, LooksAtSummariesThenMatchesThenWeightsThenVariables) {
@@ -112,6 +119,9 @@ TEST(Accreditation, LooksAtSummariesThenMatchesThenWeightsThenVariables) {
     ASSERT_TRUE(accreditor.ComputeDistStats({{1.5}, {9}}).IsOK());
     EXPECT_EQ(Told(accreditor.ComputeAccreditation(wider, {-1})), "180015 at 1")
         << "a failed match hides bad weights";
+    double none = 7.0;
+    EXPECT_EQ(Told(MAAccreditation(MATestVariables(wider, accreditor.GetDistStats()), {-1}, none)),
+              "180015 at 1");
     const MADistStats few = Summary(List("same"), {{1}}, {{1.5}});
     EXPECT_EQ(Told(accreditor.ComputeAccreditation(few, {0})), "180019")
         << "a variable of weight 0 is tested all the same";
