@@ -32,6 +32,7 @@ CheckResult Describe(const MADistStats& reference, const std::vector<double>& we
         variable.categorical = reference.IsCategorical(slot);
         variable.referenceCases = reference.GetNumberOfCases(slot);
         variable.status = result.status;
+        variable.reason = result.status.GetMessage();
         if (!weights.empty()) variable.weight = weights[slot];
         result.variables.push_back(std::move(variable));
     }
@@ -72,15 +73,21 @@ double CasesInBins(const MADistStats& stats, unsigned int slot) {
     return std::accumulate(frequencies.begin(), frequencies.end(), 0.0);
 }
 
-// Why the test of a variable says nothing, although it did not fail; empty if it says something.
+// Why the test of a variable failed or says nothing; empty if it says something.
 std::string WhyNotTested(const MADistStats& reference, unsigned int slot,
                          const MADistStats& newStats, const MAVariableResult& test) {
-    const auto newSlot = static_cast<unsigned int>(test.newSlot);
-    if (!reference.IsCategorical(slot)) {
-        if (!HasFiniteMoments(reference, slot))
+    if (!reference.IsCategorical(slot) && test.newSlot >= 0) {
+        const auto newSlot = static_cast<unsigned int>(test.newSlot);
+        if (!HasFiniteMoments(reference, slot)) {
             return "Not tested: the reference's values are too large";
+        }
         if (!HasFiniteMoments(newStats, newSlot)) return "Not tested: the new values are too large";
     }
+    if (test.status.GetCode() == MAStatusBadCutPoints) {
+        return "Not tested: the reference's values vary too little for their size to be put in "
+               "bins";
+    }
+    if (!test.status.IsOK()) return test.status.GetMessage();
     const double cases = CasesInBins(reference, slot);
     if (!std::isfinite(cases)) return "Not tested: the reference's frequencies are too large";
     if (test.pValue != -1.0) return {};
@@ -123,7 +130,6 @@ CheckResult Compare(const Reference& reference, CsvReader& newData,
         }
         if (unusable.count(slot) != 0) test.status = MCStatus(MAStatusBadCutPoints, false);
         variable.status = test.status;
-        if (!test.status.IsOK()) continue;
         variable.reason = WhyNotTested(stats, slot, newStats, test);
         if (variable.reason.empty()) variable.pValue = test.pValue;
         allTested = allTested && variable.pValue;

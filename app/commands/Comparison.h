@@ -20,7 +20,7 @@ struct CheckedVariable {
     std::optional<double> pValue;
     MCCommon::MCStatus status;
     double weight = 1.0;
-    /// Why there is no p-value although the status is OK; empty if there is one.
+    /// Why there is no p-value; empty if there is one.
     std::string reason = {};
     /// The first category of the new data that the reference lacks, fit to be shown; empty if there
     /// is none.

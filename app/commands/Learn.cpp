@@ -60,9 +60,6 @@ Reference Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& 
                    reader.Name() + ": the file has no column");
     Reference reference =
         LearnReference(reader, options.columns, MissingTokens(options.missing), cancel);
-    if (reference.stats.GetNumberOfCases(0) + reference.missingCounts.front() == 0) {
-        throw InputError(reader.Name() + ": there are no rows to learn from");
-    }
     reference.application = ThisProgram();
     return reference;
 }

@@ -18,8 +18,7 @@ struct LearnOptions {
     ColumnChoices columns;
 };
 
-/// The reference that is learned from the file; see LearnReference. Throws UsageError for options
-/// that do not fit the file, InputError, also for a file without rows, and Cancelled.
+/// The reference that is learned from the file; see LearnReference.
 MADocuments::Reference Learn(const LearnOptions& options, Progress& progress,
                              MCQueryCancel& cancel);
 

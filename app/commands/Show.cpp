@@ -95,7 +95,7 @@ std::string TextListing(const Reference& reference, const std::string& title) {
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
         const std::string name = VariableName(reference.stats, slot);
         const std::size_t place = listing.find(label, at) + label.size();
-        shown += listing.substr(at, place - at) + Printable(name);
+        shown += listing.substr(at, place - at) + ShownName(name, slot + 1);
         at = place + name.size();
     }
     return shown + listing.substr(at);

@@ -42,7 +42,7 @@ Row VariableRow(const CheckedVariable& variable, const std::string& name) {
             fmt::format("{}", variable.newCases),
             variable.pValue ? fmt::format("{:.6g}", *variable.pValue) : "-",
             fmt::format("{:g}", variable.weight),
-            variable.reason.empty() ? Words(variable.status) : variable.reason};
+            variable.reason.empty() ? variable.status.GetMessage() : variable.reason};
 }
 
 std::string Table(const CheckResult& result) {

@@ -33,7 +33,7 @@ void Choose(const std::vector<std::string>& names, Choice choice, const Position
     for (const std::string& name : names) {
         const auto [first, last] = positions.equal_range(name);
         if (first == last && choice != Choice::Ignored) {
-            throw UsageError(fmt::format("the reference has no column \"{}\"", Shortened(name)));
+            throw UsageError(fmt::format("the data has no column \"{}\"", Shortened(name)));
         }
         for (auto position = first; position != last; ++position) {
             Choice& chosen = choices[position->second];

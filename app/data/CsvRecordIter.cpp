@@ -159,7 +159,7 @@ int CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
     const std::optional<double> number = ParseNumber(text);
     if (!number && !source.reference) mReader.RefuseChanged();
     if (!number) return UnknownCode(source, text);
-    if (!source.reference && !IsOneCategory(*number, text)) {
+    if (!IsOneCategory(*number, text)) {
         mReader.Refuse(source.column,
                        fmt::format("\"{}\" lies beyond {:.0f}, where several whole numbers are one "
                                    "double and would be one category; {} leaves the column out",

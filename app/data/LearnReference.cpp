@@ -41,6 +41,9 @@ Reference LearnReference(CsvReader& reader, const ColumnChoices& choices,
     if (status.GetCode() == MAStatusCancelled) throw Cancelled();
     if (!status.IsOK()) throw InputError(reader.Name() + ": " + status.GetMessage());
 
+    if (records.RecordCount() == 0) {
+        throw InputError(reader.Name() + ": there are no rows to learn from");
+    }
     Reference reference;
     reference.stats = predictor.GetDistStats();
     reference.missing = missing;

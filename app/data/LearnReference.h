@@ -12,7 +12,8 @@ namespace app {
 /// ignores are no input variables. Memory does not grow with the number of rows. What made the
 /// reference is left open.
 ///
-/// Throws UsageError for choices that do not fit the file, InputError, Cancelled.
+/// Throws UsageError for choices that do not fit the file, InputError, also for a file without
+/// rows, and Cancelled.
 MADocuments::Reference LearnReference(CsvReader& reader, const ColumnChoices& choices,
                                       const MADocuments::MissingTokens& missing,
                                       MCQueryCancel& cancel);

@@ -38,7 +38,9 @@ std::string Gist(const Outcome& outcome) {
     for (const auto& v : report["variables"]) {
         gist << "; " << v["name"].get<std::string>() << (v["kind"] == "continuous" ? " n " : " c ")
              << v["reference_cases"] << '/' << v["new_cases"] << ' ' << v["status"]["code"] << ' '
-             << (v["reason"].is_null() ? number(v["p_value"]) : v["reason"].get<std::string>());
+             << (v["reason"].is_null() || v["status"]["code"] != 0
+                     ? number(v["p_value"])
+                     : v["reason"].get<std::string>());
     }
     return gist.str();
 }
