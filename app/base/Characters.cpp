@@ -18,7 +18,7 @@ bool IsAscii(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
 // These belong to letters, marks or symbols for Unicode, but leave their place empty: the braille
 // pattern without dots, two hieroglyphic blanks, the filler of Khitan, the null notehead.
 bool IsWithoutInk(std::int32_t code) {
-    constexpr std::int32_t kBlank[] = {0x2800, 0x13441, 0x13442, 0x16FE4, 0x1D159};
+    constexpr std::array<std::int32_t, 5> kBlank = {0x2800, 0x13441, 0x13442, 0x16FE4, 0x1D159};
     return std::find(std::begin(kBlank), std::end(kBlank), code) != std::end(kBlank);
 }
 
