@@ -123,6 +123,8 @@ TEST(Accreditation, LooksAtSummariesThenMatchesThenWeightsThenVariables) {
     EXPECT_EQ(Told(MAAccreditation(MATestVariables(wider, accreditor.GetDistStats()), {-1}, none)),
               "180015 at 1");
     const MADistStats few = Summary(List("same"), {{1}}, {{1.5}});
+    EXPECT_EQ(Told(MAAccreditation(MATestVariables(few, accreditor.GetDistStats()), {-1}, none)),
+              "180021");
     EXPECT_EQ(Told(accreditor.ComputeAccreditation(few, {0})), "180019")
         << "a variable of weight 0 is tested all the same";
 }
