@@ -1,10 +1,6 @@
 #include "accredit/accreditation/internal/MAAccreditorImp.h"
 
-#include <cstddef>
-
-#include "accredit/accreditation/internal/VariableMatching.h"
-#include "accredit/accreditation/internal/VariableTests.h"
-#include "accredit/accreditation/internal/WeightedMean.h"
+#include "accredit/accreditation/MAVariableResult.h"
 
 using MCCommon::MCStatus;
 using MCCommon::MultiPassRecordIter;
@@ -32,24 +28,7 @@ const MADistStats& MAAccreditorImp::GetDistStats() const { return mDistStats; }
 
 MCStatus MAAccreditorImp::ComputeAccreditation(const MADistStats& refStats,
                                                const std::vector<double>& weights) {
-    mAccreditation = -1.0;
-    const MCVarList& refList = refStats.GetVarList();
-    const MCVarList& ownList = mDistStats.GetVarList();
-    if (refList.Size() == 0 || ownList.Size() == 0) return {MAStatusNoDistStats, false};
-
-    std::vector<int> matches;
-    MCStatus status = MADetail::MatchVariables(refList, ownList, matches);
-    if (status.IsOK()) status = MADetail::CheckWeights(weights, matches.size());
-    if (!status.IsOK()) return status;
-
-    std::vector<MAVariableResult> results(matches.size());
-    for (std::size_t i = 0; i < matches.size(); ++i) {
-        status = MADetail::TestVariable(static_cast<unsigned int>(i), matches[i], refStats,
-                                        mDistStats, results[i].pValue);
-        if (!status.IsOK()) return status;
-    }
-    mAccreditation = MADetail::WeightedMean(results, weights);
-    return status;
+    return MAAccreditation(refStats, mDistStats, weights, mAccreditation);
 }
 
 double MAAccreditorImp::GetAccreditation() const { return mAccreditation; }

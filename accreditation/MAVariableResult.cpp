@@ -1,12 +1,14 @@
 #include "accredit/accreditation/MAVariableResult.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "accredit/accreditation/internal/VariableMatching.h"
 #include "accredit/accreditation/internal/VariableTests.h"
 #include "accredit/accreditation/internal/WeightedMean.h"
 
 using MCCommon::MCStatus;
+using MCMTD_NAMESPACE::MCVarList;
 
 std::vector<MAVariableResult> MATestVariables(const MADistStats& refStats,
                                               const MADistStats& newStats) {
@@ -19,8 +21,7 @@ std::vector<MAVariableResult> MATestVariables(const MADistStats& refStats,
         result.newSlot = match.ordinal;
         result.status = nothingNew ? MCStatus(MAStatusNoDistStats, false) : match.status;
         if (result.status.IsOK()) {
-            result.status =
-                MADetail::TestVariable(slot, match.ordinal, refStats, newStats, result.pValue);
+            result.status = MADetail::TestVariable(slot, match.ordinal, refStats, newStats, result);
         }
         results.push_back(result);
         ++slot;
@@ -43,6 +44,28 @@ MCStatus MAAccreditation(const std::vector<MAVariableResult>& results,
     }
     accreditation = MADetail::WeightedMean(results, weights);
     return {};
+}
+
+MCStatus MAAccreditation(const MADistStats& refStats, const MADistStats& newStats,
+                         const std::vector<double>& weights, double& accreditation) {
+    accreditation = -1.0;
+    const MCVarList& refList = refStats.GetVarList();
+    const MCVarList& newList = newStats.GetVarList();
+    if (refList.Size() == 0 || newList.Size() == 0) return {MAStatusNoDistStats, false};
+
+    std::vector<int> matches;
+    MCStatus status = MADetail::MatchVariables(refList, newList, matches);
+    if (status.IsOK()) status = MADetail::CheckWeights(weights, matches.size());
+    if (!status.IsOK()) return status;
+
+    std::vector<MAVariableResult> results(matches.size());
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+        status = MADetail::TestVariable(static_cast<unsigned int>(i), matches[i], refStats,
+                                        newStats, results[i]);
+        if (!status.IsOK()) return status;
+    }
+    accreditation = MADetail::WeightedMean(results, weights);
+    return status;
 }
 
 namespace MADetail {

@@ -51,7 +51,8 @@ bool AlignFrequencies(const IMCEncoder& refEncoder, const IMCEncoder& newEncoder
 
 }  // namespace
 
-double ChiSquareFit(const std::vector<double>& R, const std::vector<double>& O) {
+double ChiSquareFit(const std::vector<double>& R, const std::vector<double>& O,
+                    MAVariableResult& result) {
     const std::size_t m = R.size();
     if (m < 2 || O.size() != m) return -1.0;
 
@@ -76,7 +77,9 @@ double ChiSquareFit(const std::vector<double>& R, const std::vector<double>& O) 
         statistic += difference * difference / e;
     }
     if (std::isnan(statistic)) return -1.0;
-    return 1.0 - MCDistFun::CdfChi(statistic, static_cast<double>(m - 1));
+    result.statistic = statistic;
+    result.degreesOfFreedom = static_cast<double>(m - 1);
+    return 1.0 - MCDistFun::CdfChi(statistic, result.degreesOfFreedom);
 }
 
 int MapCategory(const IMCEncoder& refEncoder, const IMCEncoder& newEncoder, int code) {
@@ -87,8 +90,8 @@ int MapCategory(const IMCEncoder& refEncoder, const IMCEncoder& newEncoder, int 
 }
 
 MCStatus TestCategoricalVariable(unsigned int i, int j, const MADistStats& refStats,
-                                 const MADistStats& newStats, double& pValue) {
-    pValue = -1.0;
+                                 const MADistStats& newStats, MAVariableResult& result) {
+    result.pValue = -1.0;
     const auto newSlot = static_cast<unsigned int>(j);
     if (refStats.GetNumberOfCases(i) == 0 || newStats.GetNumberOfCases(newSlot) == 0) {
         return {MAStatusNoCases, false};
@@ -101,20 +104,20 @@ MCStatus TestCategoricalVariable(unsigned int i, int j, const MADistStats& refSt
     if (refFreq.size() < newFreq.size()) return {MAStatusCategoriesDiffer, false};
     if (refFreq.size() == 1) {
         if (MapCategory(refEncoder, newEncoder, 0) == -1) return {MAStatusCategoriesDiffer, false};
-        pValue = 1.0;
+        result.pValue = 1.0;
         return {};
     }
     std::vector<double> aligned;
     if (!AlignFrequencies(refEncoder, newEncoder, refFreq, newFreq, aligned)) {
         return {MAStatusCategoriesDiffer, false};
     }
-    pValue = ChiSquareFit(refFreq, aligned);
+    result.pValue = ChiSquareFit(refFreq, aligned, result);
     return {};
 }
 
 MCStatus TestContinuousVariable(unsigned int i, int j, const MADistStats& refStats,
-                                const MADistStats& newStats, double& pValue) {
-    pValue = -1.0;
+                                const MADistStats& newStats, MAVariableResult& result) {
+    result.pValue = -1.0;
     const auto newSlot = static_cast<unsigned int>(j);
     if (refStats.GetNumberOfCases(i) < 2 || newStats.GetNumberOfCases(newSlot) < 2) {
         return {MAStatusTooFewCases, false};
@@ -127,17 +130,18 @@ MCStatus TestContinuousVariable(unsigned int i, int j, const MADistStats& refSta
     newStats.GetMeanStdDev(newSlot, newMean, newStdDev);
 
     if (refStdDev > 0.0 && newStdDev > 0.0) {
-        pValue = ChiSquareFit(refStats.GetFrequencies(i), newStats.GetFrequencies(newSlot));
+        result.pValue =
+            ChiSquareFit(refStats.GetFrequencies(i), newStats.GetFrequencies(newSlot), result);
     } else {
-        pValue = refStdDev == 0.0 && newStdDev == 0.0 && refMean == newMean ? 1.0 : 0.0;
+        result.pValue = refStdDev == 0.0 && newStdDev == 0.0 && refMean == newMean ? 1.0 : 0.0;
     }
     return {};
 }
 
 MCStatus TestVariable(unsigned int i, int j, const MADistStats& refStats,
-                      const MADistStats& newStats, double& pValue) {
-    return refStats.IsCategorical(i) ? TestCategoricalVariable(i, j, refStats, newStats, pValue)
-                                     : TestContinuousVariable(i, j, refStats, newStats, pValue);
+                      const MADistStats& newStats, MAVariableResult& result) {
+    return refStats.IsCategorical(i) ? TestCategoricalVariable(i, j, refStats, newStats, result)
+                                     : TestContinuousVariable(i, j, refStats, newStats, result);
 }
 
 }  // namespace MADetail
