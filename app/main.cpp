@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+#include "app/base/Screen.h"
 #include "app/commands/Program.h"
 
 namespace {
@@ -21,5 +22,6 @@ void OpenStandardStreams() {
 
 int main(int argc, char** argv) {
     OpenStandardStreams();
-    return app::RunProgram(argc, argv, std::cout, std::cerr, isatty(STDERR_FILENO) == 1);
+    return app::RunProgram(argc, argv, std::cout, std::cerr, app::ScreenOf(STDOUT_FILENO),
+                           isatty(STDERR_FILENO) == 1);
 }

@@ -8,12 +8,14 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "accredit/diststats/MADistStatsImp.h"
 #include "accredit/documents/NumberText.h"
 #include "accredit/documents/Reference.h"
 #include "accredit/documents/internal/Element.h"
+#include "accredit/documents/internal/EncoderWithOthers.h"
 #include "accredit/documents/internal/StatisticsReader.h"
 #include "accredit/documents/internal/XmlTree.h"
 #include "accredit/host/MCNumberEncoder.h"
@@ -24,6 +26,7 @@ using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCNumberEncoder;
 using MCMTD_NAMESPACE::MCStringEncoder;
+using MCMTD_NAMESPACE::MCUniStats;
 using MCMTD_NAMESPACE::MCVariable;
 using MCMTD_NAMESPACE::MCVarList;
 
@@ -43,6 +46,8 @@ struct Field {
     std::shared_ptr<MCStringEncoder> texts;
     std::shared_ptr<MCNumberEncoder> numbers;
     std::vector<std::string> missing;
+    UncountedData uncounted;
+    double otherCases = 0.0;  // of categories without a name
 
     std::shared_ptr<IMCEncoder> Encoder() const {
         if (texts) return texts;
@@ -181,11 +186,57 @@ MissingTokens MissingTokensOf(const std::vector<Field>& fields) {
     return missing;
 }
 
+std::string NameOf(const Element& extension) {
+    extension.AllowAttributes({"extender", "name", "value"});
+    return extension.Text("name");
+}
+
+// One fact about a field, which stands there once. Later ones of a name would hide the first.
+void ReadFact(const Element& fact, Field& field) {
+    fact.RequireEmpty();
+    const std::string name = NameOf(fact);
+    UncountedData& uncounted = field.uncounted;
+    if (name == "firstUnreadableLine" && !field.texts && uncounted.firstUnreadableLine == 0) {
+        uncounted.firstUnreadableLine = fact.Count("value");
+    } else if (name == "firstUnreadableText" && !field.texts &&
+               uncounted.firstUnreadableText.empty()) {
+        uncounted.firstUnreadableText = fact.Text("value");
+    } else if (name == "otherCategories" && field.Encoder() && field.otherCases == 0.0) {
+        field.otherCases = static_cast<double>(fact.Count("value"));
+    } else {
+        fact.Refuse("this extension is not understood here");
+    }
+}
+
+// What the statistics of PMML have no place for, of the fields that have it, in their order.
+void ReadNewData(const Element& newData, std::vector<Field>& fields) {
+    if (NameOf(newData) != "newData") newData.Refuse("this extension is not understood");
+    auto field = fields.begin();
+    Children children(newData);
+    while (const Element element = children.Take("Extension")) {
+        if (NameOf(element) != "field") element.Refuse("this extension is not understood");
+        const std::string name = element.Text("value");
+        field = std::find_if(field, fields.end(),
+                             [&name](const Field& each) { return each.name == name; });
+        if (field == fields.end()) element.Refuse("there is no such field behind the one before");
+        Children facts(element);
+        while (const Element fact = facts.Take("Extension")) ReadFact(fact, *field);
+        facts.End();
+        if ((field->uncounted.firstUnreadableLine == 0) !=
+            field->uncounted.firstUnreadableText.empty()) {
+            element.Refuse("the first unreadable datum has a line and a text");
+        }
+        ++field;
+    }
+    children.End();
+}
+
 MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string>& ignored) {
     const std::set<std::string_view> left(ignored.begin(), ignored.end());
     MCVarList list;
     for (const Field& field : fields) {
-        const std::shared_ptr<IMCEncoder> encoder = field.Encoder();
+        std::shared_ptr<IMCEncoder> encoder = field.Encoder();
+        if (field.otherCases > 0.0) encoder = std::make_shared<EncoderWithOthers>(encoder);
         const int categories = encoder ? encoder->GetNumCategories() : 0;
         const auto role = left.count(field.name) != 0 ? IMCVariable::VariableRoleNone
                                                       : IMCVariable::VariableRoleInput;
@@ -197,13 +248,31 @@ MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string
     return list;
 }
 
+// The statistics with the cases of the category that has no name, which come last.
+MCUniStats WithOthers(const MCUniStats& named, double others) {
+    if (others == 0.0) return named;
+    std::vector<double> frequencies = named.GetFrequencies();
+    frequencies.push_back(others);
+    return {named.GetVarName(), named.GetNumberOfCases(), frequencies};
+}
+
+void TakeCounts(const Element& element, const StoredStatistics& stored, Field& field) {
+    UncountedData& uncounted = field.uncounted;
+    uncounted.missing = stored.missing;
+    if (stored.missing && !field.texts) uncounted.unreadable = stored.invalid;
+    if (uncounted.firstUnreadableLine > 0 && stored.invalid == 0) {
+        element.Refuse("a first unreadable datum, but none is counted");
+    }
+    if (field.otherCases > 0.0) {
+        uncounted.otherCategories = field.Encoder()->GetNumCategories();
+    }
+}
+
 // The statistics of every field, each once, in any order.
-void ReadModelStats(const Element& modelStats, const std::vector<Field>& fields,
-                    MADistStatsImp& stats, std::vector<std::uint64_t>& missingCounts) {
+void ReadModelStats(const Element& modelStats, std::vector<Field>& fields, MADistStatsImp& stats) {
     modelStats.AllowAttributes({});
     const bool rowsAreCounted = !fields.front().missing.empty();
     std::vector<bool> seen(fields.size(), false);
-    std::vector<std::uint64_t> missingOfField(fields.size());
     std::uint64_t total = 0;
     Children children(modelStats);
     bool first = true;
@@ -217,16 +286,16 @@ void ReadModelStats(const Element& modelStats, const std::vector<Field>& fields,
             element.Refuse("two statistics of the field \"" + Shortened(name) + "\"");
         }
         seen[index] = true;
-        const StoredStatistics stored =
-            ReadStatistics(element, name, fields[index].Encoder().get());
+        Field& field = fields[index];
+        const StoredStatistics stored = ReadStatistics(element, name, field.Encoder().get());
         if (!std::exchange(first, false) && rowsAreCounted && stored.total != total) {
             element.Refuse("totalFreq differs from that of the fields before");
         }
         total = stored.total;
-        missingOfField[index] = stored.missing;
+        TakeCounts(element, stored, field);
         const bool ignored =
             stats.GetVarList().GetVariableRole(position) != IMCVariable::VariableRoleInput;
-        if (!ignored && !stats.SetAllStats(stored.stats)) {
+        if (!ignored && !stats.SetAllStats(WithOthers(stored.stats, field.otherCases))) {
             element.Refuse("the number of cases and the summary contradict each other");
         }
     }
@@ -234,13 +303,17 @@ void ReadModelStats(const Element& modelStats, const std::vector<Field>& fields,
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (!seen[i]) fields[i].element.Refuse("there are no statistics of this field");
     }
-    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
-        missingCounts.push_back(
-            missingOfField[static_cast<std::size_t>(stats.GetVarListIndex(slot))]);
-    }
 }
 
 }  // namespace
+
+bool operator==(const UncountedData& left, const UncountedData& right) {
+    const auto tie = [](const UncountedData& data) {
+        return std::tie(data.missing, data.unreadable, data.firstUnreadableLine,
+                        data.firstUnreadableText, data.otherCategories);
+    };
+    return tie(left) == tie(right);
+}
 
 bool BeginsLikeDocument(std::string_view beginning) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -272,19 +345,24 @@ Reference ReadReference(std::string_view document, const std::vector<std::string
     Children children(RootOf(tree));
     Reference reference;
     reference.application = ReadHeader(children.Require("Header"));
-    const std::vector<Field> fields = ReadDictionary(children.Require("DataDictionary"));
+    std::vector<Field> fields = ReadDictionary(children.Require("DataDictionary"));
     reference.missing = MissingTokensOf(fields);
 
-    auto stats = std::make_unique<MADistStatsImp>(ListOf(fields, ignored), nullptr);
     const Element extension = children.Require("Extension");
     extension.AllowAttributes({"extender", "name"});
     if (extension.Text("name") != "containerModel") {
         extension.Refuse("this extension is not understood");
     }
-    Children content(extension);
-    ReadModelStats(content.Require("ModelStats"), fields, *stats, reference.missingCounts);
-    content.End();
+    if (const Element newData = children.Take("Extension")) ReadNewData(newData, fields);
     children.End();
+    auto stats = std::make_unique<MADistStatsImp>(ListOf(fields, ignored), nullptr);
+    Children content(extension);
+    ReadModelStats(content.Require("ModelStats"), fields, *stats);
+    content.End();
+    for (unsigned int slot = 0; slot < stats->GetVarCount(); ++slot) {
+        const auto position = static_cast<std::size_t>(stats->GetVarListIndex(slot));
+        reference.uncounted.push_back(fields[position].uncounted);
+    }
     reference.stats = MADistStats(stats.release());
     return reference;
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,14 +18,33 @@
 /// Stored references: PMML documents read and written.
 namespace MADocuments {
 
-/// What new data is compared with: a summary, and all that was settled when it was learned.
+/// What the data of a variable holds besides its cases.
+struct UncountedData {
+    /// The number of missing data; nothing if it is not known.
+    std::optional<std::uint64_t> missing;
+    /// The number of data that are no numbers, though the variable's are; nothing if it is not
+    /// known or if the variable's data are texts.
+    std::optional<std::uint64_t> unreadable;
+    /// The line, from 1, on which the first of these stands, 0 if there is none; and what it is,
+    /// shortened and fit to be shown.
+    std::uint64_t firstUnreadableLine = 0;
+    std::string firstUnreadableText = {};
+    /// The code of the category that stands for all those of new data that were too many to be kept
+    /// by name, -1 if there is none. It is the last of those that the reference lacks.
+    int otherCategories = -1;
+};
+
+bool operator==(const UncountedData& left, const UncountedData& right);
+
+/// What new data is compared with: a summary, and all that was settled when it was learned. New
+/// data that was summarised with the bins of a reference is one, too.
 struct Reference {
     /// The summary. Every variable of its list that is an input variable is compared.
     MADistStats stats;
     /// The texts that stand for a missing datum.
     MissingTokens missing;
-    /// The number of missing data of each input variable, by slot.
-    std::vector<std::uint64_t> missingCounts;
+    /// What is known of each input variable besides, by slot.
+    std::vector<UncountedData> uncounted;
     /// What made the reference, and when.
     MCApplicInfo4XML application;
 };
@@ -41,10 +61,13 @@ bool BeginsLikeDocument(std::string_view beginning);
 /// The reference that a document holds. Its list has the fields in their order, as input variables
 /// but for those named in `ignored`.
 ///
-/// The document is the one that the library writes, with two additions in places that PMML has for
-/// them: in every DataField the missing tokens, as values with the property "missing", and in every
-/// Counts the missing data, as missingFreq, which totalFreq then includes. Without them the tokens
-/// are those of a default MissingTokens and the counts 0.
+/// The document is the one that the library writes, with additions in places that PMML has for
+/// them: in every DataField the missing tokens, as values with the property "missing"; in every
+/// Counts the missing data as missingFreq and the unreadable ones as invalidFreq, both part of
+/// totalFreq; and behind the statistics an extension "newData" with the first unreadable datum and
+/// the cases of categories that were not kept, of the fields that have them. Without missingFreq
+/// nothing is known of a field's missing and unreadable data, and without tokens they are those of
+/// a default MissingTokens.
 ///
 /// Whatever is not such a document is refused with DocumentError and the place: one that is longer
 /// than kMaxDocumentSize or not well-formed XML in UTF-8; document types, processing instructions,

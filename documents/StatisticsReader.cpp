@@ -199,11 +199,13 @@ double ReadCounts(const Element& element, StoredStatistics& stored) {
     element.AllowAttributes({"totalFreq", "missingFreq", "invalidFreq"});
     element.RequireEmpty();
     stored.total = element.Count("totalFreq");
-    stored.missing = element.Has("missingFreq") ? element.Count("missingFreq") : 0;
-    const std::uint64_t invalid = element.Has("invalidFreq") ? element.Count("invalidFreq") : 0;
-    if (invalid != 0) element.Refuse("invalid data are not understood");
-    if (stored.missing > stored.total) element.Refuse("more missing data than data");
-    return static_cast<double>(stored.total - stored.missing);
+    if (element.Has("missingFreq")) stored.missing = element.Count("missingFreq");
+    stored.invalid = element.Has("invalidFreq") ? element.Count("invalidFreq") : 0;
+    const std::uint64_t missing = stored.missing.value_or(0);
+    if (missing > stored.total || stored.invalid > stored.total - missing) {
+        element.Refuse("more missing and invalid data than data");
+    }
+    return static_cast<double>(stored.total - missing - stored.invalid);
 }
 
 }  // namespace
@@ -212,7 +214,14 @@ StoredStatistics ReadStatistics(const Element& element, const std::string& name,
                                 const IMCEncoder* encoder) {
     StoredStatistics result;
     Children children(element);
-    const double cases = ReadCounts(children.Require("Counts"), result);
+    const Element counts = children.Require("Counts");
+    const double cases = ReadCounts(counts, result);
+    if (result.invalid > 0 && encoder && encoder->GetValueType() == IMCEncoder::ValueTypeString) {
+        counts.Refuse("a field of texts has no invalid data");
+    }
+    if (result.invalid > 0 && !result.missing) {
+        counts.Refuse("invalid data, but nothing about missing ones");
+    }
     if (encoder) {
         const Element discrStats = children.Require("DiscrStats");
         result.stats = MCUniStats(name, cases, ReadDiscrStats(discrStats, *encoder, cases));

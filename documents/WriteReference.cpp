@@ -1,17 +1,25 @@
 // A reference as a document: what the library writes, with the missing tokens and counts.
 
+#include <cstddef>
 #include <ios>
 #include <memory>
+#include <numeric>
 #include <sstream>
 
 #include "accredit/diststats/MAUniStats.h"
 #include "accredit/documents/Reference.h"
+#include "accredit/documents/internal/EncoderWithOthers.h"
 #include "accredit/host/ExportFormat.h"
 #include "accredit/host/MCPMMLExporter.h"
+#include "accredit/host/MCVariable.h"
 #include "accredit/host/XMLElement.h"
 
 using MCCommon::MCStatus;
+using MCMTD_NAMESPACE::IMCEncoder;
+using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCUniStats;
+using MCMTD_NAMESPACE::MCVariable;
+using MCMTD_NAMESPACE::MCVarList;
 using MCXML_NAMESPACE::ExportFormat;
 using MCXML_NAMESPACE::XMLElement;
 
@@ -31,14 +39,95 @@ ElementPtr Made(Step step) {
     return made;
 }
 
+ElementPtr Extension(MCPMMLExporter& exporter, const std::string& name, const std::string& value) {
+    return Made([&](XMLElement*& element) {
+        exporter.ExportExtension(name, value, element);
+        return MCStatus();
+    });
+}
+
+UncountedData UncountedAt(const Reference& reference, unsigned int slot) {
+    return slot < reference.uncounted.size() ? reference.uncounted[slot] : UncountedData();
+}
+
+// The input variables with the categories that their fields show: without the one that has no name.
+MCVarList FieldsOf(const Reference& reference) {
+    const MCVarList& list = reference.stats.GetVarList();
+    MCVarList fields;
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const int position = reference.stats.GetVarListIndex(slot);
+        const IMCVariable& variable = *list.GetVarAt(position);
+        const IMCEncoder* const encoder = list.GetEncoderAt(position);
+        const int others = UncountedAt(reference, slot).otherCategories;
+        std::shared_ptr<IMCEncoder> shown;
+        if (encoder) shown = std::make_shared<EncoderWithout>(*encoder, others);
+        const int categories = shown ? shown->GetNumCategories() : 0;
+        fields.AddShared(
+            std::make_shared<MCVariable>(variable.GetName(), variable.GetMeasureLevel(),
+                                         IMCVariable::VariableRoleInput, categories),
+            shown);
+    }
+    return fields;
+}
+
+// The frequency of the category without a name, which may lie beyond the last that was counted.
+double TakeOthers(std::vector<double>& frequencies, int code) {
+    const auto index = static_cast<std::size_t>(code);
+    if (code < 0 || index >= frequencies.size()) return 0.0;
+    const double others = frequencies[index];
+    frequencies.erase(frequencies.begin() + code);
+    return others;
+}
+
+MCUniStats Statistics(const Reference& reference, unsigned int slot) {
+    MCUniStats variable = MAUniStatsOf(reference.stats, slot);
+    const UncountedData uncounted = UncountedAt(reference, slot);
+    if (uncounted.otherCategories >= 0) {
+        std::vector<double> frequencies = variable.GetFrequencies();
+        TakeOthers(frequencies, uncounted.otherCategories);
+        variable = MCUniStats(variable.GetVarName(), variable.GetNumberOfCases(), frequencies);
+    }
+    if (uncounted.missing) variable.SetMissing(static_cast<double>(*uncounted.missing));
+    // None at all is what a document means that does not speak of them.
+    if (uncounted.unreadable.value_or(0) > 0) {
+        variable.SetInvalid(static_cast<double>(*uncounted.unreadable));
+    }
+    return variable;
+}
+
+// What the elements of PMML have no place for; null if there is nothing.
+ElementPtr NewDataExtension(MCPMMLExporter& exporter, const Reference& reference) {
+    ElementPtr all;
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const UncountedData uncounted = UncountedAt(reference, slot);
+        if (uncounted.firstUnreadableLine == 0 && uncounted.otherCategories < 0) continue;
+        const int position = reference.stats.GetVarListIndex(slot);
+        ElementPtr field = Extension(exporter, "field",
+                                     reference.stats.GetVarList().GetVarAt(position)->GetName());
+        if (uncounted.firstUnreadableLine > 0) {
+            field->AddElement(Extension(exporter, "firstUnreadableLine",
+                                        std::to_string(uncounted.firstUnreadableLine))
+                                  .release());
+            field->AddElement(
+                Extension(exporter, "firstUnreadableText", uncounted.firstUnreadableText)
+                    .release());
+        }
+        if (uncounted.otherCategories >= 0) {
+            std::vector<double> frequencies = reference.stats.GetFrequencies(slot);
+            const double others = TakeOthers(frequencies, uncounted.otherCategories);
+            field->AddElement(Extension(exporter, "otherCategories",
+                                        std::to_string(static_cast<std::uint64_t>(others)))
+                                  .release());
+        }
+        if (!all) all = Extension(exporter, "newData", "");
+        all->AddElement(field.release());
+    }
+    return all;
+}
+
 }  // namespace
 
 std::string WriteReference(const Reference& reference) {
-    const MADistStats& stats = reference.stats;
-    std::vector<int> positions;
-    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
-        positions.push_back(stats.GetVarListIndex(slot));
-    }
     MCPMMLExporter exporter(nullptr);
     exporter.SetMissingValues(reference.missing.Texts());
     const ElementPtr root(exporter.ExportPMMLElement());
@@ -46,25 +135,26 @@ std::string WriteReference(const Reference& reference) {
         return exporter.ExportHeader(&reference.application, "", true, element);
     });
     root->AddElement(header.release());
+    const MCVarList fields = FieldsOf(reference);
+    std::vector<int> positions(fields.Size());
+    std::iota(positions.begin(), positions.end(), 0);
     ElementPtr dictionary = Made([&](XMLElement*& element) {
-        return exporter.ExportDataDictionary(stats.GetVarList(), positions, element);
+        return exporter.ExportDataDictionary(fields, positions, element);
     });
     root->AddElement(dictionary.release());
 
-    ElementPtr extension = Made([&](XMLElement*& element) {
-        exporter.ExportExtension("containerModel", "", element);
-        return MCStatus();
-    });
+    ElementPtr extension = Extension(exporter, "containerModel", "");
     ElementPtr modelStats(XMLElement::Create("ModelStats"));
-    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
-        MCUniStats variable = MAUniStatsOf(stats, slot);
-        variable.SetMissing(static_cast<double>(reference.missingCounts[slot]));
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const MCUniStats variable = Statistics(reference, slot);
         ElementPtr child =
             Made([&](XMLElement*& element) { return exporter.ExportUniStats(variable, element); });
         modelStats->AddElement(child.release());
     }
     extension->AddElement(modelStats.release());
     root->AddElement(extension.release());
+    if (ElementPtr newData = NewDataExtension(exporter, reference))
+        root->AddElement(newData.release());
 
     std::ostringstream out;
     out.exceptions(std::ios::badbit);  // Memory that runs out is no document that is cut off.

@@ -70,12 +70,12 @@ public:
     /// values; where there are fewer of them than values, zeros follow. The values themselves
     /// stand beside them if a PMML array can hold them. Frequencies that do not sum to the number
     /// of cases, which PMML does not allow for, go into an extension named "frequencies" of the
-    /// element that would otherwise hold them. The total count is that of the cases and, where it
-    /// is known, of the missing data, which then also stands by itself.
+    /// element that would otherwise hold them. The total count is that of the cases and, where
+    /// they are known, of the missing and the invalid data, which then also stand by themselves.
     ///
-    /// Fails also if the number of cases or of missing data is not a whole number from 0 up, if
-    /// their sum, rounded to a double, does not give the cases back, or if margins and frequencies
-    /// do not fit together: see MCUniStats.
+    /// Fails also if the number of cases, of missing or of invalid data is not a whole number from
+    /// 0 up, if their sum, rounded to a double, does not give the cases back, or if margins and
+    /// frequencies do not fit together: see MCUniStats.
     MCCommon::MCStatus ExportUniStats(const MCMTD_NAMESPACE::MCUniStats& stats,
                                       MCXML_NAMESPACE::XMLElement*& element);
 

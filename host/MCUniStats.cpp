@@ -27,6 +27,8 @@ void MCUniStats::SetIntervalsOpenLeft(bool openLeft) { mOpenLeft = openLeft; }
 
 void MCUniStats::SetMissing(double missing) { mMissing = missing; }
 
+void MCUniStats::SetInvalid(double invalid) { mInvalid = invalid; }
+
 bool MCUniStats::IsCategorical() const { return mCategorical; }
 
 bool MCUniStats::AreIntervalsOpenLeft() const { return mOpenLeft; }
@@ -42,6 +44,10 @@ double MCUniStats::GetNumberOfCases() const { return mCases; }
 bool MCUniStats::HasMissing() const { return !MCMV::IsMissing(mMissing); }
 
 double MCUniStats::GetMissing() const { return mMissing; }
+
+bool MCUniStats::HasInvalid() const { return !MCMV::IsMissing(mInvalid); }
+
+double MCUniStats::GetInvalid() const { return mInvalid; }
 
 const MCUniStats::SummStats& MCUniStats::GetSummStats() const { return mSummStats; }
 

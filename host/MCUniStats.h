@@ -54,6 +54,9 @@ public:
     /// cases does not include; MCMV::Missing(), as the constructors set it, says nothing of them.
     void SetMissing(double missing);
 
+    /// Says the same of data that were invalid, such as texts where numbers belong.
+    void SetInvalid(double invalid);
+
     /// Which of the two constructors made the object.
     bool IsCategorical() const;
 
@@ -79,6 +82,12 @@ public:
     /// The number of missing data, MCMV::Missing() if it is not known.
     double GetMissing() const;
 
+    /// Whether the number of invalid data is known.
+    bool HasInvalid() const;
+
+    /// The number of invalid data, MCMV::Missing() if it is not known.
+    double GetInvalid() const;
+
     /// All four values are missing for a categorical variable.
     const SummStats& GetSummStats() const;
 
@@ -86,6 +95,7 @@ private:
     std::string mName;
     double mCases = 0.0;
     double mMissing = MCMV::Missing();
+    double mInvalid = MCMV::Missing();
     bool mCategorical = true;
     bool mOpenLeft = true;
     SummStats mSummStats;

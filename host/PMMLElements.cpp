@@ -100,19 +100,25 @@ private:
 };
 
 double MissingOf(const MCUniStats& stats) { return stats.HasMissing() ? stats.GetMissing() : 0.0; }
+double InvalidOf(const MCUniStats& stats) { return stats.HasInvalid() ? stats.GetInvalid() : 0.0; }
 
-// The total includes the missing data, and must give the cases back.
+// The total includes missing and invalid data, and must give the cases back.
 bool CountsAreGood(const MCUniStats& stats) {
     const double cases = stats.GetNumberOfCases();
     const double missing = MissingOf(stats);
-    return IsCount(cases) && IsCount(missing) && cases + missing - missing == cases;
+    const double invalid = InvalidOf(stats);
+    return IsCount(cases) && IsCount(missing) && IsCount(invalid) &&
+           cases + missing + invalid - invalid - missing == cases;
 }
 
 ElementPtr MakeCounts(const MCUniStats& stats) {
     const double missing = MissingOf(stats);
+    const double invalid = InvalidOf(stats);
     ElementPtr counts = NewElement(gCounts);
-    counts->SetAttribute(gTotalFreq, FormatWhole(std::abs(stats.GetNumberOfCases() + missing)));
+    counts->SetAttribute(gTotalFreq,
+                         FormatWhole(std::abs(stats.GetNumberOfCases() + missing + invalid)));
     if (stats.HasMissing()) counts->SetAttribute(gMissingFreq, FormatWhole(std::abs(missing)));
+    if (stats.HasInvalid()) counts->SetAttribute(gInvalidFreq, FormatWhole(std::abs(invalid)));
     return counts;
 }
 

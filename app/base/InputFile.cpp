@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <new>
 #include <system_error>
+#include <utility>
 
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
@@ -54,8 +55,14 @@ InputFile::~InputFile() {
     if (mDescriptor > STDIN_FILENO) close(mDescriptor);
 }
 
+void InputFile::PutBack(std::string beginning) {
+    mPutBack = std::move(beginning);
+    mPutBackUsed = 0;
+}
+
 std::size_t InputFile::Read(char* buffer, std::size_t size) {
-    std::size_t filled = 0;
+    std::size_t filled = mPutBack.copy(buffer, size, mPutBackUsed);
+    mPutBackUsed += filled;
     while (filled < size) {
         if (mCancel.QueryCancel()) throw Cancelled();
         const ssize_t got = read(mDescriptor, buffer + filled, size - filled);
@@ -78,6 +85,7 @@ void InputFile::Rewind() {
     RequireUnchanged();
     if (lseek(mDescriptor, 0, SEEK_SET) != 0) Fail(errno);
     mDone = 0;
+    PutBack({});
     ++mPass;
 }
 

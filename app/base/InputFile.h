@@ -42,6 +42,9 @@ public:
     /// changed since it was opened; Cancelled.
     std::size_t Read(char* buffer, std::size_t size);
 
+    /// Gives back what was read from the beginning, and nothing else yet, to be read again.
+    void PutBack(std::string beginning);
+
     /// Goes back to the beginning of a file that is read repeatedly. Throws InputError, also when
     /// the file has changed since it was opened.
     void Rewind();
@@ -62,6 +65,8 @@ private:
     bool mIsRegular = false;
     std::optional<std::uint64_t> mSize;
     std::uint64_t mDone = 0;
+    std::string mPutBack;  // to be read before all else, from mPutBackUsed on
+    std::size_t mPutBackUsed = 0;
     int mPass = 1;
 };
 

@@ -10,7 +10,6 @@ namespace app {
 
 namespace {
 
-constexpr std::size_t kNameWidth = 40;
 constexpr std::string_view kCut = "...";
 
 std::string Escape(char byte) {
@@ -71,9 +70,25 @@ std::string Shortened(std::string_view text, std::size_t width) {
     return shown;
 }
 
-std::string ShownName(std::string_view name, std::size_t number) {
+std::string Cut(const std::string& text, std::size_t width) {
+    if (DisplayWidth(text) <= width) return text;
+    const std::size_t room = width - std::min(width, kCut.size());
+    std::string_view rest = text;
+    std::string kept;
+    for (std::size_t columns = 0;;) {
+        const auto [shown, hidden] = FirstCluster(rest);
+        const std::string_view next = rest.substr(0, shown + hidden);
+        columns += DisplayWidth(next);
+        if (columns > room) break;
+        kept += next;
+        rest.remove_prefix(next.size());
+    }
+    return kept.append(kCut.substr(0, width));
+}
+
+std::string ShownName(std::string_view name, std::size_t number, std::size_t width) {
     const std::string ending = fmt::format("{}#{}", kCut, number);
-    auto [shown, isAll] = BeginningOf(name, kNameWidth, ending.size());
+    auto [shown, isAll] = BeginningOf(name, std::max(width, ending.size()), ending.size());
     // A name that itself ends like one that is cut must not be taken for it.
     for (std::size_t at = 0; (at = shown.find("...#", at)) != std::string::npos;) {
         shown.replace(at + kCut.size(), 1, Escape('#'));

@@ -2,17 +2,22 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <string_view>
+#include <utility>
 
 #include "app/base/Errors.h"
+#include "app/base/InputFile.h"
 #include "app/base/Printable.h"
 #include "app/commands/ReferenceFile.h"
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
+#include "app/data/NewSummary.h"
 
 using MADocuments::MissingTokens;
 using MADocuments::Reference;
@@ -63,49 +68,88 @@ void RefuseSettledOptions(const CheckOptions& options) {
     if (!options.columns.continuous.empty()) refuse("--continuous");
 }
 
-std::vector<std::string> NamesOf(const MCVarList& list) {
-    std::vector<std::string> names;
-    for (unsigned int i = 0; i < list.Size(); ++i) {
-        names.push_back(list.GetVarAt(static_cast<int>(i))->GetName());
+// A new file that has been opened: data, or the summary that it holds.
+struct NewFile {
+    std::string name;  // fit to be shown
+    std::optional<CsvReader> data;
+    std::optional<Reference> summary;
+};
+
+NewFile OpenNew(const std::string& path, const CheckOptions& options, Progress& progress,
+                MCQueryCancel& cancel) {
+    auto file = std::make_unique<InputFile>(path, Reading::Once, progress, cancel);
+    NewFile opened{file->Name(), std::nullopt, std::nullopt};
+    if (const auto document = LoadDocument(*file)) {
+        opened.summary = ReferenceIn(*document, options.columns.ignored);
+    } else {
+        opened.data.emplace(std::move(file));
     }
-    return names;
+    return opened;
+}
+
+// What of the options does not fit the columns of the files is told before the long passes.
+std::vector<double> CheckColumns(const std::vector<NewFile>& files,
+                                 const std::vector<std::string>& names,
+                                 const CheckOptions& options) {
+    std::vector<std::vector<std::string>> headings{names};
+    for (const NewFile& file : files) {
+        if (file.data) CheckNewHeadings(*file.data, names, options.columns.ignored);
+        headings.push_back(file.data ? file.data->Headings()
+                                     : NamesOf(file.summary->stats.GetVarList()));
+    }
+    std::vector<const std::vector<std::string>*> lists;
+    for (const std::vector<std::string>& list : headings) lists.push_back(&list);
+    RequireColumns(options.columns.ignored, lists, "neither file has a column");
+    return WeightsInOrder(options, names);
 }
 
 }  // namespace
 
-CheckResult Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel) {
+std::vector<CheckResult> Check(const CheckOptions& options, Progress& progress,
+                               MCQueryCancel& cancel) {
     const bool isInput = options.referencePath == "-";
-    if (isInput && options.newPath == "-") {
-        throw UsageError("only one of the two files can be standard input");
+    if (std::count(options.newPaths.begin(), options.newPaths.end(), "-") + (isInput ? 1 : 0) > 1) {
+        throw UsageError("only one of the files can be standard input");
     }
     // What is no document is read as data, and not from a pipe, which could keep the program
     // waiting.
-    const Reading reading = isInput ? Reading::Once : Reading::Repeated;
+    auto referenceFile = std::make_unique<InputFile>(
+        options.referencePath, isInput ? Reading::Once : Reading::Repeated, progress, cancel);
     std::optional<Reference> reference;
     std::optional<CsvReader> data;
-    if (const auto document = LoadDocument(options.referencePath, reading, progress, cancel)) {
+    if (const auto document = LoadDocument(*referenceFile)) {
         RefuseSettledOptions(options);
         reference = ReferenceIn(*document, options.columns.ignored);
     } else if (isInput) {
         throw UsageError("the reference cannot be standard input, unless it is a stored one");
     } else {
-        data.emplace(options.referencePath, Reading::Repeated, progress, cancel);
+        data.emplace(std::move(referenceFile));
         CheckHeadings(*data, options.columns.ignored);
     }
 
-    // Both files are opened and all options looked at before the long passes.
-    CsvReader newData(options.newPath, Reading::Once, progress, cancel);
-    const std::vector<std::string> names =
-        reference ? NamesOf(reference->stats.GetVarList()) : data->Headings();
-    CheckNewHeadings(newData, names, options.columns.ignored);
-    RequireColumns(options.columns.ignored, {&names, &newData.Headings()},
-                   "neither file has a column");
-    const std::vector<double> weights = WeightsInOrder(options, names);
-
+    std::vector<NewFile> files;
+    for (const std::string& path : options.newPaths) {
+        files.push_back(OpenNew(path, options, progress, cancel));
+    }
+    const std::vector<double> weights = CheckColumns(
+        files, reference ? NamesOf(reference->stats.GetVarList()) : data->Headings(), options);
     if (data) {
         reference = LearnReference(*data, options.columns, MissingTokens(options.missing), cancel);
     }
-    return Compare(*reference, newData, weights, cancel);
+
+    const auto shared = std::make_shared<const Reference>(std::move(*reference));
+    std::vector<CheckResult> results;
+    for (NewFile& file : files) {
+        if (file.data) {
+            file.summary = SummariseLike(*shared, *file.data, cancel);
+            file.data.reset();
+        } else {
+            RequireBinsOf(*shared, *file.summary, file.name);
+        }
+        results.push_back(Compare(shared, std::move(*file.summary), weights, options.alpha));
+        results.back().newName = file.name;
+    }
+    return results;
 }
 
 }  // namespace app

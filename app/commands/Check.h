@@ -7,6 +7,7 @@
 #include "accredit/host/MCQueryCancel.h"
 #include "app/base/Progress.h"
 #include "app/commands/Comparison.h"
+#include "app/commands/FailRules.h"
 #include "app/data/ColumnKinds.h"
 
 namespace app {
@@ -17,23 +18,31 @@ struct ColumnWeight {
     double weight = 1.0;
 };
 
+/// How a report is written.
+enum class ReportFormat { Text, Json, OpenMetrics };
+
 /// What `accredit check` is asked to do.
 struct CheckOptions {
-    std::string referencePath;  ///< A stored reference or a data file.
-    std::string newPath;        ///< "-" is standard input.
+    std::string referencePath;          ///< A stored reference or a data file.
+    std::vector<std::string> newPaths;  ///< Data or stored summaries; "-" is standard input.
     std::vector<std::string> missing;
     ColumnChoices columns;
     std::vector<ColumnWeight> weights;  ///< Columns that are not named weigh 1.
-    std::optional<double> failBelow;
-    bool json = false;
+    double alpha = 0.01;
+    FailRules rules;
+    ReportFormat format = ReportFormat::Text;
+    bool showAll = false;    ///< All variables in the text report.
+    std::string reportPath;  ///< The page to write; empty for none.
 };
 
-/// Compares the new file with the reference. A data file is read up to three times and learned as
+/// Compares each new file with the reference. A data file is read up to three times and learned as
 /// a reference; of a stored reference, which its beginning tells apart, all that is known, and the
-/// result is the same to the last bit. The new file is read once. Memory does not grow with the
-/// number of rows.
+/// result is the same to the last bit. So it is with new data and its stored summary. New data is
+/// read once. Memory does not grow with the number of rows.
 ///
-/// Throws UsageError for options that do not fit the reference, InputError, Cancelled.
-CheckResult Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel);
+/// Gives one result for each new file, in their order. Throws UsageError for options that do not
+/// fit the reference, InputError, Cancelled.
+std::vector<CheckResult> Check(const CheckOptions& options, Progress& progress,
+                               MCQueryCancel& cancel);
 
 }  // namespace app

@@ -1,63 +1,38 @@
 #include "app/commands/Comparison.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <numeric>
-#include <set>
+#include <utility>
 
-#include "accredit/accreditation/MAAccreditor.h"
 #include "accredit/accreditation/MAVariableResult.h"
-#include "accredit/diststats/MAProblems.h"
-#include "app/base/Errors.h"
-#include "app/data/CsvRecordIter.h"
+#include "accredit/host/MAStatus.h"
+#include "app/data/NewSummary.h"
 
 using MADocuments::Reference;
+using MADocuments::UncountedData;
 using MCCommon::MCStatus;
-using MCMTD_NAMESPACE::MCVarList;
 
 namespace app {
 
 namespace {
 
-using Slots = std::set<unsigned int>;
-
-// The variables of the reference as they are when the new data has none of them.
-CheckResult Describe(const MADistStats& reference, const std::vector<double>& weights) {
-    CheckResult result;
-    result.status = MCStatus(MAStatusVariableNotFound, false);
-    for (unsigned int slot = 0; slot < reference.GetVarCount(); ++slot) {
-        CheckedVariable variable;
-        variable.name = reference.GetVarList().GetVarAt(reference.GetVarListIndex(slot))->GetName();
-        variable.categorical = reference.IsCategorical(slot);
-        variable.referenceCases = reference.GetNumberOfCases(slot);
-        variable.status = result.status;
-        variable.reason = result.status.GetMessage();
-        if (!weights.empty()) variable.weight = weights[slot];
-        result.variables.push_back(std::move(variable));
-    }
-    return result;
+UncountedData At(const Reference& summary, unsigned int slot) {
+    return slot < summary.uncounted.size() ? summary.uncounted[slot] : UncountedData();
 }
 
-// The reference's cut points in the order of the new list's input variables. Values that hardly
-// vary at their size, or are so far apart that their moments overflow, have cut points that do not
-// ascend, which no data pass takes. They are left out, so that the other variables can be compared
-// all the same; `unusable` gets the slots of the reference.
-std::vector<std::vector<double>> UsableCutPoints(const MADistStats& reference,
-                                                 const MCVarList& newList, Slots& unusable) {
-    std::vector<int> slots;
-    MAAccreditor::MatchVariables(newList, reference.GetVarList(), slots);
-    std::vector<std::vector<double>> cutPoints;
-    cutPoints.reserve(slots.size());
-    for (const int slot : slots) {
-        cutPoints.push_back(reference.GetCutPoints(static_cast<unsigned int>(slot)));
+std::vector<MAUncountedData> UncountedOf(const Reference& summary) {
+    std::vector<MAUncountedData> counts;
+    for (const UncountedData& data : summary.uncounted) {
+        counts.push_back({data.missing, data.unreadable});
     }
-    for (int bad = MAFindBadCutPoints(newList, cutPoints); bad >= 0;
-         bad = MAFindBadCutPoints(newList, cutPoints)) {
-        cutPoints[static_cast<std::size_t>(bad)].clear();
-        unusable.insert(static_cast<unsigned int>(slots[static_cast<std::size_t>(bad)]));
-    }
-    return cutPoints;
+    return counts;
+}
+
+// The number, unless it is the library's mark for none.
+std::optional<double> Known(double number) {
+    if (number == -1.0) return std::nullopt;
+    return number;
 }
 
 // Squares of deviations overflow to an infinity or a NaN as the order of the rows has it.
@@ -73,9 +48,9 @@ double CasesInBins(const MADistStats& stats, unsigned int slot) {
     return std::accumulate(frequencies.begin(), frequencies.end(), 0.0);
 }
 
-// Why the test of a variable failed or says nothing; empty if it says something.
-std::string WhyNotTested(const MADistStats& reference, unsigned int slot,
-                         const MADistStats& newStats, const MAVariableResult& test) {
+// Why the library's test of a variable failed or says nothing; empty if it says something.
+std::string WhyNoPValue(const MADistStats& reference, unsigned int slot,
+                        const MADistStats& newStats, const MAVariableResult& test) {
     if (!reference.IsCategorical(slot) && test.newSlot >= 0) {
         const auto newSlot = static_cast<unsigned int>(test.newSlot);
         if (!HasFiniteMoments(reference, slot)) {
@@ -96,55 +71,106 @@ std::string WhyNotTested(const MADistStats& reference, unsigned int slot,
     return "Not tested: the frequencies cannot be compared";
 }
 
+// Why there is no verdict or else no p-value; empty if there are both. What keeps the library's
+// test from a p-value is mostly what keeps the verdict away, but an unknown category is not.
+std::string Reason(const std::string& whyNoPValue, const MAVariableComparison& comparison) {
+    const bool isUntested = comparison.verdict == MAVerdict::NotTested;
+    const bool isUnknown = comparison.result.status.GetCode() == MAStatusCategoriesDiffer;
+    if (!isUntested || (!whyNoPValue.empty() && !isUnknown)) return whyNoPValue;
+    switch (comparison.untested) {
+        case MAUntested::NoBins:
+            return "Not tested: the reference has no bins";
+        case MAUntested::OtherCutPoints:
+            return "Not tested: the bins are not those of the reference";
+        case MAUntested::NoFrequencies:
+            return "Not tested: the reference's frequencies sum to 0 or overflow";
+        default:
+            return "Not tested: too few cases in every category";
+    }
+}
+
+CheckedVariable Describe(const Reference& reference, unsigned int slot) {
+    CheckedVariable variable;
+    const MADistStats& stats = reference.stats;
+    variable.name = stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
+    variable.categorical = stats.IsCategorical(slot);
+    variable.referenceCases = stats.GetNumberOfCases(slot);
+    variable.referenceUncounted = At(reference, slot);
+    return variable;
+}
+
+// The comparison of every variable. With a new summary that has none of them the library says that
+// it is empty; to a person each of them is what is not there.
+std::vector<MAVariableComparison> CompareAll(const Reference& reference,
+                                             const Reference& newSummary, double alpha) {
+    std::vector<MAVariableComparison> comparisons = MACompareVariables(
+        reference.stats, newSummary.stats, UncountedOf(reference), UncountedOf(newSummary), alpha);
+    if (newSummary.stats.GetVarCount() > 0) return comparisons;
+    for (MAVariableComparison& comparison : comparisons) {
+        comparison.result.status = MCStatus(MAStatusVariableNotFound, false);
+    }
+    return comparisons;
+}
+
 }  // namespace
 
-CheckResult Compare(const Reference& reference, CsvReader& newData,
-                    const std::vector<double>& weights, MCQueryCancel& cancel) {
-    const MADistStats& stats = reference.stats;
-    CsvRecordIter records(newData, ColumnsLike(stats.GetVarList(), newData.Headings()),
-                          reference.missing);
-    CheckResult result = Describe(stats, weights);
-    if (records.VarList().GetNumInputVars() == 0) {
-        // A malformed file is refused all the same.
-        while (records.GetNextRecord()) continue;
-        return result;
-    }
-
-    Slots unusable;
-    MAAccreditor accreditor(records.VarList(), records, &cancel);
-    const MCStatus summarised =
-        accreditor.ComputeDistStats(UsableCutPoints(stats, records.VarList(), unusable));
-    if (summarised.GetCode() == MAStatusCancelled) throw Cancelled();
-    if (!summarised.IsOK()) throw InputError(newData.Name() + ": " + summarised.GetMessage());
-
-    const MADistStats& newStats = accreditor.GetDistStats();
-    std::vector<MAVariableResult> tests = MATestVariables(stats, newStats);
+CheckResult Compare(std::shared_ptr<const Reference> reference, Reference newSummary,
+                    const std::vector<double>& weights, double alpha) {
+    const MADistStats& stats = reference->stats;
+    const MADistStats& newStats = newSummary.stats;
+    std::vector<MAVariableComparison> comparisons = CompareAll(*reference, newSummary, alpha);
+    const double expected = MAExpectedAccreditation(comparisons, weights);
+    const std::vector<std::vector<double>> usable = UsableCutPoints(stats);
+    CheckResult result;
     bool allTested = true;
-    for (unsigned int slot = 0; slot < tests.size(); ++slot) {
-        MAVariableResult& test = tests[slot];
-        CheckedVariable& variable = result.variables[slot];
+    bool cutPointsAreGood = true;
+    std::vector<MAVariableResult> tests;
+    for (unsigned int slot = 0; slot < comparisons.size(); ++slot) {
+        MAVariableComparison& comparison = comparisons[slot];
+        MAVariableResult& test = comparison.result;
+        CheckedVariable variable = Describe(*reference, slot);
+        if (!weights.empty()) variable.weight = weights[slot];
         if (test.newSlot >= 0) {
             const auto newSlot = static_cast<unsigned int>(test.newSlot);
             variable.newCases = newStats.GetNumberOfCases(newSlot);
-            variable.unknownCategory = records.UnknownCategory(newStats.GetVarListIndex(newSlot));
+            variable.newUncounted = At(newSummary, newSlot);
+            // No pass takes these cut points, so the new data has no bins here.
+            if (usable[slot].empty() && !stats.GetCutPoints(slot).empty()) {
+                test.status = MCStatus(MAStatusBadCutPoints, false);
+                cutPointsAreGood = false;
+            }
         }
-        if (unusable.count(slot) != 0) test.status = MCStatus(MAStatusBadCutPoints, false);
+        const std::string whyNoPValue = WhyNoPValue(stats, slot, newStats, test);
+        if (whyNoPValue.empty()) {
+            variable.pValue = test.pValue;
+            variable.statistic = Known(test.statistic);
+            variable.degreesOfFreedom = Known(test.degreesOfFreedom);
+        }
         variable.status = test.status;
-        variable.reason = WhyNotTested(stats, slot, newStats, test);
-        if (variable.reason.empty()) variable.pValue = test.pValue;
+        variable.reason = Reason(whyNoPValue, comparison);
         allTested = allTested && variable.pValue;
+        tests.push_back(test);
+        variable.comparison = std::move(comparison);
+        result.variables.push_back(std::move(variable));
     }
 
     double accreditation = -1.0;
     result.status = MAAccreditation(tests, weights, accreditation);
-    // -1 is the library's mark for no number.
-    if (accreditation != -1.0 && allTested) result.accreditation = accreditation;
     // Cut points that no pass takes keep the new data from being summarised, so they come first.
-    if (!unusable.empty()) {
-        result.status = MCStatus(MAStatusBadCutPoints, false);
-        result.accreditation.reset();
+    if (!cutPointsAreGood) result.status = MCStatus(MAStatusBadCutPoints, false);
+    if (cutPointsAreGood && allTested) {
+        result.accreditation = Known(accreditation);
+        if (result.accreditation) result.expectedAccreditation = Known(expected);
     }
+    result.reference = std::move(reference);
+    result.newSummary = std::move(newSummary);
     return result;
+}
+
+std::optional<std::uint64_t> RowCount(const Reference& summary) {
+    if (summary.stats.GetVarCount() == 0 || !At(summary, 0).missing) return std::nullopt;
+    const UncountedData& data = summary.uncounted[0];
+    return summary.stats.GetNumberOfCases(0) + *data.missing + data.unreadable.value_or(0);
 }
 
 }  // namespace app

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "accredit/accreditation/MAComparison.h"
 #include "accredit/documents/Reference.h"
-#include "accredit/host/MCQueryCancel.h"
 #include "accredit/host/MCStatus.h"
-#include "app/data/CsvReader.h"
 
 namespace app {
 
@@ -15,29 +17,40 @@ namespace app {
 struct CheckedVariable {
     std::string name;
     bool categorical = false;
-    unsigned long referenceCases = 0;
-    unsigned long newCases = 0;
+    std::uint64_t referenceCases = 0;
+    std::uint64_t newCases = 0;
     std::optional<double> pValue;
+    std::optional<double> statistic;
+    std::optional<double> degreesOfFreedom;
     MCCommon::MCStatus status;
     double weight = 1.0;
-    /// Why there is no p-value; empty if there is one.
+    /// Why the variable is not tested, or else why there is no p-value; empty if neither.
     std::string reason = {};
-    /// The first category of the new data that the reference lacks, fit to be shown; empty if there
-    /// is none.
-    std::string unknownCategory = {};
+    MAVariableComparison comparison = {};
+    /// What the new data holds besides its cases.
+    MADocuments::UncountedData newUncounted = {};
+    MADocuments::UncountedData referenceUncounted = {};
 };
 
-/// What the comparison gave.
+/// What the comparison of one new file with the reference gave.
 struct CheckResult {
-    std::optional<double> accreditation;  ///< Nothing if there is no number.
+    std::string newName;                          ///< The file's, fit to be shown.
+    std::optional<double> accreditation;          ///< Nothing if there is no number.
+    std::optional<double> expectedAccreditation;  ///< If nothing changed; the same.
     MCCommon::MCStatus status;
     std::vector<CheckedVariable> variables;  ///< In the order of the reference's columns.
+    std::shared_ptr<const MADocuments::Reference> reference;
+    MADocuments::Reference newSummary;
 };
 
-/// Compares the rows of a file with a reference. `weights` is empty, or has one entry for each
-/// input variable of the reference. A variable whose frequencies or moments say nothing is not
-/// tested, and then there is no accreditation. Throws InputError, Cancelled.
-CheckResult Compare(const MADocuments::Reference& reference, CsvReader& newData,
-                    const std::vector<double>& weights, MCQueryCancel& cancel);
+/// Compares a new summary, which has the reference's bins, with the reference. `weights` is empty,
+/// or has one entry for each input variable of the reference. A variable whose frequencies or
+/// moments say nothing has no p-value, and then there is no accreditation.
+CheckResult Compare(std::shared_ptr<const MADocuments::Reference> reference,
+                    MADocuments::Reference newSummary, const std::vector<double>& weights,
+                    double alpha);
+
+/// The number of rows that a summary was made of, nothing if it is not known.
+std::optional<std::uint64_t> RowCount(const MADocuments::Reference& summary);
 
 }  // namespace app

@@ -8,9 +8,13 @@
 #include "accredit/diststats/MAProblems.h"
 #include "accredit/documents/Reference.h"
 #include "app/base/Errors.h"
+#include "app/base/InputFile.h"
 #include "app/base/Printable.h"
+#include "app/commands/ReferenceFile.h"
+#include "app/commands/Words.h"
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
+#include "app/data/NewSummary.h"
 
 using MADocuments::MissingTokens;
 using MADocuments::Reference;
@@ -53,7 +57,44 @@ std::string Unwritable(const Reference& reference) {
 
 }  // namespace
 
+namespace {
+
+void RefuseSettledOptions(const LearnOptions& options) {
+    const auto refuse = [](const char* option) {
+        throw UsageError(fmt::format("{}: the reference of --bins-of has settled this", option));
+    };
+    if (!options.missing.empty()) refuse("--missing");
+    if (!options.columns.categorical.empty()) refuse("--categorical");
+    if (!options.columns.continuous.empty()) refuse("--continuous");
+}
+
+Reference SummariseWithBinsOf(const LearnOptions& options, Progress& progress,
+                              MCQueryCancel& cancel) {
+    RefuseSettledOptions(options);
+    InputFile file(options.binsOfPath, Reading::Once, progress, cancel);
+    const auto document = LoadDocument(file);
+    if (!document) throw InputError(file.Name() + ": this is not a stored reference");
+    const Reference reference = ReferenceIn(*document, options.columns.ignored);
+    CsvReader reader(options.dataPath, Reading::Once, progress, cancel);
+    const std::vector<std::string> names = NamesOf(reference.stats.GetVarList());
+    CheckNewHeadings(reader, names, options.columns.ignored);
+    RequireColumns(options.columns.ignored, {&names, &reader.Headings()},
+                   "neither file has a column");
+    Reference summary = SummariseLike(reference, reader, cancel);
+    if (summary.stats.GetVarCount() == 0) {
+        throw InputError(reader.Name() + ": the file has no column of the reference");
+    }
+    return summary;
+}
+
+}  // namespace
+
 Reference Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
+    if (!options.binsOfPath.empty()) {
+        Reference summary = SummariseWithBinsOf(options, progress, cancel);
+        summary.application = ThisProgram();
+        return summary;
+    }
     CsvReader reader(options.dataPath, Reading::Repeated, progress, cancel);
     CheckHeadings(reader, options.columns.ignored);
     RequireColumns(options.columns.ignored, {&reader.Headings()},
@@ -79,6 +120,28 @@ std::string DocumentOf(const Reference& reference, const std::string& dataName) 
     // What cannot be read again must not be kept.
     MADocuments::ReadReference(document);
     return document;
+}
+
+std::vector<std::string> WarningsOf(const Reference& reference) {
+    std::vector<std::string> warnings;
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const auto warn = [&](const std::string& what) {
+            const MCVarList& list = reference.stats.GetVarList();
+            const std::string name =
+                list.GetVarAt(reference.stats.GetVarListIndex(slot))->GetName();
+            warnings.push_back(fmt::format("column \"{}\": {}", ShownName(name, slot + 1), what));
+        };
+        const std::string crowded = CrowdedInWords(reference.stats, slot);
+        if (!crowded.empty()) warn(crowded);
+        const MADocuments::UncountedData& data = reference.uncounted[slot];
+        if (data.unreadable.value_or(0) > 0) {
+            warn(fmt::format(
+                "{} unreadable, the first \"{}\" on line {}",
+                *data.unreadable == 1 ? "1 cell is" : fmt::format("{} cells are", *data.unreadable),
+                data.firstUnreadableText, data.firstUnreadableLine));
+        }
+    }
+    return warnings;
 }
 
 }  // namespace app

@@ -200,6 +200,22 @@ void AddColumnOptions(CLI::App& command, std::vector<std::string>& missing,
     AddRepeated(command, "--continuous", columns.continuous);
 }
 
+ReportFormat ParseReportFormat(std::string_view text) {
+    if (text == "json") return ReportFormat::Json;
+    if (text == "openmetrics") return ReportFormat::OpenMetrics;
+    if (text == "text") return ReportFormat::Text;
+    throw UsageError(
+        fmt::format("--format: \"{}\" is neither text, json nor openmetrics", Printable(text)));
+}
+
+MAVerdict ParseVerdict(std::string_view text) {
+    for (const MAVerdict verdict : {MAVerdict::Minor, MAVerdict::Moderate, MAVerdict::Major}) {
+        if (text == VerdictText(verdict)) return verdict;
+    }
+    throw UsageError(
+        fmt::format("--fail-on: \"{}\" is neither minor, moderate nor major", Printable(text)));
+}
+
 void AddPath(CLI::App& command, const std::string& name, std::string& path) {
     AddSingle(
         command, name, [&path](const std::string& text) { path = text; }, true);
@@ -217,16 +233,40 @@ void AddOptions(CLI::App& check, CheckOptions& options) {
     AddSingle(check, "--fail-below", [&options](const std::string& text) {
         const double bound = ParseValue("--fail-below", text);
         if (bound < 0.0 || bound > 1.0) throw UsageError("--fail-below: must lie from 0 to 1");
-        options.failBelow = bound;
+        options.rules.failBelow = bound;
     });
-    AddFormat(check, options.json);
+    AddSingle(check, "--fail-on",
+              [&options](const std::string& text) { options.rules.failOn = ParseVerdict(text); });
+    AddSingle(check, "--alpha", [&options](const std::string& text) {
+        const double alpha = ParseValue("--alpha", text);
+        if (!(alpha > 0.0) || alpha >= 1.0) throw UsageError("--alpha: must lie between 0 and 1");
+        options.alpha = alpha;
+    });
+    AddSingle(check, "--format",
+              [&options](const std::string& text) { options.format = ParseReportFormat(text); });
+    AddSingle(check, "--report", [&options](const std::string& text) {
+        if (text.empty() || text == "-") throw UsageError("--report: a file is needed");
+        options.reportPath = text;
+    });
+    check.add_flag("--all", options.showAll);
     AddPath(check, "REFERENCE", options.referencePath);
-    AddPath(check, "NEW", options.newPath);
+    check
+        .add_option("NEW",
+                    [&options](const CLI::results_t& paths) {
+                        options.newPaths = paths;
+                        return true;
+                    })
+        ->required()
+        ->expected(1, CLI::detail::expected_max_vector_size);
 }
 
 void AddOptions(CLI::App& learn, LearnOptions& options) {
     AddColumnOptions(learn, options.missing, options.columns);
     AddPath(learn, "--output", options.outputPath);
+    AddSingle(learn, "--bins-of", [&options](const std::string& text) {
+        if (text.empty()) throw UsageError("--bins-of: a stored reference is needed");
+        options.binsOfPath = text;
+    });
     AddPath(learn, "DATA", options.dataPath);
 }
 

@@ -1,5 +1,8 @@
 #include "app/commands/Program.h"
 
+#include <fmt/format.h>
+
+#include <cstddef>
 #include <exception>
 #include <filesystem>
 #include <new>
@@ -7,8 +10,10 @@
 #include <string>
 #include <system_error>
 #include <variant>
+#include <vector>
 
 #include "app/base/Errors.h"
+#include "app/base/InputFile.h"
 #include "app/base/Interrupt.h"
 #include "app/base/OutputFile.h"
 #include "app/base/Printable.h"
@@ -17,6 +22,7 @@
 #include "app/commands/Options.h"
 #include "app/commands/ReferenceFile.h"
 #include "app/commands/Report.h"
+#include "app/commands/Words.h"
 
 namespace app {
 
@@ -27,67 +33,122 @@ void Write(std::ostream& out, const std::string& text) {
     if (!out) throw OutputError("standard output: could not be written");
 }
 
-int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream* terminal) {
-    Progress progress(terminal);
-    Interrupt interrupt;
-    const CheckResult result = Check(options, progress, interrupt);
-    progress.Erase();
-    interrupt.EndAtOnce();
-    Write(out, options.json ? JsonReport(result) : TextReport(result, options.failBelow));
-    const bool accredited =
-        result.accreditation && !(options.failBelow && *result.accreditation < *options.failBelow);
-    return accredited ? ExitAccredited : ExitNotAccredited;
+// The file that is to be written is none of those that are read.
+OutputFile OutputBeside(const std::vector<std::string>& inputs, const std::string& path,
+                        const char* option) {
+    for (const std::string& input : inputs) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(input, path, ignored)) {
+            throw UsageError(fmt::format("{}: this is a file that is read", option));
+        }
+    }
+    return OutputFile(path);
 }
 
-int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream* terminal) {
+std::string Report(const std::vector<CheckResult>& results, const CheckOptions& options,
+                   const Screen& screen) {
+    switch (options.format) {
+        case ReportFormat::Json:
+            return JsonReport(results, options);
+        case ReportFormat::OpenMetrics:
+            return OpenMetricsReport(results, options);
+        case ReportFormat::Text:
+            break;
+    }
+    return TextReport(results, options, screen);
+}
+
+// What the report does not say, or does not say to the person who runs the program.
+void Warn(const CheckResult& result, const CheckOptions& options, std::ostream& err) {
+    for (std::size_t i = 0; i < result.variables.size() && !options.rules.failOn; ++i) {
+        const MADocuments::UncountedData& data = result.variables[i].newUncounted;
+        if (data.unreadable.value_or(0) == 0) continue;
+        err << fmt::format(
+            "accredit: {}: column \"{}\": {} unreadable, the first \"{}\" on line {}\n",
+            result.newName, NameOf(result, i),
+            *data.unreadable == 1 ? "1 cell is" : fmt::format("{} cells are", *data.unreadable),
+            data.firstUnreadableText, data.firstUnreadableLine);
+    }
+    if (options.format != ReportFormat::OpenMetrics) return;
+    for (const std::string& rule : FailedRules(result, options.rules)) {
+        err << fmt::format("accredit: {}: failed: {}\n", result.newName, rule);
+    }
+}
+
+int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
+             const Screen& screen, std::ostream* terminal) {
+    std::optional<OutputFile> page;
+    if (!options.reportPath.empty()) {
+        std::vector<std::string> inputs = options.newPaths;
+        inputs.push_back(options.referencePath);
+        page.emplace(OutputBeside(inputs, options.reportPath, "--report"));
+    }
+    Progress progress(terminal);
+    Interrupt interrupt;
+    const std::vector<CheckResult> results = Check(options, progress, interrupt);
+    progress.Erase();
+    interrupt.EndAtOnce();
+    if (page) page->Replace(HtmlReport(results, options));
+    Write(out, Report(results, options, screen));
+    bool isBroken = false;
+    for (const CheckResult& result : results) {
+        Warn(result, options, err);
+        isBroken = isBroken || !FailedRules(result, options.rules).empty();
+    }
+    return isBroken ? ExitBroken : ExitPassed;
+}
+
+int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
+             std::ostream* terminal) {
     std::optional<OutputFile> file;
     if (options.outputPath != "-") {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(options.dataPath, options.outputPath, ignored)) {
-            throw UsageError("--output: this is the file with the data");
-        }
-        file.emplace(options.outputPath);
+        file.emplace(
+            OutputBeside({options.dataPath, options.binsOfPath}, options.outputPath, "--output"));
     }
     Progress progress(terminal);
     Interrupt interrupt;
     const MADocuments::Reference reference = Learn(options, progress, interrupt);
     progress.Erase();
     interrupt.EndAtOnce();
-    const std::string document = DocumentOf(reference, FileName(options.dataPath));
+    const std::string name = FileName(options.dataPath);
+    const std::string document = DocumentOf(reference, name);
     if (file) {
         file->Replace(document);
     } else {
         Write(out, document);
     }
-    return ExitAccredited;
+    for (const std::string& warning : WarningsOf(reference)) {
+        err << fmt::format("accredit: {}: {}\n", name, warning);
+    }
+    return ExitPassed;
 }
 
 int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* terminal) {
     Progress progress(terminal);
     Interrupt interrupt;
-    const std::optional<Document> document =
-        LoadDocument(options.referencePath, Reading::Once, progress, interrupt);
+    InputFile file(options.referencePath, Reading::Once, progress, interrupt);
+    const std::optional<Document> document = LoadDocument(file);
     progress.Erase();
     interrupt.EndAtOnce();
-    const std::string name = FileName(options.referencePath);
-    if (!document) throw InputError(name + ": this is not a stored reference");
+    if (!document) throw InputError(file.Name() + ": this is not a stored reference");
     const MADocuments::Reference reference = ReferenceIn(*document, {});
-    Write(out, options.json ? JsonListing(reference) : TextListing(reference, name));
-    return ExitAccredited;
+    Write(out, options.json ? JsonListing(reference) : TextListing(reference, file.Name()));
+    return ExitPassed;
 }
 
-int Run(const Command& command, std::ostream& out, std::ostream* terminal) {
+int Run(const Command& command, std::ostream& out, std::ostream& err, const Screen& screen,
+        std::ostream* terminal) {
     if (const auto* check = std::get_if<CheckOptions>(&command)) {
-        return RunCheck(*check, out, terminal);
+        return RunCheck(*check, out, err, screen, terminal);
     }
     if (const auto* learn = std::get_if<LearnOptions>(&command)) {
-        return RunLearn(*learn, out, terminal);
+        return RunLearn(*learn, out, err, terminal);
     }
     if (const auto* show = std::get_if<ShowOptions>(&command)) {
         return RunShow(*show, out, terminal);
     }
     Write(out, std::get<Message>(command).text);
-    return ExitAccredited;
+    return ExitPassed;
 }
 
 // The command that was asked for, with a blank before it, if it is one.
@@ -99,9 +160,9 @@ std::string CommandName(int argc, const char* const* argv) {
 }  // namespace
 
 int RunProgram(int argc, const char* const* argv, std::ostream& out, std::ostream& err,
-               bool errIsTerminal) {
+               const Screen& screen, bool errIsTerminal) {
     try {
-        return Run(ParseCommandLine(argc, argv), out, errIsTerminal ? &err : nullptr);
+        return Run(ParseCommandLine(argc, argv), out, err, screen, errIsTerminal ? &err : nullptr);
     } catch (const UsageError& error) {
         err << "accredit: " << error.what() << "\nTry 'accredit" << CommandName(argc, argv)
             << " --help'.\n";

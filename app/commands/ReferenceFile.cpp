@@ -1,23 +1,51 @@
 #include "app/commands/ReferenceFile.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 
+#include "accredit/accreditation/MAAccreditor.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
+#include "app/data/NewSummary.h"
 
 using MADocuments::DocumentError;
 using MADocuments::kMaxDocumentSize;
 using MADocuments::Reference;
+using MCCommon::MCStatus;
+using MCMTD_NAMESPACE::IMCVariable;
+using MCMTD_NAMESPACE::MCVarList;
 
 namespace app {
 
-std::optional<Document> LoadDocument(const std::string& path, Reading reading, Progress& progress,
-                                     MCQueryCancel& cancel) {
+namespace {
+
+constexpr const char* kOtherKind = "values and their kind";
+
+bool HasInput(const MCVarList& list, const std::string& name) {
+    const int position = list.FindVariable(name);
+    return position >= 0 && list.GetVariableRole(position) == IMCVariable::VariableRoleInput;
+}
+
+// What of a variable differs between a reference and a summary that has it, or an empty text.
+std::string Difference(const MADistStats& reference, unsigned int slot, const MADistStats& stats,
+                       unsigned int newSlot, const std::vector<double>& cutPoints) {
+    if (!reference.IsCategorical(slot)) {
+        return stats.GetCutPoints(newSlot) == cutPoints ? "" : "cut points";
+    }
+    const auto type = [](const MADistStats& of, unsigned int at) {
+        return of.GetVarList().GetEncoderAt(of.GetVarListIndex(at))->GetValueType();
+    };
+    return type(reference, slot) == type(stats, newSlot) ? "" : kOtherKind;
+}
+
+}  // namespace
+
+std::optional<Document> LoadDocument(InputFile& file) {
     constexpr std::size_t kPiece = std::size_t{1} << 16U;
-    InputFile file(path, reading, progress, cancel);
     std::string text;
     std::size_t got = kPiece;
     // A document that is too long is read no further than to where the reader can tell.
@@ -25,7 +53,10 @@ std::optional<Document> LoadDocument(const std::string& path, Reading reading, P
         text.resize(text.size() + kPiece);
         got = file.Read(text.data() + text.size() - kPiece, kPiece);
         text.resize(text.size() - kPiece + got);
-        if (!MADocuments::BeginsLikeDocument(text)) return std::nullopt;
+        if (!MADocuments::BeginsLikeDocument(text)) {
+            file.PutBack(std::move(text));
+            return std::nullopt;
+        }
         // What has begun like a document is worth the memory for all of it.
         text.reserve(static_cast<std::size_t>(
                          std::min<std::uint64_t>(file.Size().value_or(0), kMaxDocumentSize)) +
@@ -41,6 +72,46 @@ Reference ReferenceIn(const Document& document, const std::vector<std::string>& 
         // Names and values of the document stand in the text as they are.
         throw InputError(document.fileName + (error.Line() == 0 ? ": " : ":") +
                          Printable(error.what()));
+    }
+}
+
+std::vector<std::string> NamesOf(const MCVarList& list) {
+    std::vector<std::string> names;
+    for (unsigned int i = 0; i < list.Size(); ++i) {
+        names.push_back(list.GetVarAt(static_cast<int>(i))->GetName());
+    }
+    return names;
+}
+
+void RequireBinsOf(const Reference& reference, const Reference& summary,
+                   const std::string& fileName) {
+    const auto refuse = [&fileName](const std::string& difference) {
+        throw InputError(fmt::format(
+            "{}: {} are not the reference's; 'accredit learn --bins-of REFERENCE' summarises the "
+            "data so that it can be compared",
+            fileName, difference));
+    };
+    const MCVarList& list = reference.stats.GetVarList();
+    const std::vector<std::vector<double>> cutPoints = UsableCutPoints(reference.stats);
+    std::vector<int> slots;
+    const MCStatus status = MAAccreditor::MatchVariables(list, summary.stats.GetVarList(), slots);
+    for (unsigned int slot = 0; slot < slots.size(); ++slot) {
+        const std::string name = list.GetVarAt(reference.stats.GetVarListIndex(slot))->GetName();
+        std::string difference;
+        if (slots[slot] >= 0) {
+            difference = Difference(reference.stats, slot, summary.stats,
+                                    static_cast<unsigned int>(slots[slot]), cutPoints[slot]);
+        } else if (!status.IsOK() && HasInput(summary.stats.GetVarList(), name)) {
+            difference = kOtherKind;
+        }
+        // A variable that is not there is a finding, and no obstacle.
+        if (difference.empty()) continue;
+        refuse(fmt::format("column \"{}\": its {}", Shortened(name), difference));
+    }
+    // A summary of an application's own knows nothing of tokens.
+    const bool hasTokens = !summary.uncounted.empty() && summary.uncounted.front().missing;
+    if (hasTokens && summary.missing.Texts() != reference.missing.Texts()) {
+        refuse("its missing values");
     }
 }
 

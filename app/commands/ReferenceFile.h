@@ -5,9 +5,8 @@
 #include <vector>
 
 #include "accredit/documents/Reference.h"
-#include "accredit/host/MCQueryCancel.h"
+#include "accredit/host/MCVarList.h"
 #include "app/base/InputFile.h"
-#include "app/base/Progress.h"
 
 namespace app {
 
@@ -17,15 +16,21 @@ struct Document {
     std::string text;
 };
 
-/// The whole file if it begins like a document, nothing if it does not; the path "-" is standard
-/// input. `reading` says whether a file that is none will be read as data. Throws InputError,
-/// Cancelled.
-std::optional<Document> LoadDocument(const std::string& path, Reading reading, Progress& progress,
-                                     MCQueryCancel& cancel);
+/// The whole file, of which nothing has been read, if it begins like a document. If it does not,
+/// nothing, and the file stands at its beginning. Throws InputError, Cancelled.
+std::optional<Document> LoadDocument(InputFile& file);
 
 /// The reference that a document holds; the columns named in `ignored` are not input variables of
 /// it. Throws InputError with the place in the file.
 MADocuments::Reference ReferenceIn(const Document& document,
                                    const std::vector<std::string>& ignored);
+
+/// The names of all variables of a list, in its order.
+std::vector<std::string> NamesOf(const MCMTD_NAMESPACE::MCVarList& list);
+
+/// Refuses a stored summary that cannot be compared with the reference, because it was not made
+/// with `learn --bins-of`: other cut points, kinds or missing tokens. Throws InputError.
+void RequireBinsOf(const MADocuments::Reference& reference, const MADocuments::Reference& summary,
+                   const std::string& fileName);
 
 }  // namespace app

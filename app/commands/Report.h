@@ -1,19 +1,28 @@
 #pragma once
 
-#include <optional>
 #include <string>
+#include <vector>
 
+#include "app/base/Screen.h"
+#include "app/commands/Check.h"
 #include "app/commands/Comparison.h"
 
 namespace app {
 
-/// A table of the variables, categories that keep the comparison from being made, and a sentence
-/// with the accreditation, or why there is none, for reading. `failBelow` is the bound that the
-/// user set.
-std::string TextReport(const CheckResult& result, std::optional<double> failBelow);
+/// The answer in words, a table of the variables, what is to be known besides, and the
+/// accreditation; for reading. One part a result; the last line names the rules that are broken.
+std::string TextReport(const std::vector<CheckResult>& results, const CheckOptions& options,
+                       const Screen& screen);
 
-/// The same as a JSON document, whose numbers have the digits that give the same double back. For
-/// names that are not UTF-8 see JsonText.
-std::string JsonReport(const CheckResult& result);
+/// All figures as a JSON document, whose numbers have the digits that give the same double back;
+/// see docs/report.schema.json. One result is an object, several are a list of them. For names that
+/// are not UTF-8 see JsonText.
+std::string JsonReport(const std::vector<CheckResult>& results, const CheckOptions& options);
+
+/// The figures as OpenMetrics text, which a monitoring system collects.
+std::string OpenMetricsReport(const std::vector<CheckResult>& results, const CheckOptions& options);
+
+/// A page for a browser that holds all it needs.
+std::string HtmlReport(const std::vector<CheckResult>& results, const CheckOptions& options);
 
 }  // namespace app

@@ -64,7 +64,8 @@ void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int sl
     json.Key("cases");
     json.Number(std::uint64_t{stats.GetNumberOfCases(slot)});
     json.Key("missing");
-    json.Number(reference.missingCounts[slot]);
+    const std::optional<std::uint64_t> missing = reference.uncounted[slot].missing;
+    missing ? json.Number(*missing) : json.Null();
     if (categorical) {
         WriteCategories(json, *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot)),
                         stats.GetFrequencies(slot));

@@ -1,128 +1,155 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <vector>
 
 #include "accredit/host/MAStatus.h"
-#include "app/base/Characters.h"
 #include "app/base/Printable.h"
 #include "app/commands/Report.h"
+#include "app/commands/TextTable.h"
+#include "app/commands/Words.h"
 
 namespace app {
 
 namespace {
 
-constexpr std::size_t kColumns = 7;
-constexpr std::size_t kWeightColumn = 5;
-using Row = std::array<std::string, kColumns>;
+// The answer is to stay on the screen, so that only so much stands below it unless all is asked
+// for.
+constexpr std::size_t kRows = 10;
+constexpr std::size_t kNotes = 5;
 
-std::string Padded(const std::string& text, std::size_t width, bool right) {
-    const std::string blanks(width - std::min(width, DisplayWidth(text)), ' ');
-    return right ? blanks + text : text + blanks;
+std::string ColourOf(MAVerdict verdict) {
+    if (verdict == MAVerdict::Major) return "\x1b[31m";
+    return verdict == MAVerdict::Moderate ? "\x1b[33m" : "";
 }
 
-// The library's words for bad cut points are for a caller that gives them. Here the reference's
-// values make them.
-std::string Words(const MCCommon::MCStatus& status) {
-    if (status.GetCode() != MAStatusBadCutPoints) return status.GetMessage();
-    return "Its values vary too little for their size, or too widely, to be summarised in bins";
-}
-
-// A variable is known by its number, from 1, where its name is too long.
-std::string Name(const CheckResult& result, std::size_t variable) {
-    return ShownName(result.variables[variable].name, variable + 1);
-}
-
-Row VariableRow(const CheckedVariable& variable, const std::string& name) {
-    return {name,
-            variable.categorical ? "categorical" : "continuous",
-            fmt::format("{}", variable.referenceCases),
-            fmt::format("{}", variable.newCases),
-            variable.pValue ? fmt::format("{:.6g}", *variable.pValue) : "-",
-            fmt::format("{:g}", variable.weight),
-            variable.reason.empty() ? variable.status.GetMessage() : variable.reason};
-}
-
-std::string Table(const CheckResult& result) {
-    const bool weighted =
-        std::any_of(result.variables.begin(), result.variables.end(),
-                    [](const CheckedVariable& variable) { return variable.weight != 1.0; });
-    std::vector<Row> rows{{"Variable", "Kind", "Reference", "New", "p-value", "Weight", "Status"}};
-    for (std::size_t i = 0; i < result.variables.size(); ++i) {
-        rows.push_back(VariableRow(result.variables[i], Name(result, i)));
+std::vector<TextTable::Column> Columns(const CheckResult& result, bool showAll) {
+    using Align = TextTable::Align;
+    constexpr std::size_t kLeastName = 12;
+    constexpr std::size_t kLeastChange = 24;
+    std::vector<TextTable::Column> columns{{"Variable", Align::Left, 0, kLeastName},
+                                           {"Verdict", Align::Left},
+                                           {"Moved", Align::Right, 1},
+                                           {"Index", Align::Right, 3},
+                                           {"p-value", Align::Right, 2}};
+    if (showAll) {
+        columns.push_back({"Fit", Align::Right, 4});
+        const bool isWeighted =
+            std::any_of(result.variables.begin(), result.variables.end(),
+                        [](const CheckedVariable& variable) { return variable.weight != 1.0; });
+        if (isWeighted) columns.push_back({"Weight", Align::Right, 5});
     }
+    columns.push_back({"What changed", Align::Left, 0, kLeastChange});
+    return columns;
+}
 
-    std::array<std::size_t, kColumns> widths{};
-    for (const Row& row : rows) {
-        for (std::size_t i = 0; i < kColumns; ++i) {
-            widths[i] = std::max(widths[i], DisplayWidth(row[i]));
+// The p-value that the verdict rests on: the smallest of the three tables.
+std::optional<double> Decisive(const MAVariableComparison& comparison) {
+    std::optional<double> least;
+    for (const std::optional<double>& p :
+         {comparison.values.adjustedPValue, comparison.missing.adjustedPValue,
+          comparison.unreadable.adjustedPValue}) {
+        if (p && (!least || *p < *least)) least = p;
+    }
+    return least;
+}
+
+std::vector<TextTable::Entry> EntriesOf(const CheckResult& result, std::size_t i,
+                                        const std::vector<TextTable::Column>& columns) {
+    const CheckedVariable& variable = result.variables[i];
+    const MAVariableComparison& comparison = variable.comparison;
+    std::vector<TextTable::Entry> row;
+    for (const TextTable::Column& column : columns) {
+        TextTable::Entry entry;
+        if (column.title == "Variable") entry.text = NameOf(result, i);
+        if (column.title == "Verdict") {
+            entry = {VerdictText(comparison.verdict), ColourOf(comparison.verdict)};
+        }
+        if (column.title == "Moved") entry.text = Percent(comparison.values.shareMoved);
+        if (column.title == "Index") {
+            entry.text = IsChange(comparison.verdict)
+                             ? fmt::format("{:.3f}", SizeOfChange(variable))
+                         : comparison.values.test
+                             ? fmt::format("{:.3f}", comparison.values.test->stabilityIndex)
+                             : "-";
+        }
+        if (column.title == "p-value") entry.text = PValueText(Decisive(comparison));
+        if (column.title == "Fit") entry.text = PValueText(variable.pValue);
+        if (column.title == "Weight") entry.text = fmt::format("{:g}", variable.weight);
+        if (column.title == "What changed") entry.text = ChangeInWords(result, i);
+        row.push_back(std::move(entry));
+    }
+    return row;
+}
+
+std::string Table(const CheckResult& result, bool showAll, const Screen& screen) {
+    const std::vector<std::size_t> order = BySize(result);
+    std::size_t rows = order.size();
+    std::size_t interesting = static_cast<std::size_t>(
+        std::count_if(order.begin(), order.end(), [&result](std::size_t i) {
+            return result.variables[i].comparison.verdict != MAVerdict::Unchanged;
+        }));
+    if (!showAll) rows = std::min(interesting, kRows);
+    std::string text;
+    if (rows > 0) {
+        const std::vector<TextTable::Column> columns = Columns(result, showAll);
+        TextTable table(columns);
+        for (std::size_t n = 0; n < rows; ++n) table.AddRow(EntriesOf(result, order[n], columns));
+        text = "\n" + table.Text(screen);
+    }
+    if (rows == order.size()) return text;
+    std::string rest;
+    if (interesting > rows) {
+        rest = fmt::format("{} more changed or were not tested", interesting - rows);
+    }
+    if (order.size() > interesting) {
+        rest += fmt::format("{}{} did not change", rest.empty() ? "" : ", ",
+                            order.size() - interesting);
+    }
+    return text + "\n" + Wrapped(rest + "; --all shows them.", screen);
+}
+
+std::string Notes(const CheckResult& result, bool showAll, const Screen& screen) {
+    std::string text;
+    std::size_t count = 0;
+    for (const std::size_t i : BySize(result)) {
+        for (const std::string& note : NotesOn(result, i)) {
+            if (++count > kNotes && !showAll) continue;
+            text += Wrapped(fmt::format("{}: {}.", NameOf(result, i), note), screen);
         }
     }
-    std::string table;
-    for (const Row& row : rows) {
-        for (std::size_t i = 0; i + 1 < kColumns; ++i) {
-            if (i == kWeightColumn && !weighted) continue;
-            table += Padded(row[i], widths[i], i >= 2) + "  ";
-        }
-        table += row.back() + "\n";
+    if (count > kNotes && !showAll) {
+        text += Wrapped(fmt::format("{} more notes; --all shows them.", count - kNotes), screen);
     }
-    return table;
+    return text.empty() ? "" : "\n" + text;
 }
 
-// The first variable that keeps the comparison from giving a number, with this status.
-std::string Culprit(const CheckResult& result) {
-    for (std::size_t i = 0; i < result.variables.size(); ++i) {
-        if (result.variables[i].status.GetCode() == result.status.GetCode()) {
-            return fmt::format(" (variable \"{}\")", Name(result, i));
-        }
+std::string Part(const CheckResult& result, const CheckOptions& options, const Screen& screen,
+                 bool isOneOfSeveral) {
+    std::string text = isOneOfSeveral ? result.newName + ": " : "";
+    text = Wrapped(text + AnswerInWords(result), screen);
+    text += Table(result, options.showAll, screen);
+    text += Notes(result, options.showAll, screen);
+    text += "\n" + Wrapped(AccreditationInWords(result), screen);
+    const std::vector<std::string> failed = FailedRules(result, options.rules);
+    if (!failed.empty()) {
+        std::string rules;
+        for (const std::string& rule : failed) rules += (rules.empty() ? "" : ", ") + rule;
+        text += Wrapped(fmt::format("Failed: {}", rules), screen);
     }
-    return {};
-}
-
-// What else would have to be looked for by comparing the files.
-std::string UnknownCategories(const CheckResult& result) {
-    std::string lines;
-    for (std::size_t i = 0; i < result.variables.size(); ++i) {
-        const CheckedVariable& variable = result.variables[i];
-        if (variable.status.GetCode() != MAStatusCategoriesDiffer) continue;
-        if (variable.unknownCategory.empty()) continue;
-        lines += fmt::format("Variable \"{}\": the reference lacks the category \"{}\"\n",
-                             Name(result, i), variable.unknownCategory);
-    }
-    return lines;
-}
-
-std::string Conclusion(const CheckResult& result, std::optional<double> failBelow) {
-    if (!result.status.IsOK()) {
-        return fmt::format("No accreditation: {}{}\n", Words(result.status), Culprit(result));
-    }
-    if (!result.accreditation) {
-        const auto untested =
-            std::find_if(result.variables.begin(), result.variables.end(),
-                         [](const CheckedVariable& variable) { return !variable.reason.empty(); });
-        if (untested == result.variables.end()) return "No accreditation: the weights sum to 0\n";
-        return fmt::format(
-            "No accreditation: {} (variable \"{}\")\n", untested->reason,
-            Name(result, static_cast<std::size_t>(untested - result.variables.begin())));
-    }
-    std::string shown = fmt::format("{:.6g}", *result.accreditation);
-    if (!failBelow || *result.accreditation >= *failBelow) {
-        return fmt::format("Accreditation {}\n", shown);
-    }
-    std::string bound = fmt::format("{:.6g}", *failBelow);
-    if (shown == bound) {
-        shown = fmt::format("{}", *result.accreditation);
-        bound = fmt::format("{}", *failBelow);
-    }
-    return fmt::format("Accreditation {}, which is below {}\n", shown, bound);
+    return text;
 }
 
 }  // namespace
 
-std::string TextReport(const CheckResult& result, std::optional<double> failBelow) {
-    return Table(result) + "\n" + UnknownCategories(result) + Conclusion(result, failBelow);
+std::string TextReport(const std::vector<CheckResult>& results, const CheckOptions& options,
+                       const Screen& screen) {
+    std::string text;
+    for (const CheckResult& result : results) {
+        if (!text.empty()) text += "\n";
+        text += Part(result, options, screen, results.size() > 1);
+    }
+    return text;
 }
 
 }  // namespace app

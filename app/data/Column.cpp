@@ -29,7 +29,8 @@ std::vector<Column> ColumnsLike(const MCVarList& reference,
     columns.reserve(headings.size());
     for (const std::string& heading : headings) {
         const int position = reference.FindVariable(heading);
-        Column column{heading, KindLike(reference, position), reference.GetEncoderAt(position)};
+        Column column{heading, KindLike(reference, position), true,
+                      reference.GetEncoderAt(position)};
         if (column.kind != ColumnKind::Ignored) {
             column.measureLevel = reference.GetVarAt(position)->GetMeasureLevel();
         }

@@ -21,8 +21,9 @@ enum class ColumnKind {
 struct Column {
     std::string name;
     ColumnKind kind = ColumnKind::Ignored;
-    /// What the column of a new file is compared with; null if the file is the reference. Not
-    /// owned.
+    /// Whether the column belongs to a new file that is compared with a reference.
+    bool isCompared = false;
+    /// The reference's categories, if it is; null for one of numbers. Not owned.
     const MCMTD_NAMESPACE::IMCEncoder* reference = nullptr;
     /// Of a column of categories.
     int measureLevel = MCMTD_NAMESPACE::IMCVariable::MeasureLevelNominal;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 #include "accredit/documents/Reference.h"
 #include "app/base/Errors.h"
@@ -45,14 +46,17 @@ unsigned long long CountLineEnds(std::string_view text) {
 
 CsvReader::CsvReader(const std::string& path, Reading reading, Progress& progress,
                      MCQueryCancel& cancel)
-    : mFile(path, reading, progress, cancel),
+    : CsvReader(std::make_unique<InputFile>(path, reading, progress, cancel)) {}
+
+CsvReader::CsvReader(std::unique_ptr<InputFile> file)
+    : mFile(std::move(file)),
       mMaxFields(kMaxFields),
       mBuffer(kFirstBufferSize + 1),
       mNext(mBuffer.data()),
       mEnd(mBuffer.data()) {
     Refill();
     if (MADocuments::BeginsLikeDocument({mNext, static_cast<std::size_t>(mEnd - mNext)})) {
-        throw InputError(mFile.Name() + ": this looks like a stored reference, not data");
+        throw InputError(mFile->Name() + ": this looks like a stored reference, not data");
     }
     ReadHeading();
     mHeadings.assign(mFields.begin(), mFields.end());
@@ -65,7 +69,7 @@ void CsvReader::ReadHeading() {
         mNext += kByteOrderMark.size();
     }
     if (!ReadRow(BlankLines::ArePassedOver))
-        throw InputError(mFile.Name() + ": the file is empty, there is no heading");
+        throw InputError(mFile->Name() + ": the file is empty, there is no heading");
 }
 
 bool CsvReader::Next() {
@@ -79,7 +83,7 @@ bool CsvReader::Next() {
 }
 
 void CsvReader::Rewind() {
-    mFile.Rewind();
+    mFile->Rewind();
     mNext = mEnd = mBuffer.data();
     mAtEnd = false;
     mLine = 1;
@@ -222,7 +226,7 @@ void CsvReader::Refill() {
     std::memmove(mBuffer.data(), mNext, kept);
     if (kept > mBuffer.size() / 2) mBuffer.resize(2 * mBuffer.size());
     const std::size_t room = mBuffer.size() - 1 - kept;
-    const std::size_t got = mFile.Read(mBuffer.data() + kept, room);
+    const std::size_t got = mFile->Read(mBuffer.data() + kept, room);
     mAtEnd = got < room;
     mNext = mBuffer.data();
     mEnd = mNext + kept + got;
@@ -230,7 +234,7 @@ void CsvReader::Refill() {
 }
 
 void CsvReader::Fail(unsigned long long line, const std::string& problem) const {
-    throw InputError(fmt::format("{}:{}: {}", mFile.Name(), line, problem));
+    throw InputError(fmt::format("{}:{}: {}", mFile->Name(), line, problem));
 }
 
 std::string CsvReader::Column(std::size_t column) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,12 +22,15 @@ namespace app {
 /// heading, a quote where none may stand or that is not closed, a NUL byte, a stored reference.
 class CsvReader {
 public:
-    /// Opens the file and reads the heading; see InputFile for the arguments.
-    /// Throws InputError, Cancelled.
+    /// Reads the heading of a file of which nothing has been read yet, or all was put back. Throws
+    /// InputError, Cancelled.
+    explicit CsvReader(std::unique_ptr<InputFile> file);
+
+    /// The same of a file that is opened here; see InputFile for the arguments.
     CsvReader(const std::string& path, Reading reading, Progress& progress, MCQueryCancel& cancel);
 
     /// The file's name for messages, fit to be shown.
-    const std::string& Name() const { return mFile.Name(); }
+    const std::string& Name() const { return mFile->Name(); }
 
     /// The headings, one for each column, one or more; they may be empty and the same.
     const std::vector<std::string>& Headings() const { return mHeadings; }
@@ -44,7 +48,10 @@ public:
     void Rewind();
 
     /// Throws the InputError of a file that has changed between its passes.
-    [[noreturn]] void RefuseChanged() const { mFile.RefuseChanged(); }
+    [[noreturn]] void RefuseChanged() const { mFile->RefuseChanged(); }
+
+    /// The line, from 1, on which the row begins.
+    unsigned long long RowLine() const { return mRowLine; }
 
     /// Refuses the row for what it holds in this column, counted from 0. Throws InputError with the
     /// file, the line on which the row begins, the column and `problem`.
@@ -66,7 +73,7 @@ private:
     [[noreturn]] void Fail(unsigned long long line, const std::string& problem) const;
     std::string Column(std::size_t column) const;
 
-    InputFile mFile;
+    std::unique_ptr<InputFile> mFile;
     std::vector<std::string> mHeadings;
     std::vector<std::string_view> mFields;
     std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes

@@ -25,6 +25,7 @@ using MCMTD_NAMESPACE::MCVariable;
 using MADocuments::MissingTokens;
 using MADocuments::ParseNumber;
 using MADocuments::TrimBlanks;
+using MADocuments::UncountedData;
 
 namespace app {
 
@@ -51,6 +52,16 @@ bool IsOneCategory(double number, std::string_view text) {
            digits.find_first_not_of("0.", kDigits.size()) == std::string_view::npos;
 }
 
+// What the categories of an encoder take; null has none.
+std::size_t SizeOf(const IMCEncoder* encoder) {
+    if (!encoder) return 0;
+    std::size_t size = 0;
+    for (int code = 0; code < encoder->GetNumCategories(); ++code) {
+        size += kCategorySize + encoder->DecodeString(code).size();
+    }
+    return size;
+}
+
 // A categorical variable whose encoder grows.
 class GrowingVariable : public MCVariable {
 public:
@@ -75,7 +86,8 @@ CsvRecordIter::CsvRecordIter(CsvReader& reader, const std::vector<Column>& colum
 }
 
 void CsvRecordIter::AddVariable(const Column& column, std::size_t position) {
-    Source source{position, column.kind, nullptr, nullptr, column.reference};
+    Source source{position, column.kind, nullptr, nullptr, column.reference, column.isCompared};
+    if (column.kind != ColumnKind::TextCategory) source.uncounted.unreadable = 0;
     std::shared_ptr<IMCEncoder> encoder;
     switch (column.kind) {
         case ColumnKind::Ignored:
@@ -113,9 +125,13 @@ const Record* CsvRecordIter::GetNextRecord() {
     return &mRecord;
 }
 
-std::string CsvRecordIter::UnknownCategory(int position) const {
-    const auto found = mUnknown.find(static_cast<std::size_t>(position));
-    return found == mUnknown.end() ? std::string() : found->second;
+UncountedData CsvRecordIter::Uncounted(int position, std::uint64_t cases) const {
+    const auto source = std::lower_bound(
+        mSources.begin(), mSources.end(), static_cast<std::size_t>(position),
+        [](const Source& each, std::size_t column) { return each.column < column; });
+    UncountedData uncounted = source->uncounted;
+    uncounted.missing = mRecordCount - cases - uncounted.unreadable.value_or(0);
+    return uncounted;
 }
 
 int CsvRecordIter::GetErrorState() { return ErrorStateNone; }
@@ -131,34 +147,36 @@ int CsvRecordIter::Rewind() {
 double CsvRecordIter::Value(Source& source, std::string_view field) {
     const std::string_view text = TrimBlanks(field);
     if (mMissing.Contains(text)) return MCMV::Missing();
-    if (source.kind == ColumnKind::Continuous) {
-        const std::optional<double> number = ParseNumber(text);
-        if (number) return *number;
-        if (!source.reference) mReader.RefuseChanged();
-        const std::string& name = mReader.Headings()[source.column];
-        mReader.Refuse(source.column,
-                       fmt::format("{}; the column is continuous in the reference: {} when that is "
-                                   "read or learned, or {}",
-                                   NotANumber(text), ShellOption("--categorical", name),
-                                   ShellOption("--ignore", name)));
+    if (source.texts) return TextCategory(source, field);
+    if (source.numbers) return NumberCategory(source, text);
+    const std::optional<double> number = ParseNumber(text);
+    return number ? *number : UnreadableValue(source, text);
+}
+
+double CsvRecordIter::UnreadableValue(Source& source, std::string_view text) {
+    if (!source.isCompared) mReader.RefuseChanged();
+    if ((*source.uncounted.unreadable)++ == 0) {
+        source.uncounted.firstUnreadableLine = mReader.RowLine();
+        source.uncounted.firstUnreadableText = Shortened(text);
     }
-    return source.texts ? TextCategory(source, field) : NumberCategory(source, text);
+    return MCMV::Missing();
 }
 
 int CsvRecordIter::TextCategory(Source& source, std::string_view field) {
     const int code = source.texts->FindCategory(field);
     if (code >= 0) return code;
-    if (source.reference && source.reference->EncodeString(std::string(field)) < 0.0) {
-        return UnknownCode(source, field);
+    if (!source.isCompared) {
+        CountCategory(source, field.size());
+    } else if (source.reference->EncodeString(std::string(field)) < 0.0 &&
+               !HasRoomForUnknown(field.size())) {
+        return OtherCategories(source);
     }
-    CountCategory(source, field.size());
     return source.texts->AddCategory(field);
 }
 
-int CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
+double CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
     const std::optional<double> number = ParseNumber(text);
-    if (!number && !source.reference) mReader.RefuseChanged();
-    if (!number) return UnknownCode(source, text);
+    if (!number) return UnreadableValue(source, text);
     if (!IsOneCategory(*number, text)) {
         mReader.Refuse(source.column,
                        fmt::format("\"{}\" lies beyond {:.0f}, where several whole numbers are one "
@@ -167,26 +185,36 @@ int CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
                                    ShellOption("--ignore", mReader.Headings()[source.column])));
     }
     const double code = source.numbers->EncodeNumber(*number);
-    if (code >= 0.0) return static_cast<int>(code);
-    if (source.reference && source.reference->EncodeNumber(*number) < 0.0) {
-        return UnknownCode(source, text);
+    if (code >= 0.0) return code;
+    if (!source.isCompared) {
+        CountCategory(source, 0);
+    } else if (source.reference->EncodeNumber(*number) < 0.0 && !HasRoomForUnknown(0)) {
+        return OtherCategories(source);
     }
-    CountCategory(source, 0);
     return source.numbers->AddCategory(*number);
 }
 
-// Whatever the reference does not know gives the same status, be it one category or many: either
-// the new data has more categories than the reference, or one of them has no partner there. One
-// code for all of it keeps a new file from taking more memory than its reference. A NaN equals none
-// of the reference's numbers.
-int CsvRecordIter::UnknownCode(Source& source, std::string_view text) {
-    if (source.unknown < 0) {
-        source.unknown =
-            source.texts ? source.texts->AddNamelessCategory()
-                         : source.numbers->AddCategory(std::numeric_limits<double>::quiet_NaN());
-        mUnknown.emplace(source.column, Shortened(text));
+// Once there is no room for one category there is none for any later one, so that those with a name
+// are the first of the file.
+bool CsvRecordIter::HasRoomForUnknown(std::size_t length) {
+    if (!mReferenceIsCounted) {
+        for (const Source& each : mSources) mCategoryBytes += SizeOf(each.reference);
+        mReferenceIsCounted = true;
     }
-    return source.unknown;
+    if (mNoRoom) return false;
+    mCategoryBytes += kCategorySize + length;
+    mNoRoom = mCategoryBytes > kMaxCategoryBytes;
+    return !mNoRoom;
+}
+
+// A NaN equals no number.
+int CsvRecordIter::OtherCategories(Source& source) {
+    int& code = source.uncounted.otherCategories;
+    if (code < 0) {
+        code = source.texts ? source.texts->AddNamelessCategory()
+                            : source.numbers->AddCategory(std::numeric_limits<double>::quiet_NaN());
+    }
+    return code;
 }
 
 void CsvRecordIter::CountCategory(Source& source, std::size_t length) {

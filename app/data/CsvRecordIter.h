@@ -2,13 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "accredit/documents/MissingTokens.h"
+#include "accredit/documents/Reference.h"
 #include "accredit/host/IMCEncoder.h"
 #include "accredit/host/MCNumberEncoder.h"
 #include "accredit/host/MCVarList.h"
@@ -21,8 +21,12 @@ namespace app {
 
 /// The rows of a file as records, one value for each column. Categories get their codes in the
 /// order in which they first appear, and the encoders grow while the file is read, but no more
-/// after a Rewind. In a column that is compared with a reference, all that is no category of the
-/// reference is one category.
+/// after a Rewind.
+///
+/// In columns that are compared with a reference, categories that the reference lacks get codes as
+/// well, up to the limit for the categories of a reference, which they share with those of the
+/// reference: whatever is new behind that is one category without a name. What is no number in a
+/// column of numbers is counted and read as a missing value.
 ///
 /// What is wrong with the file is thrown as InputError, through whoever reads the records: a record
 /// source can otherwise only say that it failed.
@@ -40,9 +44,9 @@ public:
     /// The number of records given out since the beginning or the last Rewind.
     std::uint64_t RecordCount() const { return mRecordCount; }
 
-    /// The first text, shortened and fit to be shown, that the column at this position of the list
-    /// holds and its reference does not; empty if there is none.
-    std::string UnknownCategory(int position) const;
+    /// What the column at this position of the list holds besides its values, which a pass over the
+    /// file found so many of.
+    MADocuments::UncountedData Uncounted(int position, std::uint64_t cases) const;
 
     /// Throws InputError, Cancelled.
     bool HasMoreRecords() override;
@@ -60,15 +64,18 @@ private:
         std::shared_ptr<CategoryEncoder> texts;
         std::shared_ptr<MCMTD_NAMESPACE::MCNumberEncoder> numbers;
         const MCMTD_NAMESPACE::IMCEncoder* reference;  // null if it has none
-        int unknown = -1;       // the code of all that is no category of the reference
+        bool isCompared;
         std::size_t bytes = 0;  // what its categories take
+        MADocuments::UncountedData uncounted = {};
     };
 
     void AddVariable(const Column& column, std::size_t position);
     double Value(Source& source, std::string_view field);
+    double UnreadableValue(Source& source, std::string_view text);
     int TextCategory(Source& source, std::string_view field);
-    int NumberCategory(Source& source, std::string_view text);
-    int UnknownCode(Source& source, std::string_view text);
+    double NumberCategory(Source& source, std::string_view text);
+    bool HasRoomForUnknown(std::size_t length);
+    int OtherCategories(Source& source);
     void CountCategory(Source& source, std::size_t length);
 
     CsvReader& mReader;
@@ -77,8 +84,9 @@ private:
     MCMTD_NAMESPACE::MCVarList mVarList;
     std::vector<double> mValues;
     MCCommon::Record mRecord;
-    std::map<std::size_t, std::string> mUnknown;  // by column
     std::size_t mCategoryBytes = 0;
+    bool mReferenceIsCounted = false;
+    bool mNoRoom = false;
     bool mRewound = false;
     bool mHasRow = false;
     std::uint64_t mRecordCount = 0;

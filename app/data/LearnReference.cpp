@@ -49,8 +49,8 @@ Reference LearnReference(CsvReader& reader, const ColumnChoices& choices,
     reference.missing = missing;
     RequireWholePasses(reference.stats, records, reader);
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
-        reference.missingCounts.push_back(records.RecordCount() -
-                                          reference.stats.GetNumberOfCases(slot));
+        reference.uncounted.push_back(records.Uncounted(reference.stats.GetVarListIndex(slot),
+                                                        reference.stats.GetNumberOfCases(slot)));
     }
     return reference;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "accredit/documents/internal/Element.h"
@@ -12,12 +13,13 @@ namespace MADocuments {
 /// What a document says of one variable.
 struct StoredStatistics {
     MCMTD_NAMESPACE::MCUniStats stats;
-    std::uint64_t total = 0;    ///< Cases and missing data.
-    std::uint64_t missing = 0;  ///< Missing data, which are no cases.
+    std::uint64_t total = 0;               ///< All data.
+    std::optional<std::uint64_t> missing;  ///< Missing data, which are no cases, if it says so.
+    std::uint64_t invalid = 0;             ///< The same of invalid data.
 };
 
 /// Reads the UnivariateStats of the field of this name; `encoder` is null for a continuous one.
-/// Throws DocumentError.
+/// Only the data of numbers can be invalid. Throws DocumentError.
 StoredStatistics ReadStatistics(const Element& element, const std::string& name,
                                 const MCMTD_NAMESPACE::IMCEncoder* encoder);
 

@@ -34,7 +34,7 @@ public:
 
     int Run(std::ostream& out, std::ostream& err) const {
         return app::RunProgram(static_cast<int>(mArguments.size()), mArguments.data(), out, err,
-                               false);
+                               app::Screen(), false);
     }
 
 private:

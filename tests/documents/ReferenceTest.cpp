@@ -44,14 +44,14 @@ TEST(Reference, ComesBackFromItsDocument) {
     const Reference reference = ReadReference(Document());
     EXPECT_EQ(WriteReference(reference), Document());
     EXPECT_EQ(reference.missing.Texts(), (std::vector<std::string>{"", "NA", "?"}));
-    EXPECT_EQ(reference.missingCounts, (std::vector<std::uint64_t>{1, 0, 1}));
+    EXPECT_EQ(Missing(reference), (std::vector<std::uint64_t>{1, 0, 1}));
     EXPECT_EQ(reference.application.timestamp, "today");
     EXPECT_EQ(fakes::Contents(reference.stats, 1), "4; M M M M; ; 2 2");
     fakes::KeepDocument(Document());
 
     const Reference ignoring = ReadReference(Document(), {"t", "n"});
     EXPECT_EQ(ignoring.stats.GetVarCount(), 1U);
-    EXPECT_EQ(ignoring.missingCounts, (std::vector<std::uint64_t>{1}));
+    EXPECT_EQ(Missing(ignoring), (std::vector<std::uint64_t>{1}));
     EXPECT_THROW(ReadReference(Document(), {"t", "n", "k"}), MADocuments::DocumentError);
 }
 

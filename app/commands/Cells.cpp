@@ -1,0 +1,117 @@
+#include "app/commands/Cells.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "accredit/diststats/MADistStats.h"
+#include "accredit/host/IMCEncoder.h"
+#include "app/base/Printable.h"
+
+using MCMTD_NAMESPACE::IMCEncoder;
+
+namespace app {
+
+namespace {
+
+void NameBin(const CheckResult& result, std::size_t variable, std::size_t index, Cell& cell) {
+    const std::vector<double> cutPoints =
+        MACutPointsFor(result.reference->stats, static_cast<unsigned int>(variable));
+    if (index > 0) cell.lower = cutPoints[index - 1];
+    if (index < cutPoints.size()) cell.upper = cutPoints[index];
+}
+
+void NameCategory(const CheckResult& result, std::size_t variable, std::size_t index, Cell& cell) {
+    const CheckedVariable& checked = result.variables[variable];
+    const MACells& cells = checked.comparison.cells;
+    const bool inReference = cells.referenceCodes[index] >= 0;
+    const MADistStats& stats = inReference ? result.reference->stats : result.newSummary.stats;
+    const auto slot = static_cast<unsigned int>(inReference ? static_cast<int>(variable)
+                                                            : checked.comparison.result.newSlot);
+    const int code = inReference ? cells.referenceCodes[index] : cells.newCodes[index];
+    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
+    cell.isUnknown = !inReference;
+    cell.isOthers = code == (inReference ? checked.referenceUncounted.otherCategories
+                                         : checked.newUncounted.otherCategories);
+    if (cell.isOthers) return;
+    cell.isNumber = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
+    if (cell.isNumber) {
+        cell.number = encoder.DecodeNumber(code);
+    } else {
+        cell.text = encoder.DecodeString(code);
+    }
+}
+
+// The indexes of the cells that `wanted` takes, the most frequent by `counts` first.
+template <class Wanted>
+std::vector<std::size_t> MostFrequent(const CheckedVariable& variable,
+                                      const std::vector<double>& counts, Wanted wanted) {
+    std::vector<std::size_t> indexes;
+    const MACells& cells = variable.comparison.cells;
+    for (std::size_t index = 0; index < cells.referenceCodes.size(); ++index) {
+        if (wanted(cells, index)) indexes.push_back(index);
+    }
+    const auto isOthers = [&](std::size_t index) {
+        const int code = cells.newCodes[index];
+        return code >= 0 && code == variable.newUncounted.otherCategories;
+    };
+    std::stable_sort(indexes.begin(), indexes.end(), [&](std::size_t left, std::size_t right) {
+        if (isOthers(left) != isOthers(right)) return isOthers(right);
+        return counts[left] > counts[right];
+    });
+    return indexes;
+}
+
+}  // namespace
+
+Shares SharesOf(const CheckedVariable& variable, std::size_t index) {
+    const MACells& cells = variable.comparison.cells;
+    const auto share = [index](const std::vector<double>& counts) {
+        return counts[index] / std::accumulate(counts.begin(), counts.end(), 0.0);
+    };
+    return {share(cells.reference), share(cells.observed)};
+}
+
+Cell CellAt(const CheckResult& result, std::size_t variable, std::size_t index) {
+    const CheckedVariable& checked = result.variables[variable];
+    Cell cell;
+    cell.referenceCount = checked.comparison.cells.reference[index];
+    cell.newCount = checked.comparison.cells.observed[index];
+    if (checked.categorical) {
+        NameCategory(result, variable, index, cell);
+    } else {
+        NameBin(result, variable, index, cell);
+    }
+    return cell;
+}
+
+std::vector<std::size_t> UnknownCategories(const CheckResult& result, std::size_t variable) {
+    const CheckedVariable& checked = result.variables[variable];
+    return MostFrequent(
+        checked, checked.comparison.cells.observed,
+        [](const MACells& cells, std::size_t index) { return cells.referenceCodes[index] < 0; });
+}
+
+std::vector<std::size_t> VanishedCategories(const CheckResult& result, std::size_t variable) {
+    const CheckedVariable& checked = result.variables[variable];
+    return MostFrequent(checked, checked.comparison.cells.reference,
+                        [](const MACells& cells, std::size_t index) {
+                            return cells.reference[index] > 0.0 && cells.observed[index] == 0.0;
+                        });
+}
+
+std::string CellName(const Cell& cell) {
+    if (cell.isOthers) return "others";
+    if (cell.isNumber) return fmt::format("{}", cell.number);
+    const bool hasLower = std::isfinite(cell.lower);
+    const bool hasUpper = std::isfinite(cell.upper);
+    if (!hasLower && !hasUpper) return fmt::format("\"{}\"", Shortened(cell.text));
+    if (!hasLower) return fmt::format("up to {:.6g}", cell.upper);
+    if (!hasUpper) return fmt::format("above {:.6g}", cell.lower);
+    if (std::nextafter(cell.lower, cell.upper) == cell.upper) return fmt::format("{}", cell.upper);
+    return fmt::format("{:.6g} to {:.6g}", cell.lower, cell.upper);
+}
+
+}  // namespace app

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "app/commands/Comparison.h"
+
+namespace app {
+
+/// One cell of a variable's table: a bin or a category, with its cases.
+struct Cell {
+    double referenceCount = 0.0;
+    double newCount = 0.0;
+    /// The margins of a bin, the lower one not part of it; infinite where it has none.
+    double lower = -std::numeric_limits<double>::infinity();
+    double upper = std::numeric_limits<double>::infinity();
+    /// A category: a number, or a text as the data has it.
+    bool isNumber = false;
+    double number = 0.0;
+    std::string text = {};
+    /// Stands for the categories that were too many to be kept; it has no value.
+    bool isOthers = false;
+    bool isUnknown = false;  ///< The reference lacks the category.
+};
+
+/// The shares of one cell in both samples.
+struct Shares {
+    double reference = 0.0;
+    double observed = 0.0;
+};
+
+/// Those of the cell of this index, of samples that both have cases.
+Shares SharesOf(const CheckedVariable& variable, std::size_t index);
+
+/// The cell of this index in the table of a variable that has one; see MACells.
+Cell CellAt(const CheckResult& result, std::size_t variable, std::size_t index);
+
+/// The indexes of the categories that the reference lacks, or of those that it has and the new data
+/// lacks: the most frequent first, of equal ones the first; those that were not kept by name last.
+std::vector<std::size_t> UnknownCategories(const CheckResult& result, std::size_t variable);
+std::vector<std::size_t> VanishedCategories(const CheckResult& result, std::size_t variable);
+
+/// Reports name so many of them.
+inline constexpr std::size_t kNamedCategories = 20;
+
+/// A cell's name for reading: "up to 3.5", "3.5 to 7", "above 7", a category between quotes, or
+/// "others". A constant's middle bin is the number itself.
+std::string CellName(const Cell& cell);
+
+}  // namespace app

@@ -1,0 +1,327 @@
+#include "app/commands/Words.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+
+#include "accredit/host/MAStatus.h"
+#include "app/base/Printable.h"
+#include "app/commands/Cells.h"
+#include "app/commands/FailRules.h"
+
+namespace app {
+
+namespace {
+
+// So many names stand in a sentence.
+constexpr std::size_t kNamesInSentence = 3;
+
+struct Table {
+    const MAChange* change;
+    enum { Values, Missing, Unreadable } kind;
+};
+
+std::array<Table, 3> TablesOf(const CheckedVariable& variable) {
+    const MAVariableComparison& comparison = variable.comparison;
+    return {{{&comparison.values, Table::Values},
+             {&comparison.missing, Table::Missing},
+             {&comparison.unreadable, Table::Unreadable}}};
+}
+
+double SizeOf(const Table& table) {
+    return IsChange(table.change->verdict) ? table.change->test->stabilityIndex : -1.0;
+}
+
+Table LargestChange(const CheckedVariable& variable) {
+    const std::array<Table, 3> tables = TablesOf(variable);
+    return *std::max_element(
+        tables.begin(), tables.end(),
+        [](const Table& left, const Table& right) { return SizeOf(left) < SizeOf(right); });
+}
+
+std::string FromTo(const MAUncountedChange& change) {
+    return fmt::format("{} -> {}", Percent(change.referenceShare), Percent(change.newShare));
+}
+
+// "a", "b", "c" and 4 more
+std::string Names(const CheckResult& result, const std::vector<std::size_t>& variables) {
+    std::string names;
+    const std::size_t named = std::min(variables.size(), kNamesInSentence);
+    for (std::size_t i = 0; i < named; ++i) {
+        const bool isLast = i + 1 == variables.size();
+        names += i == 0 ? "" : isLast ? " and " : ", ";
+        names += fmt::format("\"{}\"", NameOf(result, variables[i]));
+    }
+    if (variables.size() > named) names += fmt::format(" and {} more", variables.size() - named);
+    return names;
+}
+
+template <class Wanted>
+std::vector<std::size_t> Those(const CheckResult& result, Wanted wanted) {
+    std::vector<std::size_t> indexes;
+    for (std::size_t i = 0; i < result.variables.size(); ++i) {
+        if (wanted(result.variables[i])) indexes.push_back(i);
+    }
+    return indexes;
+}
+
+std::string Signed(double number) { return fmt::format("{:+.3g}", number); }
+
+// How the mean and the deviation of a number changed; empty where nothing is known of them.
+std::string MomentsInWords(const MAVariableComparison& comparison) {
+    std::string words;
+    if (comparison.meanShift) {
+        words = fmt::format("mean {} deviations", Signed(*comparison.meanShift));
+    }
+    if (comparison.deviationRatio) {
+        words += fmt::format("{}deviation x {:.3g}", words.empty() ? "" : ", ",
+                             *comparison.deviationRatio);
+    }
+    return words;
+}
+
+std::string ValuesInWords(const CheckResult& result, std::size_t variable) {
+    const MAVariableComparison& comparison = result.variables[variable].comparison;
+    std::string words;
+    if (comparison.mostChanged >= 0) {
+        const auto most = static_cast<std::size_t>(comparison.mostChanged);
+        const Shares shares = SharesOf(result.variables[variable], most);
+        words = fmt::format("{}: {} -> {}", CellName(CellAt(result, variable, most)),
+                            Percent(shares.reference), Percent(shares.observed));
+    }
+    const std::string moments = MomentsInWords(comparison);
+    if (!moments.empty()) words += (words.empty() ? "" : "; ") + moments;
+    return words;
+}
+
+// The sentence about the largest change behind "a major change, ".
+std::string SizeInWords(const CheckedVariable& variable) {
+    const Table largest = LargestChange(variable);
+    switch (largest.kind) {
+        case Table::Missing:
+            return "missing values " + FromTo(variable.comparison.missing);
+        case Table::Unreadable:
+            return "unreadable cells " + FromTo(variable.comparison.unreadable);
+        case Table::Values:
+            break;
+    }
+    return Percent(largest.change->shareMoved) + " of its cases moved";
+}
+
+std::string MissingInWords(const CheckResult& result) {
+    const auto isTested = [](const CheckedVariable& variable) {
+        return variable.comparison.missing.test.has_value();
+    };
+    if (Those(result, isTested).empty()) return {};
+    const std::vector<std::size_t> changed = Those(result, [](const CheckedVariable& variable) {
+        return IsChange(variable.comparison.missing.verdict);
+    });
+    if (changed.empty()) return " Missing values did not change.";
+    return fmt::format(" Missing values changed in {}.", Names(result, changed));
+}
+
+// "7 cases of 3 categories": what was left out of a list.
+std::string OneSidedInWords(const CheckResult& result, std::size_t variable,
+                            const std::vector<std::size_t>& indexes, double Cell::*count) {
+    std::string list;
+    for (std::size_t n = 0; n < std::min(indexes.size(), kNamedCategories); ++n) {
+        const Cell cell = CellAt(result, variable, indexes[n]);
+        list += fmt::format("{}{} ({:.0f})", n == 0 ? "" : ", ",
+                            cell.isOthers ? "others that were too many to be kept" : CellName(cell),
+                            cell.*count);
+    }
+    if (indexes.size() > kNamedCategories) {
+        list += fmt::format(" and {} more", indexes.size() - kNamedCategories);
+    }
+    return list;
+}
+
+std::string BinName(const MADistStats& stats, unsigned int slot, int bin) {
+    const std::vector<double>& cutPoints = stats.GetCutPoints(slot);
+    const auto index = static_cast<std::size_t>(bin);
+    Cell cell;
+    if (index > 0) cell.lower = cutPoints[index - 1];
+    if (index < cutPoints.size()) cell.upper = cutPoints[index];
+    return CellName(cell);
+}
+
+}  // namespace
+
+bool IsChange(MAVerdict verdict) {
+    return verdict != MAVerdict::Unchanged && verdict != MAVerdict::NotTested;
+}
+
+double SizeOfChange(const CheckedVariable& variable) {
+    return std::max(0.0, SizeOf(LargestChange(variable)));
+}
+
+std::vector<std::size_t> BySize(const CheckResult& result) {
+    std::vector<std::size_t> order(result.variables.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    const auto rank = [&result](std::size_t i) {
+        const CheckedVariable& variable = result.variables[i];
+        const MAVerdict verdict = variable.comparison.verdict;
+        const int group = IsChange(verdict) ? 0 : verdict == MAVerdict::NotTested ? 1 : 2;
+        return std::make_pair(group, group == 0 ? -SizeOfChange(variable) : 0.0);
+    };
+    std::stable_sort(order.begin(), order.end(), [&rank](std::size_t left, std::size_t right) {
+        return rank(left) < rank(right);
+    });
+    return order;
+}
+
+std::string NameOf(const CheckResult& result, std::size_t variable) {
+    return ShownName(result.variables[variable].name, variable + 1);
+}
+
+std::string Percent(std::optional<double> share) {
+    if (!share) return "-";
+    const double percent = 100.0 * *share;
+    if (percent == 0.0) return "0 %";
+    if (percent < 0.1) return "<0.1 %";
+    if (percent > 99.9 && percent < 100.0) return ">99.9 %";
+    return percent < 9.95 ? fmt::format("{:.1f} %", percent) : fmt::format("{:.0f} %", percent);
+}
+
+std::string PValueText(std::optional<double> pValue) {
+    if (!pValue) return "-";
+    return *pValue < 1e-16 ? "<1e-16" : fmt::format("{:.3g}", *pValue);
+}
+
+std::string AnswerInWords(const CheckResult& result) {
+    const std::size_t all = result.variables.size();
+    const std::size_t changed = Those(result, [](const CheckedVariable& variable) {
+                                    return IsChange(variable.comparison.verdict);
+                                }).size();
+    std::string answer;
+    if (changed == 0) {
+        answer = all == 1 ? "The variable did not change."
+                          : fmt::format("None of {} variables changed.", all);
+    } else {
+        const std::size_t most = BySize(result).front();
+        const CheckedVariable& variable = result.variables[most];
+        answer = fmt::format("{} of {} variable{} changed, most of all \"{}\": a {} change, {}.",
+                             changed, all, all == 1 ? "" : "s", NameOf(result, most),
+                             VerdictText(variable.comparison.verdict), SizeInWords(variable));
+    }
+    answer += MissingInWords(result);
+    const std::vector<std::size_t> unreadable = Those(result, [](const CheckedVariable& variable) {
+        return IsChange(variable.comparison.unreadable.verdict);
+    });
+    if (!unreadable.empty()) {
+        answer += fmt::format(" Unreadable cells changed in {}.", Names(result, unreadable));
+    }
+    const auto isAbsent = [](const CheckedVariable& variable) {
+        return variable.status.GetCode() == MAStatusVariableNotFound;
+    };
+    const std::vector<std::size_t> absent = Those(result, isAbsent);
+    if (!absent.empty()) answer += fmt::format(" The new data lacks {}.", Names(result, absent));
+    const std::vector<std::size_t> untested =
+        Those(result, [&isAbsent](const CheckedVariable& variable) {
+            return variable.comparison.verdict == MAVerdict::NotTested && !isAbsent(variable);
+        });
+    if (!untested.empty()) {
+        answer += fmt::format(" Not tested: {}.", Names(result, untested));
+    }
+    return answer;
+}
+
+std::string ChangeInWords(const CheckResult& result, std::size_t variable) {
+    const CheckedVariable& checked = result.variables[variable];
+    const MAVariableComparison& comparison = checked.comparison;
+    std::string words;
+    const auto add = [&words](const std::string& more) {
+        if (!more.empty()) words += (words.empty() ? "" : "; ") + more;
+    };
+    if (comparison.verdict == MAVerdict::NotTested) {
+        constexpr std::string_view kPrefix = "Not tested: ";
+        add(checked.reason.substr(checked.reason.rfind(kPrefix, 0) == 0 ? kPrefix.size() : 0));
+    }
+    if (IsChange(comparison.values.verdict)) add(ValuesInWords(result, variable));
+    if (IsChange(comparison.missing.verdict)) add("missing " + FromTo(comparison.missing));
+    if (IsChange(comparison.unreadable.verdict)) {
+        add("unreadable " + FromTo(comparison.unreadable));
+    }
+    // Where counts can show little, the moments stand beside them.
+    if (words.empty() && comparison.crowdedBin) add(MomentsInWords(comparison));
+    return words;
+}
+
+std::string CrowdedInWords(const MADistStats& stats, unsigned int slot) {
+    const std::optional<MACrowdedBin> crowded = MAFindCrowdedBin(stats, slot);
+    if (!crowded) return {};
+    return fmt::format(
+        "one bin ({}) holds {} of the reference, so that counts can hardly show a change",
+        BinName(stats, slot, crowded->bin), Percent(crowded->share));
+}
+
+std::string CrowdedInWords(const CheckResult& result, std::size_t variable) {
+    const std::string crowded =
+        CrowdedInWords(result.reference->stats, static_cast<unsigned int>(variable));
+    const std::string moments = MomentsInWords(result.variables[variable].comparison);
+    return crowded.empty() || moments.empty() ? crowded : crowded + "; " + moments;
+}
+
+std::string AccreditationInWords(const CheckResult& result) {
+    const auto because = [&result](const std::string& why, auto isCulprit) {
+        const auto culprit =
+            std::find_if(result.variables.begin(), result.variables.end(), isCulprit);
+        const auto index = static_cast<std::size_t>(culprit - result.variables.begin());
+        return fmt::format("No accreditation: {}{}", why,
+                           index == result.variables.size()
+                               ? ""
+                               : fmt::format(" (variable \"{}\")", NameOf(result, index)));
+    };
+    if (result.accreditation) {
+        return fmt::format("Accreditation {:.6g}; to be expected if nothing changed: {:.3g}",
+                           *result.accreditation, result.expectedAccreditation.value_or(-1.0));
+    }
+    if (!result.status.IsOK()) {
+        // The library's words for bad cut points are for a caller that gives them. Here the
+        // reference's values make them.
+        const bool isBins = result.status.GetCode() == MAStatusBadCutPoints;
+        return because(isBins ? "Its values vary too little for their size, or too widely, to be "
+                                "summarised in bins"
+                              : result.status.GetMessage(),
+                       [&result](const CheckedVariable& variable) {
+                           return variable.status.GetCode() == result.status.GetCode();
+                       });
+    }
+    const auto isUntested = [](const CheckedVariable& variable) { return !variable.pValue; };
+    const auto untested =
+        std::find_if(result.variables.begin(), result.variables.end(), isUntested);
+    if (untested == result.variables.end()) return "No accreditation: the weights sum to 0";
+    return because(untested->reason, isUntested);
+}
+
+std::vector<std::string> NotesOn(const CheckResult& result, std::size_t variable) {
+    const CheckedVariable& checked = result.variables[variable];
+    std::vector<std::string> notes;
+    const std::vector<std::size_t> unknown = UnknownCategories(result, variable);
+    if (!unknown.empty()) {
+        notes.push_back("the reference lacks " +
+                        OneSidedInWords(result, variable, unknown, &Cell::newCount));
+    }
+    const std::vector<std::size_t> vanished = VanishedCategories(result, variable);
+    if (!vanished.empty() && checked.newCases > 0) {
+        notes.push_back("the new data lacks " +
+                        OneSidedInWords(result, variable, vanished, &Cell::referenceCount));
+    }
+    if (checked.newUncounted.unreadable.value_or(0) > 0) {
+        const std::uint64_t line = checked.newUncounted.firstUnreadableLine;
+        notes.push_back(fmt::format("{} unreadable cell{}", *checked.newUncounted.unreadable,
+                                    *checked.newUncounted.unreadable == 1 ? "" : "s"));
+        if (line > 0) {
+            notes.back() += fmt::format(", the first \"{}\" on line {}",
+                                        checked.newUncounted.firstUnreadableText, line);
+        }
+    }
+    const std::string crowded = CrowdedInWords(result, variable);
+    if (!crowded.empty()) notes.push_back(crowded);
+    return notes;
+}
+
+}  // namespace app

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "app/commands/Comparison.h"
+
+namespace app {
+
+/// The answer of a comparison in a few sentences: how many variables changed, the one that changed
+/// most and by how much, whether the missing values did, and what is absent or could not be tested.
+std::string AnswerInWords(const CheckResult& result);
+
+/// What changed in a variable, or why it was not tested; empty for one that did not change.
+std::string ChangeInWords(const CheckResult& result, std::size_t variable);
+
+/// Why a small change of this variable could not be seen in its counts, with what its moments say;
+/// empty unless one bin holds nearly all of the reference.
+std::string CrowdedInWords(const CheckResult& result, std::size_t variable);
+
+/// The same of any summary's slot, without anything to be compared with.
+std::string CrowdedInWords(const MADistStats& stats, unsigned int slot);
+
+/// The accreditation in a sentence, or why there is none.
+std::string AccreditationInWords(const CheckResult& result);
+
+/// What else is to be known of a variable: categories that only one side has, unreadable cells, a
+/// crowded bin. One text each.
+std::vector<std::string> NotesOn(const CheckResult& result, std::size_t variable);
+
+/// Whether the verdict is a change.
+bool IsChange(MAVerdict verdict);
+
+/// The size of the largest change of a variable, its stability index; 0 if none of its tables
+/// changed.
+double SizeOfChange(const CheckedVariable& variable);
+
+/// The variables that changed, the largest change first; then those not tested, those unchanged
+/// after them, each in the order of the reference.
+std::vector<std::size_t> BySize(const CheckResult& result);
+
+/// A variable is known by its number, from 1, where its name is too long.
+std::string NameOf(const CheckResult& result, std::size_t variable);
+
+/// "31 %", "0.4 %", "<0.1 %"; "-" for none.
+std::string Percent(std::optional<double> share);
+/// Three digits; "<1e-16" where there are none left; "-" for none.
+std::string PValueText(std::optional<double> pValue);
+
+}  // namespace app

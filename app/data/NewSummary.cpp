@@ -1,0 +1,70 @@
+#include "app/data/NewSummary.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "accredit/accreditation/MAAccreditor.h"
+#include "accredit/accreditation/MAComparison.h"
+#include "accredit/diststats/MADistStatsImp.h"
+#include "app/base/Errors.h"
+#include "app/data/CsvRecordIter.h"
+
+using MADocuments::Reference;
+using MCCommon::MCStatus;
+
+namespace app {
+
+namespace {
+
+using CutPoints = std::vector<std::vector<double>>;
+
+MADistStats Pass(CsvRecordIter& records, const CutPoints& cutPoints, const CsvReader& reader,
+                 MCQueryCancel& cancel) {
+    try {
+        return {new MADistStatsImp(records.VarList(), records, cutPoints, &cancel)};
+    } catch (const MCStatus& status) {
+        if (status.GetCode() == MAStatusCancelled) throw Cancelled();
+        throw InputError(reader.Name() + ": " + status.GetMessage());
+    }
+}
+
+}  // namespace
+
+CutPoints UsableCutPoints(const MADistStats& reference) {
+    CutPoints usable;
+    for (unsigned int slot = 0; slot < reference.GetVarCount(); ++slot) {
+        usable.push_back(MACutPointsFor(reference, slot));
+        const std::vector<double>& list = usable.back();
+        const auto disorder = std::adjacent_find(
+            list.begin(), list.end(), [](double left, double right) { return !(left < right); });
+        if (disorder != list.end()) usable.back().clear();
+    }
+    return usable;
+}
+
+Reference SummariseLike(const Reference& reference, CsvReader& reader, MCQueryCancel& cancel) {
+    CsvRecordIter records(reader, ColumnsLike(reference.stats.GetVarList(), reader.Headings()),
+                          reference.missing);
+    Reference summary;
+    summary.missing = reference.missing;
+    if (records.VarList().GetNumInputVars() == 0) {
+        // A malformed file is refused all the same.
+        while (records.GetNextRecord()) continue;
+        return summary;
+    }
+    std::vector<int> slots;
+    MAAccreditor::MatchVariables(records.VarList(), reference.stats.GetVarList(), slots);
+    const CutPoints usable = UsableCutPoints(reference.stats);
+    CutPoints cutPoints;
+    cutPoints.reserve(slots.size());
+    for (const int slot : slots) cutPoints.push_back(usable[static_cast<std::size_t>(slot)]);
+
+    summary.stats = Pass(records, cutPoints, reader, cancel);
+    for (unsigned int slot = 0; slot < summary.stats.GetVarCount(); ++slot) {
+        summary.uncounted.push_back(records.Uncounted(summary.stats.GetVarListIndex(slot),
+                                                      summary.stats.GetNumberOfCases(slot)));
+    }
+    return summary;
+}
+
+}  // namespace app
