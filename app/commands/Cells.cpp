@@ -16,13 +16,6 @@ namespace app {
 
 namespace {
 
-void NameBin(const CheckResult& result, std::size_t variable, std::size_t index, Cell& cell) {
-    const std::vector<double> cutPoints =
-        MACutPointsFor(result.reference->stats, static_cast<unsigned int>(variable));
-    if (index > 0) cell.lower = cutPoints[index - 1];
-    if (index < cutPoints.size()) cell.upper = cutPoints[index];
-}
-
 void NameCategory(const CheckResult& result, std::size_t variable, std::size_t index, Cell& cell) {
     const CheckedVariable& checked = result.variables[variable];
     const MACells& cells = checked.comparison.cells;
@@ -44,27 +37,38 @@ void NameCategory(const CheckResult& result, std::size_t variable, std::size_t i
     }
 }
 
-// The indexes of the cells that `wanted` takes, the most frequent by `counts` first.
+// The cells that `wanted` takes, the most frequent by `counts` first.
 template <class Wanted>
-std::vector<std::size_t> MostFrequent(const CheckedVariable& variable,
-                                      const std::vector<double>& counts, Wanted wanted) {
-    std::vector<std::size_t> indexes;
+OneSided MostFrequent(const CheckedVariable& variable, const std::vector<double>& counts,
+                      Wanted wanted) {
+    constexpr std::size_t kNamed = 20;
+    OneSided found;
     const MACells& cells = variable.comparison.cells;
     for (std::size_t index = 0; index < cells.referenceCodes.size(); ++index) {
-        if (wanted(cells, index)) indexes.push_back(index);
-    }
-    const auto isOthers = [&](std::size_t index) {
+        if (!wanted(cells, index)) continue;
         const int code = cells.newCodes[index];
-        return code >= 0 && code == variable.newUncounted.otherCategories;
-    };
-    std::stable_sort(indexes.begin(), indexes.end(), [&](std::size_t left, std::size_t right) {
-        if (isOthers(left) != isOthers(right)) return isOthers(right);
-        return counts[left] > counts[right];
-    });
-    return indexes;
+        if (code >= 0 && code == variable.newUncounted.otherCategories) {
+            found.others = static_cast<int>(index);
+        } else {
+            found.named.push_back(index);
+        }
+    }
+    std::stable_sort(
+        found.named.begin(), found.named.end(),
+        [&](std::size_t left, std::size_t right) { return counts[left] > counts[right]; });
+    found.more = found.named.size() - std::min(found.named.size(), kNamed);
+    found.named.resize(found.named.size() - found.more);
+    return found;
 }
 
 }  // namespace
+
+Cell BinAt(const std::vector<double>& cutPoints, std::size_t index) {
+    Cell cell;
+    if (index > 0) cell.lower = cutPoints[index - 1];
+    if (index < cutPoints.size()) cell.upper = cutPoints[index];
+    return cell;
+}
 
 Shares SharesOf(const CheckedVariable& variable, std::size_t index) {
     const MACells& cells = variable.comparison.cells;
@@ -77,24 +81,25 @@ Shares SharesOf(const CheckedVariable& variable, std::size_t index) {
 Cell CellAt(const CheckResult& result, std::size_t variable, std::size_t index) {
     const CheckedVariable& checked = result.variables[variable];
     Cell cell;
-    cell.referenceCount = checked.comparison.cells.reference[index];
-    cell.newCount = checked.comparison.cells.observed[index];
     if (checked.categorical) {
         NameCategory(result, variable, index, cell);
     } else {
-        NameBin(result, variable, index, cell);
+        cell = BinAt(MACutPointsFor(result.reference->stats, static_cast<unsigned int>(variable)),
+                     index);
     }
+    cell.referenceCount = checked.comparison.cells.reference[index];
+    cell.newCount = checked.comparison.cells.observed[index];
     return cell;
 }
 
-std::vector<std::size_t> UnknownCategories(const CheckResult& result, std::size_t variable) {
+OneSided UnknownCategories(const CheckResult& result, std::size_t variable) {
     const CheckedVariable& checked = result.variables[variable];
     return MostFrequent(
         checked, checked.comparison.cells.observed,
         [](const MACells& cells, std::size_t index) { return cells.referenceCodes[index] < 0; });
 }
 
-std::vector<std::size_t> VanishedCategories(const CheckResult& result, std::size_t variable) {
+OneSided VanishedCategories(const CheckResult& result, std::size_t variable) {
     const CheckedVariable& checked = result.variables[variable];
     return MostFrequent(checked, checked.comparison.cells.reference,
                         [](const MACells& cells, std::size_t index) {

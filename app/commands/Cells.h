@@ -25,6 +25,9 @@ struct Cell {
     bool isUnknown = false;  ///< The reference lacks the category.
 };
 
+/// The bin of this index between cut points, without its cases.
+Cell BinAt(const std::vector<double>& cutPoints, std::size_t index);
+
 /// The shares of one cell in both samples.
 struct Shares {
     double reference = 0.0;
@@ -37,13 +40,17 @@ Shares SharesOf(const CheckedVariable& variable, std::size_t index);
 /// The cell of this index in the table of a variable that has one; see MACells.
 Cell CellAt(const CheckResult& result, std::size_t variable, std::size_t index);
 
-/// The indexes of the categories that the reference lacks, or of those that it has and the new data
-/// lacks: the most frequent first, of equal ones the first; those that were not kept by name last.
-std::vector<std::size_t> UnknownCategories(const CheckResult& result, std::size_t variable);
-std::vector<std::size_t> VanishedCategories(const CheckResult& result, std::size_t variable);
+/// Categories that only one side has, by their indexes.
+struct OneSided {
+    std::vector<std::size_t>
+        named;             ///< At most 20, the most frequent first, of equal ones the first.
+    std::size_t more = 0;  ///< So many are not among these.
+    int others = -1;       ///< The cell of those that were not kept by name, or -1.
+};
 
-/// Reports name so many of them.
-inline constexpr std::size_t kNamedCategories = 20;
+/// The categories that the reference lacks, and those that it has and the new data lacks.
+OneSided UnknownCategories(const CheckResult& result, std::size_t variable);
+OneSided VanishedCategories(const CheckResult& result, std::size_t variable);
 
 /// A cell's name for reading: "up to 3.5", "3.5 to 7", "above 7", a category between quotes, or
 /// "others". A constant's middle bin is the number itself.

@@ -17,10 +17,6 @@ namespace app {
 
 namespace {
 
-UncountedData At(const Reference& summary, unsigned int slot) {
-    return slot < summary.uncounted.size() ? summary.uncounted[slot] : UncountedData();
-}
-
 std::vector<MAUncountedData> UncountedOf(const Reference& summary) {
     std::vector<MAUncountedData> counts;
     for (const UncountedData& data : summary.uncounted) {
@@ -95,7 +91,7 @@ CheckedVariable Describe(const Reference& reference, unsigned int slot) {
     variable.name = stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
     variable.categorical = stats.IsCategorical(slot);
     variable.referenceCases = stats.GetNumberOfCases(slot);
-    variable.referenceUncounted = At(reference, slot);
+    variable.referenceUncounted = UncountedAt(reference, slot);
     return variable;
 }
 
@@ -133,7 +129,7 @@ CheckResult Compare(std::shared_ptr<const Reference> reference, Reference newSum
         if (test.newSlot >= 0) {
             const auto newSlot = static_cast<unsigned int>(test.newSlot);
             variable.newCases = newStats.GetNumberOfCases(newSlot);
-            variable.newUncounted = At(newSummary, newSlot);
+            variable.newUncounted = UncountedAt(newSummary, newSlot);
             // No pass takes these cut points, so the new data has no bins here.
             if (usable[slot].empty() && !stats.GetCutPoints(slot).empty()) {
                 test.status = MCStatus(MAStatusBadCutPoints, false);
@@ -167,8 +163,12 @@ CheckResult Compare(std::shared_ptr<const Reference> reference, Reference newSum
     return result;
 }
 
+UncountedData UncountedAt(const Reference& summary, unsigned int slot) {
+    return slot < summary.uncounted.size() ? summary.uncounted[slot] : UncountedData();
+}
+
 std::optional<std::uint64_t> RowCount(const Reference& summary) {
-    if (summary.stats.GetVarCount() == 0 || !At(summary, 0).missing) return std::nullopt;
+    if (summary.stats.GetVarCount() == 0 || !UncountedAt(summary, 0).missing) return std::nullopt;
     const UncountedData& data = summary.uncounted[0];
     return summary.stats.GetNumberOfCases(0) + *data.missing + data.unreadable.value_or(0);
 }

@@ -143,15 +143,17 @@ void WriteUnreadable(JsonWriter& json, const CheckedVariable& variable) {
 
 // The most frequent categories of one side only, with their counts there.
 void WriteOneSided(JsonWriter& json, const char* key, const CheckResult& result, std::size_t i,
-                   const std::vector<std::size_t>& indexes, double Cell::*count) {
+                   const OneSided& categories, double Cell::*count) {
     json.Key(key);
     if (!result.variables[i].categorical) {
         json.Null();
         return;
     }
+    std::vector<std::size_t> indexes = categories.named;
+    if (categories.others >= 0) indexes.push_back(static_cast<std::size_t>(categories.others));
     json.BeginArray();
-    for (std::size_t n = 0; n < std::min(indexes.size(), kNamedCategories); ++n) {
-        const Cell cell = CellAt(result, i, indexes[n]);
+    for (const std::size_t index : indexes) {
+        const Cell cell = CellAt(result, i, index);
         json.BeginObject();
         WriteName(json, result.variables[i], cell);
         WriteCount(json, "count", cell.*count);

@@ -180,6 +180,20 @@ void AddRepeated(CLI::App& command, const std::string& name, std::vector<std::st
     AddRepeated(command, name, [&values](const std::string& value) { values.push_back(value); });
 }
 
+// One argument or more, to the end of the command line.
+void AddPaths(CLI::App& command, const std::string& name, std::vector<std::string>& paths) {
+    command
+        .add_option(name,
+                    [&paths](const CLI::results_t& arguments) {
+                        paths = arguments;
+                        return true;
+                    })
+        ->type_size(1)
+        ->allow_extra_args()
+        ->expected(1, CLI::detail::expected_max_vector_size)
+        ->required();
+}
+
 void AddSingle(CLI::App& command, const std::string& name,
                const std::function<void(const std::string&)>& take, bool required = false) {
     CLI::Option* const option =
@@ -250,14 +264,7 @@ void AddOptions(CLI::App& check, CheckOptions& options) {
     });
     check.add_flag("--all", options.showAll);
     AddPath(check, "REFERENCE", options.referencePath);
-    check
-        .add_option("NEW",
-                    [&options](const CLI::results_t& paths) {
-                        options.newPaths = paths;
-                        return true;
-                    })
-        ->required()
-        ->expected(1, CLI::detail::expected_max_vector_size);
+    AddPaths(check, "NEW", options.newPaths);
 }
 
 void AddOptions(CLI::App& learn, LearnOptions& options) {

@@ -1,17 +1,28 @@
 #include "app/commands/Show.h"
 
-#include <cstddef>
-#include <ios>
-#include <sstream>
+#include <fmt/format.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "accredit/accreditation/MAComparison.h"
 #include "accredit/diststats/MAUniStats.h"
 #include "accredit/host/IMCEncoder.h"
 #include "accredit/host/MCMV.h"
 #include "accredit/host/MCSummaryStatistics.h"
+#include "app/base/Characters.h"
 #include "app/base/JsonWriter.h"
 #include "app/base/Printable.h"
+#include "app/commands/Cells.h"
+#include "app/commands/Comparison.h"
+#include "app/commands/Words.h"
 
 using MADocuments::Reference;
+using MADocuments::UncountedData;
 using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::kMCSummaryStatistics;
 using MCMTD_NAMESPACE::MCSummaryStatistic;
@@ -64,8 +75,10 @@ void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int sl
     json.Key("cases");
     json.Number(std::uint64_t{stats.GetNumberOfCases(slot)});
     json.Key("missing");
-    const std::optional<std::uint64_t> missing = reference.uncounted[slot].missing;
-    missing ? json.Number(*missing) : json.Null();
+    const UncountedData uncounted = UncountedAt(reference, slot);
+    uncounted.missing ? json.Number(*uncounted.missing) : json.Null();
+    json.Key("unreadable");
+    uncounted.unreadable ? json.Number(*uncounted.unreadable) : json.Null();
     if (categorical) {
         WriteCategories(json, *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot)),
                         stats.GetFrequencies(slot));
@@ -77,29 +90,148 @@ void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int sl
         }
         WriteNumbers(json, "cut_points", stats.GetCutPoints(slot));
         WriteNumbers(json, "frequencies", stats.GetFrequencies(slot));
+        json.Key("crowded_bin_share");
+        const std::optional<MACrowdedBin> crowded = MAFindCrowdedBin(stats, slot);
+        crowded ? json.Number(crowded->share) : json.Null();
     }
     json.EndObject();
 }
 
 }  // namespace
 
-std::string TextListing(const Reference& reference, const std::string& title) {
-    std::ostringstream out;
-    out.exceptions(std::ios::badbit);  // Memory that runs out is no listing that is cut off.
-    reference.stats.Display(Printable(title), out);
-    const std::string listing = out.str();
-    // A name may hold line ends, and would then look like other lines of the listing. Whatever
-    // stands before the next label is title or numbers.
-    const std::string label = "\nVariable name: ";
-    std::string shown;
-    std::size_t at = 0;
-    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
-        const std::string name = VariableName(reference.stats, slot);
-        const std::size_t place = listing.find(label, at) + label.size();
-        shown += listing.substr(at, place - at) + ShownName(name, slot + 1);
-        at = place + name.size();
+namespace {
+
+// So many categories of a variable are listed.
+constexpr std::size_t kListed = 20;
+
+std::string Plural(double count, const char* one, const char* many) {
+    return fmt::format("{:.0f} {}", count, count == 1.0 ? one : many);
+}
+
+std::string CategoryName(const Reference& reference, unsigned int slot, int code) {
+    Cell cell;
+    cell.isOthers = code == UncountedAt(reference, slot).otherCategories;
+    const MADistStats& stats = reference.stats;
+    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
+    cell.isNumber = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
+    if (cell.isNumber) {
+        cell.number = encoder.DecodeNumber(code);
+    } else {
+        cell.text = encoder.DecodeString(code);
     }
-    return shown + listing.substr(at);
+    return CellName(cell);
+}
+
+// Lines of names and their cases, which are aligned.
+std::string Counts(const std::vector<std::pair<std::string, double>>& counts) {
+    std::size_t names = 0;
+    std::size_t numbers = 0;
+    for (const auto& [name, count] : counts) {
+        names = std::max(names, DisplayWidth(name));
+        numbers = std::max(numbers, fmt::format("{}", count).size());
+    }
+    std::string lines;
+    for (const auto& [name, count] : counts) {
+        lines += fmt::format("  {}{}  {:>{}}\n", name, std::string(names - DisplayWidth(name), ' '),
+                             fmt::format("{}", count), numbers);
+    }
+    return lines;
+}
+
+std::string CategoryLines(const Reference& reference, unsigned int slot) {
+    const std::vector<double>& frequencies = reference.stats.GetFrequencies(slot);
+    std::vector<int> order(frequencies.size());
+    std::iota(order.begin(), order.end(), 0);
+    const auto frequency = [&frequencies](int code) {
+        return frequencies[static_cast<std::size_t>(code)];
+    };
+    std::stable_sort(order.begin(), order.end(), [&frequency](int left, int right) {
+        return frequency(left) > frequency(right);
+    });
+    std::vector<std::pair<std::string, double>> counts;
+    double rest = 0.0;
+    for (const int code : order) {
+        if (counts.size() < kListed) {
+            counts.emplace_back(CategoryName(reference, slot, code), frequency(code));
+        } else {
+            rest += frequency(code);
+        }
+    }
+    std::string lines = Counts(counts);
+    if (order.size() > kListed) {
+        lines += fmt::format("  and {} more with {}\n", order.size() - kListed,
+                             Plural(rest, "case", "cases"));
+    }
+    return lines;
+}
+
+std::string NumberLines(const MADistStats& stats, unsigned int slot) {
+    std::string lines;
+    const MCUniStats variable = MAUniStatsOf(stats, slot);
+    for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {
+        const double value = variable.GetSummStats().*statistic.value;
+        if (MCMV::IsMissing(value)) continue;
+        std::string label = statistic.label;
+        std::replace(label.begin(), label.end(), '_', ' ');
+        lines += fmt::format("{}{} {:.6g}", lines.empty() ? "  " : ", ", label, value);
+    }
+    if (!lines.empty()) lines += "\n";
+    std::vector<std::pair<std::string, double>> counts;
+    for (std::size_t bin = 0; bin < stats.GetFrequencies(slot).size(); ++bin) {
+        counts.emplace_back(CellName(BinAt(stats.GetCutPoints(slot), bin)),
+                            stats.GetFrequencies(slot)[bin]);
+    }
+    lines += Counts(counts);
+    const std::string crowded = CrowdedInWords(stats, slot);
+    return crowded.empty() ? lines : lines + fmt::format("  {}\n", crowded);
+}
+
+std::string VariableLines(const Reference& reference, unsigned int slot) {
+    const MADistStats& stats = reference.stats;
+    const UncountedData uncounted = UncountedAt(reference, slot);
+    const bool categorical = stats.IsCategorical(slot);
+    std::string heading =
+        fmt::format("{}: {}, {}", ShownName(VariableName(stats, slot), slot + 1),
+                    categorical ? Plural(static_cast<double>(stats.GetFrequencies(slot).size()),
+                                         "category", "categories")
+                                : "numbers",
+                    Plural(static_cast<double>(stats.GetNumberOfCases(slot)), "case", "cases"));
+    heading += uncounted.missing ? fmt::format(", {} missing", *uncounted.missing)
+                                 : std::string(", missing values not known");
+    if (uncounted.unreadable.value_or(0) > 0) {
+        heading += fmt::format(", {} unreadable", *uncounted.unreadable);
+        if (uncounted.firstUnreadableLine > 0) {
+            heading += fmt::format(" (the first \"{}\" on line {})", uncounted.firstUnreadableText,
+                                   uncounted.firstUnreadableLine);
+        }
+    }
+    return heading + "\n" +
+           (categorical ? CategoryLines(reference, slot) : NumberLines(stats, slot));
+}
+
+}  // namespace
+
+std::string TextListing(const Reference& reference, const std::string& title) {
+    const unsigned int variables = reference.stats.GetVarCount();
+    std::string listing = fmt::format("{}: {}", title, Plural(variables, "variable", "variables"));
+    if (const std::optional<std::uint64_t> rows = RowCount(reference)) {
+        listing += fmt::format(", {}", Plural(static_cast<double>(*rows), "row", "rows"));
+    }
+    const MCApplicInfo4XML& maker = reference.application;
+    if (!maker.name.empty()) {
+        listing += fmt::format(", made by {}", Printable(maker.name));
+        if (!maker.version.empty()) listing += fmt::format(" {}", Printable(maker.version));
+    }
+    if (!maker.timestamp.empty()) listing += fmt::format(", {}", Printable(maker.timestamp));
+    listing += "\nMissing values: the empty field";
+    for (const std::string& token : reference.missing.Texts()) {
+        if (!token.empty()) listing += fmt::format(", {}", Printable(token));
+    }
+    listing += "\n";
+    for (unsigned int slot = 0; slot < variables; ++slot) {
+        listing += "\n" + VariableLines(reference, slot);
+    }
+    return listing;
 }
 
 std::string JsonListing(const Reference& reference) {

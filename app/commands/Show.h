@@ -12,8 +12,9 @@ struct ShowOptions {
     bool json = false;
 };
 
-/// The library's listing of a reference, under this title, for reading: bytes that do not belong on
-/// a terminal are escaped.
+/// A listing of a reference, under this title, for reading: the statistics and bins of numbers, the
+/// most frequent categories by name, missing data. Bytes that do not belong on a terminal are
+/// escaped.
 std::string TextListing(const MADocuments::Reference& reference, const std::string& title);
 
 /// All of a reference as a JSON document, whose numbers have the digits that give the same double

@@ -130,7 +130,7 @@ std::string Part(const CheckResult& result, const CheckOptions& options, const S
     text = Wrapped(text + AnswerInWords(result), screen);
     text += Table(result, options.showAll, screen);
     text += Notes(result, options.showAll, screen);
-    text += "\n" + Wrapped(AccreditationInWords(result), screen);
+    text += "\n" + Wrapped(AccreditationInWords(result, options.rules), screen);
     const std::vector<std::string> failed = FailedRules(result, options.rules);
     if (!failed.empty()) {
         std::string rules;

@@ -74,7 +74,7 @@ std::string Signed(double number) { return fmt::format("{:+.3g}", number); }
 std::string MomentsInWords(const MAVariableComparison& comparison) {
     std::string words;
     if (comparison.meanShift) {
-        words = fmt::format("mean {} deviations", Signed(*comparison.meanShift));
+        words = fmt::format("mean {} sd", Signed(*comparison.meanShift));
     }
     if (comparison.deviationRatio) {
         words += fmt::format("{}deviation x {:.3g}", words.empty() ? "" : ", ",
@@ -123,29 +123,27 @@ std::string MissingInWords(const CheckResult& result) {
     return fmt::format(" Missing values changed in {}.", Names(result, changed));
 }
 
-// "7 cases of 3 categories": what was left out of a list.
+// The names of categories with their counts; empty if there are none.
 std::string OneSidedInWords(const CheckResult& result, std::size_t variable,
-                            const std::vector<std::size_t>& indexes, double Cell::*count) {
+                            const OneSided& categories, double Cell::*count) {
     std::string list;
-    for (std::size_t n = 0; n < std::min(indexes.size(), kNamedCategories); ++n) {
-        const Cell cell = CellAt(result, variable, indexes[n]);
-        list += fmt::format("{}{} ({:.0f})", n == 0 ? "" : ", ",
-                            cell.isOthers ? "others that were too many to be kept" : CellName(cell),
-                            cell.*count);
+    const auto add = [&](const std::string& name, double number) {
+        list += fmt::format("{}{} ({})", list.empty() ? "" : ", ", name, number);
+    };
+    for (const std::size_t index : categories.named) {
+        const Cell cell = CellAt(result, variable, index);
+        add(CellName(cell), cell.*count);
     }
-    if (indexes.size() > kNamedCategories) {
-        list += fmt::format(" and {} more", indexes.size() - kNamedCategories);
+    if (categories.more > 0) {
+        list += fmt::format("{}{} more", categories.others < 0 ? " and " : ", ", categories.more);
+    }
+    if (categories.others >= 0) {
+        const auto others = static_cast<std::size_t>(categories.others);
+        add(list.empty() ? "categories that were too many to be kept"
+                         : "and others that were too many to be kept",
+            CellAt(result, variable, others).*count);
     }
     return list;
-}
-
-std::string BinName(const MADistStats& stats, unsigned int slot, int bin) {
-    const std::vector<double>& cutPoints = stats.GetCutPoints(slot);
-    const auto index = static_cast<std::size_t>(bin);
-    Cell cell;
-    if (index > 0) cell.lower = cutPoints[index - 1];
-    if (index < cutPoints.size()) cell.upper = cutPoints[index];
-    return CellName(cell);
 }
 
 }  // namespace
@@ -180,10 +178,10 @@ std::string NameOf(const CheckResult& result, std::size_t variable) {
 std::string Percent(std::optional<double> share) {
     if (!share) return "-";
     const double percent = 100.0 * *share;
-    if (percent == 0.0) return "0 %";
-    if (percent < 0.1) return "<0.1 %";
-    if (percent > 99.9 && percent < 100.0) return ">99.9 %";
-    return percent < 9.95 ? fmt::format("{:.1f} %", percent) : fmt::format("{:.0f} %", percent);
+    if (percent == 0.0) return "0%";
+    if (percent < 0.1) return "<0.1%";
+    if (percent > 99.9 && percent < 100.0) return ">99.9%";
+    return percent < 9.95 ? fmt::format("{:.1f}%", percent) : fmt::format("{:.0f}%", percent);
 }
 
 std::string PValueText(std::optional<double> pValue) {
@@ -193,13 +191,19 @@ std::string PValueText(std::optional<double> pValue) {
 
 std::string AnswerInWords(const CheckResult& result) {
     const std::size_t all = result.variables.size();
+    const std::size_t untestedCount =
+        Those(result, [](const CheckedVariable& variable) {
+            return variable.comparison.verdict == MAVerdict::NotTested;
+        }).size();
     const std::size_t changed = Those(result, [](const CheckedVariable& variable) {
                                     return IsChange(variable.comparison.verdict);
                                 }).size();
     std::string answer;
-    if (changed == 0) {
-        answer = all == 1 ? "The variable did not change."
-                          : fmt::format("None of {} variables changed.", all);
+    if (untestedCount == all) {
+        answer = "No variable could be tested.";
+    } else if (changed == 0) {
+        answer = fmt::format("None of {}{} variables changed.", all - untestedCount,
+                             untestedCount == 0 ? "" : " tested");
     } else {
         const std::size_t most = BySize(result).front();
         const CheckedVariable& variable = result.variables[most];
@@ -255,7 +259,8 @@ std::string CrowdedInWords(const MADistStats& stats, unsigned int slot) {
     if (!crowded) return {};
     return fmt::format(
         "one bin ({}) holds {} of the reference, so that counts can hardly show a change",
-        BinName(stats, slot, crowded->bin), Percent(crowded->share));
+        CellName(BinAt(stats.GetCutPoints(slot), static_cast<std::size_t>(crowded->bin))),
+        Percent(crowded->share));
 }
 
 std::string CrowdedInWords(const CheckResult& result, std::size_t variable) {
@@ -265,7 +270,7 @@ std::string CrowdedInWords(const CheckResult& result, std::size_t variable) {
     return crowded.empty() || moments.empty() ? crowded : crowded + "; " + moments;
 }
 
-std::string AccreditationInWords(const CheckResult& result) {
+std::string AccreditationInWords(const CheckResult& result, const FailRules& rules) {
     const auto because = [&result](const std::string& why, auto isCulprit) {
         const auto culprit =
             std::find_if(result.variables.begin(), result.variables.end(), isCulprit);
@@ -276,8 +281,14 @@ std::string AccreditationInWords(const CheckResult& result) {
                                : fmt::format(" (variable \"{}\")", NameOf(result, index)));
     };
     if (result.accreditation) {
-        return fmt::format("Accreditation {:.6g}; to be expected if nothing changed: {:.3g}",
-                           *result.accreditation, result.expectedAccreditation.value_or(-1.0));
+        // As many digits as tell it from a bound that it missed.
+        const auto shown = [](double number) { return fmt::format("{:.6g}", number); };
+        const bool isClose =
+            rules.failBelow && shown(*result.accreditation) == shown(*rules.failBelow);
+        return fmt::format(
+            "Accreditation {}; to be expected if nothing changed: {:.3g}",
+            isClose ? fmt::format("{}", *result.accreditation) : shown(*result.accreditation),
+            result.expectedAccreditation.value_or(-1.0));
     }
     if (!result.status.IsOK()) {
         // The library's words for bad cut points are for a caller that gives them. Here the
@@ -300,15 +311,13 @@ std::string AccreditationInWords(const CheckResult& result) {
 std::vector<std::string> NotesOn(const CheckResult& result, std::size_t variable) {
     const CheckedVariable& checked = result.variables[variable];
     std::vector<std::string> notes;
-    const std::vector<std::size_t> unknown = UnknownCategories(result, variable);
-    if (!unknown.empty()) {
-        notes.push_back("the reference lacks " +
-                        OneSidedInWords(result, variable, unknown, &Cell::newCount));
-    }
-    const std::vector<std::size_t> vanished = VanishedCategories(result, variable);
+    const std::string unknown =
+        OneSidedInWords(result, variable, UnknownCategories(result, variable), &Cell::newCount);
+    if (!unknown.empty()) notes.push_back("the reference lacks " + unknown);
+    const std::string vanished = OneSidedInWords(
+        result, variable, VanishedCategories(result, variable), &Cell::referenceCount);
     if (!vanished.empty() && checked.newCases > 0) {
-        notes.push_back("the new data lacks " +
-                        OneSidedInWords(result, variable, vanished, &Cell::referenceCount));
+        notes.push_back("the new data lacks " + vanished);
     }
     if (checked.newUncounted.unreadable.value_or(0) > 0) {
         const std::uint64_t line = checked.newUncounted.firstUnreadableLine;

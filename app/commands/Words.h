@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/commands/Comparison.h"
+#include "app/commands/FailRules.h"
 
 namespace app {
 
@@ -22,8 +23,9 @@ std::string CrowdedInWords(const CheckResult& result, std::size_t variable);
 /// The same of any summary's slot, without anything to be compared with.
 std::string CrowdedInWords(const MADistStats& stats, unsigned int slot);
 
-/// The accreditation in a sentence, or why there is none.
-std::string AccreditationInWords(const CheckResult& result);
+/// The accreditation in a sentence, with the digits that tell it from the bound, or why there is
+/// none.
+std::string AccreditationInWords(const CheckResult& result, const FailRules& rules);
 
 /// What else is to be known of a variable: categories that only one side has, unreadable cells, a
 /// crowded bin. One text each.
@@ -43,7 +45,7 @@ std::vector<std::size_t> BySize(const CheckResult& result);
 /// A variable is known by its number, from 1, where its name is too long.
 std::string NameOf(const CheckResult& result, std::size_t variable);
 
-/// "31 %", "0.4 %", "<0.1 %"; "-" for none.
+/// "31%", "0.4%", "<0.1%"; "-" for none.
 std::string Percent(std::optional<double> share);
 /// Three digits; "<1e-16" where there are none left; "-" for none.
 std::string PValueText(std::optional<double> pValue);

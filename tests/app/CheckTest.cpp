@@ -38,7 +38,7 @@ std::string Gist(const Outcome& outcome) {
     for (const auto& v : report["variables"]) {
         gist << "; " << v["name"].get<std::string>() << (v["kind"] == "continuous" ? " n " : " c ")
              << v["reference_cases"] << '/' << v["new_cases"] << ' ' << v["status"]["code"] << ' '
-             << (v["reason"].is_null() || v["status"]["code"] != 0
+             << (!v["p_value"].is_null() || v["status"]["code"] != 0
                      ? number(v["p_value"])
                      : v["reason"].get<std::string>());
     }
@@ -72,7 +72,8 @@ TEST(Check, AndLearnCanBeCancelledAtEveryPoll) {
     const fakes::Files files("n,c\n@100(#,x\n)", "");
     app::CheckOptions check;
     app::LearnOptions learn;
-    check.referencePath = check.newPath = learn.dataPath = "A";
+    check.referencePath = learn.dataPath = "A";
+    check.newPaths = {"A"};
     app::Progress progress(nullptr);
     for (const auto& run : std::vector<std::function<void(MCQueryCancel&)>>{
              [&](MCQueryCancel& query) { app::Check(check, progress, query); },
@@ -99,10 +100,10 @@ TEST(Check, AReferenceThatChangesIsNotReadHalfAndHalf) {
     };
     app::CheckOptions options;
     options.referencePath = "A";
-    options.newPath = "B";
+    options.newPaths = {"B"};
     const auto report = [&options](MCQueryCancel&& query) {
         app::Progress progress(nullptr);
-        return app::JsonReport(app::Check(options, progress, query));
+        return app::JsonReport(app::Check(options, progress, query), options);
     };
     change(before);
     const std::string old = report(fakes::Query());

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -27,6 +28,19 @@ void ExpectStoredLikeData(const std::string& newFile, const std::string& options
     EXPECT_LT(fromData.status, 2) << fromData.err;
     EXPECT_EQ(fromStored.status, fromData.status) << fromStored.err;
     EXPECT_EQ(fromStored.out, fromData.out);
+
+    // So it is with the summary of the new file.
+    const Outcome summarised = fakes::Run("learn --bins-of R " + newFile + " --output N");
+    if (summarised.status != 0) {
+        EXPECT_THAT(summarised.err, testing::HasSubstr("no column of the reference"));
+        return;
+    }
+    const std::string summary = fakes::ReadFile("N");
+    EXPECT_EQ(MADocuments::WriteReference(MADocuments::ReadReference(summary)), summary);
+    fakes::KeepDocument(summary);
+    for (const std::string& command : {check, "check --all " + checkOptions}) {
+        EXPECT_EQ(fakes::Run(command + " R N").out, fakes::Run(command + " R " + newFile).out);
+    }
 }
 
 TABLE_TEST(StoredReference, GivesTheReportsOfTheDataItWasLearnedFrom, 4) {

@@ -40,6 +40,12 @@ std::string WhyRefused(const std::string& document) {
     return "";
 }
 
+std::vector<std::uint64_t> Missing(const Reference& reference) {
+    std::vector<std::uint64_t> counts;
+    for (const auto& data : reference.uncounted) counts.push_back(data.missing.value_or(99));
+    return counts;
+}
+
 TEST(Reference, ComesBackFromItsDocument) {
     const Reference reference = ReadReference(Document());
     EXPECT_EQ(WriteReference(reference), Document());
