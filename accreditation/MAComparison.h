@@ -50,7 +50,8 @@ ACCREDIT_EXPORT std::optional<MATwoSampleTest> MATestTwoSamples(
 
 /// The share of the cases that would have to move to another cell to make one distribution of the
 /// other: half the sum of |R/N - O/M|, from 0 to 1 (the total variation distance). Nothing if one
-/// of the samples has no cases or the counts are none; see MATestTwoSamples.
+/// of the samples has no cases, if the counts are none (see MATestTwoSamples), or if N times M is
+/// not a finite number above 0.
 ACCREDIT_EXPORT std::optional<double> MAShareMoved(const std::vector<double>& reference,
                                                    const std::vector<double>& observed);
 

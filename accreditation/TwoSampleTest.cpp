@@ -75,6 +75,18 @@ double StabilityIndex(const std::vector<Cell>& cells, const Cell& sums) {
     return index;
 }
 
+// Whether both samples have cases, and not so many or so few that the product of the sums is none.
+bool HaveCases(const Cell& sums) {
+    const double product = sums.reference * sums.observed;
+    return product > 0.0 && std::isfinite(product);
+}
+
+// The change of a cell's share times both sums. Shares are rounded, and then equal changes, such as
+// both of a table with two cells, are not equal any more; products of counts are exact up to 2^53.
+double ScaledChange(const Cell& cell, const Cell& sums) {
+    return std::fabs(cell.reference * sums.observed - cell.observed * sums.reference);
+}
+
 }  // namespace
 
 std::optional<MATwoSampleTest> MATestTwoSamples(const std::vector<double>& reference,
@@ -118,22 +130,21 @@ std::optional<MATwoSampleTest> MATestTwoSamples(const std::vector<double>& refer
 std::optional<double> MAShareMoved(const std::vector<double>& reference,
                                    const std::vector<double>& observed) {
     const std::optional<Cell> sums = SumsOf(reference, observed);
-    if (!sums || sums->reference == 0.0 || sums->observed == 0.0) return std::nullopt;
+    if (!sums || !HaveCases(*sums)) return std::nullopt;
     double moved = 0.0;
     for (std::size_t c = 0; c < reference.size(); ++c) {
-        moved += std::fabs(reference[c] / sums->reference - observed[c] / sums->observed);
+        moved += ScaledChange({reference[c], observed[c]}, *sums);
     }
-    return moved / 2.0;
+    return std::min(1.0, moved / (sums->reference * sums->observed) / 2.0);
 }
 
 int MAMostChangedCell(const std::vector<double>& reference, const std::vector<double>& observed) {
     const std::optional<Cell> sums = SumsOf(reference, observed);
-    if (!sums || sums->reference == 0.0 || sums->observed == 0.0) return -1;
+    if (!sums || !HaveCases(*sums)) return -1;
     int most = -1;
     double largest = 0.0;
     for (std::size_t c = 0; c < reference.size(); ++c) {
-        const double change =
-            std::fabs(reference[c] / sums->reference - observed[c] / sums->observed);
+        const double change = ScaledChange({reference[c], observed[c]}, *sums);
         if (change > largest) {
             largest = change;
             most = static_cast<int>(c);
