@@ -227,6 +227,8 @@ void JudgeAll(std::vector<MAVariableComparison>& comparisons, double alpha) {
 }  // namespace
 
 std::vector<double> MACutPointsFor(const MADistStats& refStats, unsigned int slot) {
+    // A categorical variable may have a list from the caller of its data pass.
+    if (refStats.IsCategorical(slot)) return {};
     if (!IsConstant(refStats, slot)) return refStats.GetCutPoints(slot);
     double value = MCMV::Missing();
     double max = MCMV::Missing();
