@@ -147,14 +147,14 @@ MAUncountedData At(const std::vector<MAUncountedData>& data, unsigned int slot) 
 
 // Why the table of the values has no test.
 MAUntested Reason(const MADistStats& refStats, unsigned int slot, const MACells& cells) {
-    if (cells.reference.empty() && MACutPointsFor(refStats, slot).empty() &&
-        !refStats.IsCategorical(slot)) {
-        return MAUntested::NoBins;
+    // Of a reference without cases no cell reaches 5, whatever the bins are.
+    if (refStats.GetNumberOfCases(slot) == 0) return MAUntested::TooFewCases;
+    if (!refStats.IsCategorical(slot) && cells.reference.empty()) {
+        return MACutPointsFor(refStats, slot).empty() ? MAUntested::NoBins
+                                                      : MAUntested::OtherCutPoints;
     }
-    if (cells.reference.empty() && !refStats.IsCategorical(slot)) return MAUntested::OtherCutPoints;
     const double sum = Sum(cells.reference);
-    const bool hasCases = refStats.GetNumberOfCases(slot) > 0;
-    if (!std::isfinite(sum) || (hasCases && !(sum > 0.0))) return MAUntested::NoFrequencies;
+    if (!std::isfinite(sum) || !(sum > 0.0)) return MAUntested::NoFrequencies;
     return MAUntested::TooFewCases;
 }
 
