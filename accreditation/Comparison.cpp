@@ -30,6 +30,10 @@ Moments MomentsOf(const MADistStats& stats, unsigned int slot) {
     return moments;
 }
 
+std::optional<double> IfFinite(double value) {
+    return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+}
+
 bool IsKnown(double value) { return std::isfinite(value) && !MCMV::IsMissing(value); }
 
 double Sum(const std::vector<double>& counts) {
@@ -175,10 +179,10 @@ void CompareValues(const MADistStats& refStats, unsigned int slot, const MADistS
     const Moments after = MomentsOf(newStats, newSlot);
     if (!IsKnown(before.stdDev) || !(before.stdDev > 0.0)) return;
     if (IsKnown(before.mean) && IsKnown(after.mean) && newCases > 0.0) {
-        comparison.meanShift = (after.mean - before.mean) / before.stdDev;
+        comparison.meanShift = IfFinite((after.mean - before.mean) / before.stdDev);
     }
     if (IsKnown(after.stdDev) && newCases > 1.0) {
-        comparison.deviationRatio = after.stdDev / before.stdDev;
+        comparison.deviationRatio = IfFinite(after.stdDev / before.stdDev);
     }
 }
 

@@ -155,8 +155,8 @@ struct ACCREDIT_EXPORT MAVariableComparison {
     MAUncountedChange missing;     ///< What is not known has no test, and is unchanged.
     MAUncountedChange unreadable;  ///< The same; of a categorical variable usually not known.
     /// The new mean less the reference's, in standard deviations of the reference. Nothing for a
-    /// categorical variable, where a mean does not exist, and where that deviation is 0, does not
-    /// exist or is not finite.
+    /// categorical variable, where a mean does not exist, where that deviation is 0, does not exist
+    /// or is not finite, and where the shift is too large for a number.
     std::optional<double> meanShift;
     /// The new standard deviation divided by the reference's; the same.
     std::optional<double> deviationRatio;
