@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "accredit/accreditation/MAComparison.h"
 #include "accredit/accreditation/MAVariableResult.h"
 #include "accredit/accreditation/internal/VariableTests.h"
 #include "fakes/Summaries.h"
@@ -72,11 +73,14 @@ TABLE_TEST(Accreditation, ComparesSummaries, 7) {
         MATestVariables(reference, accreditor.GetDistStats());
     ASSERT_EQ(results.size() + 1, expected.size());
     for (std::size_t i = 0; i < results.size(); ++i) {
-        const std::vector<std::string> want = fakes::Split(expected[i], ',');
-        ASSERT_EQ(want.size(), 3U);
+        std::vector<std::string> want = fakes::Split(expected[i], ',');
+        if (want.size() == 3) want.insert(want.end(), 2, "-1");
+        ASSERT_EQ(want.size(), 5U);
         EXPECT_EQ(std::to_string(results[i].newSlot) + ',' + Told(results[i].status),
                   want[0] + ',' + want[1]);
         EXPECT_NEAR(results[i].pValue, fakes::ToNumber(want[2]), 4e-15);
+        EXPECT_DOUBLE_EQ(results[i].statistic, fakes::ToNumber(want[3]));
+        EXPECT_EQ(results[i].degreesOfFreedom, fakes::ToNumber(want[4]));
     }
     const std::vector<std::string> last = fakes::Split(expected.back(), ',');
     ASSERT_EQ(last.size(), 2U);
@@ -84,6 +88,9 @@ TABLE_TEST(Accreditation, ComparesSummaries, 7) {
     EXPECT_NEAR(accreditor.GetAccreditation(), fakes::ToNumber(last[1]), 4e-15);
     double same = 7.0;
     EXPECT_EQ(Told(MAAccreditation(results, {}, same)), last[0]);
+    EXPECT_EQ(same, accreditor.GetAccreditation());
+    same = 7.0;
+    EXPECT_EQ(Told(MAAccreditation(reference, accreditor.GetDistStats(), {}, same)), last[0]);
     EXPECT_EQ(same, accreditor.GetAccreditation());
 }
 
@@ -165,9 +172,12 @@ TEST(Accreditation, StaysInsideItsVectorsWhateverAnEncoderAnswers) {
     for (const double answer : {2.0, 1e9, 1e300, 2147483648.0, -7.0, std::nan("")}) {
         MCMTD_NAMESPACE::MCVarList list;
         list.Add(MCMTD_NAMESPACE::MCVariable::Categorical("c", 2), LyingEncoder(answer));
-        const auto results = MATestVariables(reference, Summary(list, Column({0, 1})));
+        const MADistStats observed = Summary(list, Column({0, 1}));
+        const auto results = MATestVariables(reference, observed);
         EXPECT_EQ(results.at(0).status.GetCode(), 180020) << answer;
         EXPECT_EQ(results.at(0).pValue, -1.0) << answer;
+        const std::vector<int> codes = {-1, -1, 0, 1};
+        EXPECT_EQ(MACellsOf(reference, 0, observed, 0).value().newCodes, codes) << answer;
     }
 }
 
