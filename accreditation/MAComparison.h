@@ -81,7 +81,7 @@ struct ACCREDIT_EXPORT MACells {
     /// Of a categorical variable, for each cell: the code of its category in the reference, or -1
     /// where its frequencies do not reach.
     std::vector<int> referenceCodes;
-    /// The code in the new summary, or -1 where that has no such category.
+    /// The code in the new summary, or -1 where that has no such category or no frequency for it.
     std::vector<int> newCodes;
 };
 
