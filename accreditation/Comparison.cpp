@@ -86,7 +86,7 @@ MACells Categories(const MADistStats& refStats, unsigned int slot, const MADistS
     cells.referenceCodes.resize(cells.reference.size());
     std::iota(cells.referenceCodes.begin(), cells.referenceCodes.end(), 0);
     std::vector<std::int16_t> seen(newFreq.size(), 0);
-    for (std::size_t c = 0; c < cells.reference.size() && !newFreq.empty(); ++c) {
+    for (std::size_t c = 0; c < cells.reference.size(); ++c) {
         const int code = MADetail::MapCategory(EncoderOf(refStats, slot),
                                                EncoderOf(newStats, newSlot), static_cast<int>(c));
         const auto k = static_cast<std::size_t>(code);
@@ -177,13 +177,12 @@ void CompareValues(const MADistStats& refStats, unsigned int slot, const MADistS
     if (refStats.IsCategorical(slot)) return;
     const Moments before = MomentsOf(refStats, slot);
     const Moments after = MomentsOf(newStats, newSlot);
-    if (!IsKnown(before.stdDev) || !(before.stdDev > 0.0)) return;
-    if (IsKnown(before.mean) && IsKnown(after.mean) && newCases > 0.0) {
+    // A deviation of 0 leaves no finite number.
+    if (!IsKnown(before.stdDev)) return;
+    if (newCases > 0.0) {
         comparison.meanShift = IfFinite((after.mean - before.mean) / before.stdDev);
     }
-    if (IsKnown(after.stdDev) && newCases > 1.0) {
-        comparison.deviationRatio = IfFinite(after.stdDev / before.stdDev);
-    }
+    if (newCases > 1.0) comparison.deviationRatio = IfFinite(after.stdDev / before.stdDev);
 }
 
 // The expected p-value rests on the frequencies that the test of the variable compares.

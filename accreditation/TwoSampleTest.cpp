@@ -162,7 +162,7 @@ std::vector<double> MAAdjustPValues(const std::vector<double>& pValues) {
     std::vector<double> adjusted(pValues.size());
     double least = 0.0;
     for (std::size_t rank = 0; rank < order.size(); ++rank) {
-        const double factor = static_cast<double>(order.size() - rank);
+        const auto factor = static_cast<double>(order.size() - rank);
         least = std::max(least, std::min(1.0, factor * pValues[order[rank]]));
         adjusted[order[rank]] = least;
     }
