@@ -4,9 +4,9 @@
 
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 #include <optional>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -69,7 +69,7 @@ TABLE_TEST(Comparison, PairsCells, 7) {
 }
 
 MADistStats Stored(const std::string& list, const std::string& statistics) {
-    return MADistStats(new MADistStatsImp(fakes::Loaded(list, statistics)));
+    return {new MADistStatsImp(fakes::Loaded(list, statistics))};
 }
 
 std::vector<MAUncountedData> Uncounted(const std::vector<Numbers>& lists) {
@@ -83,9 +83,9 @@ std::vector<MAUncountedData> Uncounted(const std::vector<Numbers>& lists) {
 
 // With 6 digits; a dash for what is not there.
 std::string Said(const std::optional<double>& number) {
-    char digits[32] = " -";
-    if (number) std::snprintf(digits, sizeof digits, " %.6g", *number);
-    return digits;
+    std::ostringstream text;
+    if (number) text << *number;
+    return number ? ' ' + text.str() : " -";
 }
 
 std::string Said(MAVerdict verdict) {
