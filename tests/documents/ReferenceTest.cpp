@@ -50,15 +50,21 @@ TEST(Reference, ComesBackFromItsDocument) {
     const Reference reference = ReadReference(Document());
     EXPECT_EQ(WriteReference(reference), Document());
     EXPECT_EQ(reference.missing.Texts(), (std::vector<std::string>{"", "NA", "?"}));
-    EXPECT_EQ(Missing(reference), (std::vector<std::uint64_t>{1, 0, 1}));
+    EXPECT_EQ(Missing(reference), (std::vector<std::uint64_t>{0, 0, 1, 0}));
+    EXPECT_EQ(reference.uncounted[0].unreadable, 1U);
+    EXPECT_EQ(reference.uncounted[1].unreadable, std::nullopt);
+    EXPECT_EQ(reference.uncounted[0].firstUnreadableLine, 3U);
+    EXPECT_EQ(reference.uncounted[0].firstUnreadableText, "n/a");
+    EXPECT_EQ(reference.uncounted[3].otherCategories, 1);
+    EXPECT_EQ(fakes::Contents(reference.stats, 3), "4; M M M M; ; 1 3");
     EXPECT_EQ(reference.application.timestamp, "today");
     EXPECT_EQ(fakes::Contents(reference.stats, 1), "4; M M M M; ; 2 2");
     fakes::KeepDocument(Document());
 
-    const Reference ignoring = ReadReference(Document(), {"t", "n"});
+    const Reference ignoring = ReadReference(Document(), {"t", "n", "o"});
     EXPECT_EQ(ignoring.stats.GetVarCount(), 1U);
     EXPECT_EQ(Missing(ignoring), (std::vector<std::uint64_t>{1}));
-    EXPECT_THROW(ReadReference(Document(), {"t", "n", "k"}), MADocuments::DocumentError);
+    EXPECT_THROW(ReadReference(Document(), {"t", "n", "k", "o"}), MADocuments::DocumentError);
 }
 
 // The document with the first place that has one text having another.
