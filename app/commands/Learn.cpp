@@ -71,6 +71,9 @@ void RefuseSettledOptions(const LearnOptions& options) {
 Reference SummariseWithBinsOf(const LearnOptions& options, Progress& progress,
                               MCQueryCancel& cancel) {
     RefuseSettledOptions(options);
+    if (options.binsOfPath == "-" && options.dataPath == "-") {
+        throw UsageError("only one of the files can be standard input");
+    }
     InputFile file(options.binsOfPath, Reading::Once, progress, cancel);
     const auto document = LoadDocument(file);
     if (!document) throw InputError(file.Name() + ": this is not a stored reference");

@@ -25,7 +25,7 @@ Usage: accredit COMMAND ...
 
 Commands:
   learn       summarise the data a model is built on and store that as a reference
-  check       compare a new file with a reference, variable by variable
+  check       compare new data with a reference, variable by variable
   show        print a stored reference
 
 Options:
@@ -34,22 +34,27 @@ Options:
 )";
 
 constexpr std::string_view kCheckHelp =
-    R"(accredit check - compare a new file with a reference, variable by variable
+    R"(accredit check - compare new data with a reference, variable by variable
 
-Usage: accredit check [OPTIONS] REFERENCE NEW.csv
+Usage: accredit check [OPTIONS] REFERENCE NEW...
 
-REFERENCE is what 'accredit learn' stored, or the data itself; NEW is data. Data
-is a file of comma-separated values with a heading; columns are matched by name,
-in any order. Blanks around numbers do not count, those of headings and
-categories do. NEW may be '-' for standard input, and so may a stored REFERENCE.
+REFERENCE is what 'accredit learn' stored, or the data itself; NEW is data, or a
+summary that 'accredit learn --bins-of REFERENCE' stored. Data is a file of
+comma-separated values with a heading; columns are matched by name, in any
+order. Blanks around numbers do not count, those of headings and categories do.
+One NEW may be '-' for standard input, or a stored REFERENCE instead.
 
-A table shows for each variable of the reference how well the new data fits it,
-as a p-value. The accreditation is their mean: near 1 if the new data still
-looks like the reference, near 0 if it does not.
+The first line says what changed. Every variable of the reference is unchanged,
+or changed in a minor, moderate or major way, or could not be tested: by a test
+that takes both sides as samples, with Holm's method over all variables, their
+missing values and cells of numbers that are none; and by the stability index,
+which is below 0.1 for minor and from 0.25 on for major changes. The
+accreditation is the mean of the p-values of a test that takes the reference as
+exact, and stands beside what it would be if nothing had changed.
 
 Columns:
   --ignore COLUMN        leave a column out
-  --weight COLUMN=W      weigh a column in the mean; the others weigh 1
+  --weight COLUMN=W      weigh a column in the accreditation; the others weigh 1
 
 Columns, when REFERENCE is data; a stored reference has settled these:
   --categorical COLUMN   take the numbers of a column as categories
@@ -59,26 +64,31 @@ Columns, when REFERENCE is data; a stored reference has settled these:
                          -9.0), blanks around it do not count
 
 Result:
+  --fail-on VERDICT      exit with status 1 if a variable is that or worse:
+                         minor, moderate (not tested is worse), or major
   --fail-below X         exit with status 1 if the accreditation is below X,
-                         from 0 to 1
-  --format text|json     print a table (the default) or JSON
+                         from 0 to 1, or if there is none
+  --alpha X              the chance of a false alarm in a whole file, between 0
+                         and 1; 0.01 if not given
+  --all                  show all variables and notes, not only the first ones
+  --format FORMAT        print text (the default), json or openmetrics
+  --report FILE.html     write a page with all figures and their pictures
 
   -h, --help             show this help
   --version              show the version
 
 Options that name a column or a token may be repeated. A column of the data that
 holds nothing but numbers is continuous, any other is categorical. In a file of
-one column a blank line is a missing value; in any other it is passed over. A
-variable whose frequencies or moments say nothing is not tested, and then there
-is no accreditation.
+one column a blank line is a missing value; in any other it is passed over.
 
-Exit status: 0 if there is an accreditation, not below X; 1 if it is below X or
-the data cannot be compared; 2 for wrong usage, unreadable or malformed files,
-too little memory, or an interrupt.
+Exit status: 0 if no rule is broken; 1 if --fail-on or --fail-below is, or,
+without --fail-on, if there is no accreditation, because a variable is absent,
+has an unknown category, or says nothing; 2 for wrong usage, unreadable or
+malformed files, too little memory, or an interrupt.
 
 Example:
-  accredit check --missing '?' --ignore id --weight age=2 --fail-below 0.05 \
-      train.csv today.csv
+  accredit check --missing '?' --ignore id --fail-on moderate \
+      --report today.html train.csv today.csv
 )";
 
 constexpr std::string_view kLearnHelp =
@@ -93,9 +103,14 @@ it without the old data. It is written as a whole or not at all, and replaces a
 file that is there.
 
   --output REFERENCE     the file to write; '-' is standard output
+  --bins-of REFERENCE    summarise new data with the bins of a stored reference,
+                         so that 'accredit check' can compare the summary with
+                         it; DATA may then be '-' for standard input
 
 Columns:
   --ignore COLUMN        leave a column out
+
+Columns, without --bins-of, whose reference has settled these:
   --categorical COLUMN   take the numbers of a column as categories
   --continuous COLUMN    insist that a column holds numbers
   --missing TOKEN        a text that stands for a missing value, besides 'NA'
@@ -110,11 +125,13 @@ nothing but numbers is continuous, any other is categorical. Blanks around
 numbers do not count, those of headings and categories do. In a file of one
 column a blank line is a missing value; in any other it is passed over. Headings
 and categories must be UTF-8 without control characters other than tab and line
-end.
+end. Standard error tells of columns in which one bin holds nearly all cases:
+their counts can hardly show a change.
 
 Exit status: 0 if the reference was written; 2 for wrong usage, unreadable or
-malformed data, data without rows or that a reference cannot hold, a file that
-cannot be written, too little memory, or an interrupt.
+malformed data, data without rows (unless --bins-of is given) or that a
+reference cannot hold, a file that cannot be written, too little memory, or an
+interrupt.
 
 Example:
   accredit learn --missing '?' --ignore id train.csv --output train.pmml
@@ -127,8 +144,8 @@ Usage: accredit show [OPTIONS] REFERENCE
 
 REFERENCE is what 'accredit learn' stored; '-' is standard input.
 
-  --format text|json     print a listing (the default), or JSON with the
-                         categories, the missing data and all digits
+  --format text|json     print a listing with the most frequent categories (the
+                         default), or JSON with all of them and all digits
   -h, --help             show this help
   --version              show the version
 
