@@ -1,5 +1,5 @@
 // A whole accreditation, with data in memory: summarise the model's data, summarise new data with
-// the same bins, compare the two.
+// the same bins, compare the two, and say of each variable whether it changed.
 
 #include <cstddef>
 #include <iostream>
@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "accredit/accreditation/MAAccreditor.h"
-#include "accredit/accreditation/MAVariableResult.h"
+#include "accredit/accreditation/MAComparison.h"
 #include "accredit/diststats/MAPredictorDist.h"
 #include "accredit/host/MCStringEncoder.h"
 #include "accredit/host/MCTableRecordIter.h"
@@ -22,9 +22,30 @@ using MCMTD_NAMESPACE::MCVarList;
 namespace {
 
 // One row a case: age in years, and the code of the region.
-const std::vector<double> kModelData = {23, 0, 31, 1, 35, 1, 38, 2, 41, 0, 44, 1, 52, 2, 58, 0,
-                                        26, 1, 33, 1, 36, 2, 40, 0, 42, 1, 47, 2, 55, 1, 61, 0};
-const std::vector<double> kNewData = {29, 1, 34, 0, 37, 1, 43, 2, 45, 1, 51, 0, 57, 2, 39, 1};
+std::vector<double> Rows(int count, int olderBy) {
+    std::vector<double> rows;
+    for (int i = 0; i < count; ++i) {
+        rows.push_back(20 + olderBy + i * 7 % 41);
+        rows.push_back(i % 3);
+    }
+    return rows;
+}
+
+const char* VerdictText(MAVerdict verdict) {
+    switch (verdict) {
+        case MAVerdict::Unchanged:
+            return "unchanged";
+        case MAVerdict::Minor:
+            return "minor change";
+        case MAVerdict::Moderate:
+            return "moderate change";
+        case MAVerdict::Major:
+            return "major change";
+        case MAVerdict::NotTested:
+            break;
+    }
+    return "not tested";
+}
 
 }  // namespace
 
@@ -37,7 +58,8 @@ int main() {
 
     try {
         // 1. Once, when the model is built: two passes, cut points from mean and deviation.
-        MCTableRecordIter modelRecords(kModelData, 2);
+        const std::vector<double> modelData = Rows(600, 0);
+        MCTableRecordIter modelRecords(modelData, 2);
         MAPredictorDist model(variables, modelRecords, nullptr);
         const MCStatus summarised = model.ComputeDistStats();
         if (!summarised.IsOK()) throw summarised;
@@ -46,9 +68,10 @@ int main() {
         // 2. For each new body of data: one pass, with the reference's cut points.
         std::vector<std::vector<double>> cutPoints;
         for (unsigned int slot = 0; slot < reference.GetVarCount(); ++slot) {
-            cutPoints.push_back(reference.GetCutPoints(slot));
+            cutPoints.push_back(MACutPointsFor(reference, slot));
         }
-        MCTableRecordIter newRecords(kNewData, 2);
+        const std::vector<double> newData = Rows(300, 9);
+        MCTableRecordIter newRecords(newData, 2);
         MAAccreditor accreditor(variables, newRecords, nullptr);
         const MCStatus passed = accreditor.ComputeDistStats(cutPoints);
         if (!passed.IsOK()) throw passed;
@@ -58,12 +81,22 @@ int main() {
         if (!compared.IsOK()) throw compared;
         std::cout << "accreditation: " << accreditor.GetAccreditation() << '\n';
 
-        // 4. And what stands behind it.
-        const auto results = MATestVariables(reference, accreditor.GetDistStats());
-        for (std::size_t slot = 0; slot < results.size(); ++slot) {
+        // 4. And what stands behind it: a verdict for each variable, with the sizes of its change.
+        // Data that is missing is not counted here, so nothing is said of it.
+        constexpr double kAlpha = 0.01;
+        const auto comparisons =
+            MACompareVariables(reference, accreditor.GetDistStats(), {}, {}, kAlpha);
+        std::cout << "to be expected if nothing changed: "
+                  << MAExpectedAccreditation(comparisons, {2.0, 1.0}) << '\n';
+        for (std::size_t slot = 0; slot < comparisons.size(); ++slot) {
             const int position = reference.GetVarListIndex(static_cast<unsigned int>(slot));
-            std::cout << reference.GetVarList().GetVarAt(position)->GetName()
-                      << ": p = " << results[slot].pValue << '\n';
+            std::cout << reference.GetVarList().GetVarAt(position)->GetName() << ": "
+                      << VerdictText(comparisons[slot].verdict)
+                      << ", p = " << comparisons[slot].result.pValue;
+            if (comparisons[slot].values.shareMoved) {
+                std::cout << ", share moved: " << *comparisons[slot].values.shareMoved;
+            }
+            std::cout << '\n';
         }
     } catch (const MCStatus& status) {
         std::cerr << status.GetMessage() << '\n';
