@@ -21,7 +21,6 @@
 
 using MADocuments::MissingTokens;
 using MADocuments::Reference;
-using MCMTD_NAMESPACE::MCVarList;
 
 namespace app {
 
@@ -98,6 +97,7 @@ std::vector<double> CheckColumns(const std::vector<NewFile>& files,
                                      : NamesOf(file.summary->stats.GetVarList()));
     }
     std::vector<const std::vector<std::string>*> lists;
+    lists.reserve(headings.size());
     for (const std::vector<std::string>& list : headings) lists.push_back(&list);
     // A stored summary has lost the columns that the reference lacks, and one of them may be meant.
     if (std::all_of(files.begin(), files.end(),

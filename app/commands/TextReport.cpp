@@ -85,7 +85,7 @@ std::vector<TextTable::Entry> EntriesOf(const CheckResult& result, std::size_t i
 std::string Table(const CheckResult& result, bool showAll, const Screen& screen) {
     const std::vector<std::size_t> order = BySize(result);
     std::size_t rows = order.size();
-    std::size_t interesting = static_cast<std::size_t>(
+    const auto interesting = static_cast<std::size_t>(
         std::count_if(order.begin(), order.end(), [&result](std::size_t i) {
             return result.variables[i].comparison.verdict != MAVerdict::Unchanged;
         }));
