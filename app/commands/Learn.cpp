@@ -136,13 +136,8 @@ std::vector<std::string> WarningsOf(const Reference& reference) {
         };
         const std::string crowded = CrowdedInWords(reference.stats, slot);
         if (!crowded.empty()) warn(crowded);
-        const MADocuments::UncountedData& data = reference.uncounted[slot];
-        if (data.unreadable.value_or(0) > 0) {
-            warn(fmt::format(
-                "{} unreadable, the first \"{}\" on line {}",
-                *data.unreadable == 1 ? "1 cell is" : fmt::format("{} cells are", *data.unreadable),
-                data.firstUnreadableText, data.firstUnreadableLine));
-        }
+        const std::string unreadable = UnreadableInWords(reference.uncounted[slot]);
+        if (!unreadable.empty()) warn(unreadable);
     }
     return warnings;
 }

@@ -59,20 +59,22 @@ std::string Report(const std::vector<CheckResult>& results, const CheckOptions& 
 }
 
 // What the report does not say, or does not say to the person who runs the program.
-void Warn(const CheckResult& result, const CheckOptions& options, std::ostream& err) {
-    for (std::size_t i = 0; i < result.variables.size() && !options.rules.failOn; ++i) {
-        const MADocuments::UncountedData& data = result.variables[i].newUncounted;
-        if (data.unreadable.value_or(0) == 0) continue;
-        err << fmt::format(
-            "accredit: {}: column \"{}\": {} unreadable, the first \"{}\" on line {}\n",
-            result.newName, NameOf(result, i),
-            *data.unreadable == 1 ? "1 cell is" : fmt::format("{} cells are", *data.unreadable),
-            data.firstUnreadableText, data.firstUnreadableLine);
+std::string Warnings(const CheckResult& result, const CheckOptions& options) {
+    std::string warnings;
+    if (!options.rules.failOn) {
+        for (std::size_t i = 0; i < result.variables.size(); ++i) {
+            const std::string unreadable = UnreadableInWords(result.variables[i].newUncounted);
+            if (unreadable.empty()) continue;
+            warnings += fmt::format("accredit: {}: column \"{}\": {}\n", result.newName,
+                                    NameOf(result, i), unreadable);
+        }
     }
-    if (options.format != ReportFormat::OpenMetrics) return;
-    for (const std::string& rule : FailedRules(result, options.rules)) {
-        err << fmt::format("accredit: {}: failed: {}\n", result.newName, rule);
+    if (options.format == ReportFormat::OpenMetrics) {
+        for (const std::string& rule : FailedRules(result, options.rules)) {
+            warnings += fmt::format("accredit: {}: failed: {}\n", result.newName, rule);
+        }
     }
+    return warnings;
 }
 
 int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
@@ -88,13 +90,16 @@ int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
     const std::vector<CheckResult> results = Check(options, progress, interrupt);
     progress.Erase();
     interrupt.EndAtOnce();
-    if (page) page->Replace(HtmlReport(results, options));
-    Write(out, Report(results, options, screen));
+    std::string warnings;
     bool isBroken = false;
     for (const CheckResult& result : results) {
-        Warn(result, options, err);
+        warnings += Warnings(result, options);
         isBroken = isBroken || !FailedRules(result, options.rules).empty();
     }
+    const std::string report = Report(results, options, screen);
+    if (page) page->Replace(HtmlReport(results, options));
+    Write(out, report);
+    err << warnings;
     return isBroken ? ExitBroken : ExitPassed;
 }
 
@@ -112,14 +117,16 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
     interrupt.EndAtOnce();
     const std::string name = FileName(options.dataPath);
     const std::string document = DocumentOf(reference, name);
+    std::string warnings;
+    for (const std::string& warning : WarningsOf(reference)) {
+        warnings += fmt::format("accredit: {}: {}\n", name, warning);
+    }
     if (file) {
         file->Replace(document);
     } else {
         Write(out, document);
     }
-    for (const std::string& warning : WarningsOf(reference)) {
-        err << fmt::format("accredit: {}: {}\n", name, warning);
-    }
+    err << warnings;
     return ExitPassed;
 }
 

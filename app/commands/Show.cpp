@@ -198,13 +198,8 @@ std::string VariableLines(const Reference& reference, unsigned int slot) {
                     Plural(static_cast<double>(stats.GetNumberOfCases(slot)), "case", "cases"));
     heading += uncounted.missing ? fmt::format(", {} missing", *uncounted.missing)
                                  : std::string(", missing values not known");
-    if (uncounted.unreadable.value_or(0) > 0) {
-        heading += fmt::format(", {} unreadable", *uncounted.unreadable);
-        if (uncounted.firstUnreadableLine > 0) {
-            heading += fmt::format(" (the first \"{}\" on line {})", uncounted.firstUnreadableText,
-                                   uncounted.firstUnreadableLine);
-        }
-    }
+    const std::string unreadable = UnreadableInWords(uncounted);
+    if (!unreadable.empty()) heading += "; " + unreadable;
     return heading + "\n" +
            (categorical ? CategoryLines(reference, slot) : NumberLines(stats, slot));
 }

@@ -12,6 +12,8 @@
 #include "app/commands/Cells.h"
 #include "app/commands/FailRules.h"
 
+using MADocuments::UncountedData;
+
 namespace app {
 
 namespace {
@@ -308,6 +310,18 @@ std::string AccreditationInWords(const CheckResult& result, const FailRules& rul
     return because(untested->reason, isUntested);
 }
 
+std::string UnreadableInWords(const UncountedData& data) {
+    const std::uint64_t count = data.unreadable.value_or(0);
+    if (count == 0) return {};
+    std::string words =
+        count == 1 ? "1 cell is unreadable" : fmt::format("{} cells are unreadable", count);
+    if (data.firstUnreadableLine > 0) {
+        words += fmt::format(", the first \"{}\" on line {}", data.firstUnreadableText,
+                             data.firstUnreadableLine);
+    }
+    return words;
+}
+
 std::vector<std::string> NotesOn(const CheckResult& result, std::size_t variable) {
     const CheckedVariable& checked = result.variables[variable];
     std::vector<std::string> notes;
@@ -319,15 +333,8 @@ std::vector<std::string> NotesOn(const CheckResult& result, std::size_t variable
     if (!vanished.empty() && checked.newCases > 0) {
         notes.push_back("the new data lacks " + vanished);
     }
-    if (checked.newUncounted.unreadable.value_or(0) > 0) {
-        const std::uint64_t line = checked.newUncounted.firstUnreadableLine;
-        notes.push_back(fmt::format("{} unreadable cell{}", *checked.newUncounted.unreadable,
-                                    *checked.newUncounted.unreadable == 1 ? "" : "s"));
-        if (line > 0) {
-            notes.back() += fmt::format(", the first \"{}\" on line {}",
-                                        checked.newUncounted.firstUnreadableText, line);
-        }
-    }
+    const std::string unreadable = UnreadableInWords(checked.newUncounted);
+    if (!unreadable.empty()) notes.push_back(unreadable);
     const std::string crowded = CrowdedInWords(result, variable);
     if (!crowded.empty()) notes.push_back(crowded);
     return notes;

@@ -27,6 +27,10 @@ std::string CrowdedInWords(const MADistStats& stats, unsigned int slot);
 /// none.
 std::string AccreditationInWords(const CheckResult& result, const FailRules& rules);
 
+/// How many cells of a number column are no numbers, and the first of them; empty if there are
+/// none.
+std::string UnreadableInWords(const MADocuments::UncountedData& data);
+
 /// What else is to be known of a variable: categories that only one side has, unreadable cells, a
 /// crowded bin. One text each.
 std::vector<std::string> NotesOn(const CheckResult& result, std::size_t variable);
