@@ -119,4 +119,15 @@ std::size_t DisplayWidth(std::string_view text) {
     return width;
 }
 
+bool HasRightToLeft(std::string_view text) {
+    while (!text.empty()) {
+        const auto [code, length] = FirstCharacter(text);
+        text.remove_prefix(length);
+        if (code < 0x80) continue;
+        const auto direction = utf8proc_get_property(code)->bidi_class;
+        if (direction == UTF8PROC_BIDI_CLASS_R || direction == UTF8PROC_BIDI_CLASS_AL) return true;
+    }
+    return false;
+}
+
 }  // namespace app

@@ -32,4 +32,7 @@ Cluster FirstCluster(std::string_view text);
 /// needs no escaping.
 std::size_t DisplayWidth(std::string_view text);
 
+/// Whether a letter of the text belongs to a script that is written from right to left.
+bool HasRightToLeft(std::string_view text);
+
 }  // namespace app

@@ -1,10 +1,287 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+
+#include "app/base/HtmlText.h"
+#include "app/base/InputFile.h"
+#include "app/base/Printable.h"
+#include "app/commands/DistributionTable.h"
+#include "app/commands/PageStyle.h"
 #include "app/commands/Report.h"
+#include "app/commands/Words.h"
 
 namespace app {
 
-std::string HtmlReport(const std::vector<CheckResult>& /*results*/,
-                       const CheckOptions& /*options*/) {
-    return {};
+namespace {
+
+// A part of a page has a number if there are several, and its headings stand one level deeper.
+struct Part {
+    const CheckResult& result;
+    std::size_t number;  // from 1; 0 for the only one
+};
+
+std::string Heading(const Part& part, int level, const std::string& html) {
+    const int shown = part.number > 0 ? level + 1 : level;
+    return fmt::format("<h{0}>{1}</h{0}>\n", shown, html);
+}
+
+std::string Anchor(const Part& part, std::size_t variable) {
+    return part.number > 0 ? fmt::format("n{}v{}", part.number, variable + 1)
+                           : fmt::format("v{}", variable + 1);
+}
+
+std::string VerdictWords(MAVerdict verdict) {
+    return std::string(VerdictText(verdict)) + (IsChange(verdict) ? " change" : "");
+}
+
+std::string Fact(const char* term, const std::string& text) {
+    return fmt::format("<dt>{}<dd>{}\n", term, HtmlText(text));
+}
+
+std::string TestInWords(const MAChange& change) {
+    if (!change.test) return "not tested";
+    if (change.test->cells == 1) return "all in one cell";
+    std::string words = fmt::format(
+        "stability index {:.3f}, {} moved, p-value {}, adjusted {} (chi-square {:.4g}, {:.0f} "
+        "degree{} of freedom",
+        change.test->stabilityIndex, Percent(change.shareMoved), PValueText(change.test->pValue),
+        PValueText(change.adjustedPValue), change.test->statistic, change.test->degreesOfFreedom,
+        change.test->degreesOfFreedom == 1.0 ? "" : "s");
+    if (change.test->pooledCells > 0) {
+        words += fmt::format(", {} small cells as one", change.test->pooledCells);
+    }
+    return words + ")";
+}
+
+// Of missing or unreadable data.
+std::string UncountedInWords(const MAUncountedChange& change) {
+    if (!change.referenceShare) {
+        return change.newShare
+                   ? fmt::format("not known of the reference; {}", Percent(change.newShare))
+                   : "not known";
+    }
+    if (change.newShare && *change.referenceShare == 0.0 && *change.newShare == 0.0) return "none";
+    return fmt::format("{} -> {}; {}", Percent(change.referenceShare), Percent(change.newShare),
+                       TestInWords(change));
+}
+
+std::string FitInWords(const CheckedVariable& variable) {
+    std::string words = variable.pValue ? "p-value " + PValueText(variable.pValue) : "no p-value";
+    if (variable.pValue && variable.statistic && variable.degreesOfFreedom) {
+        words +=
+            fmt::format(" (chi-square {:.4g}, {:.0f} degree{} of freedom)", *variable.statistic,
+                        *variable.degreesOfFreedom, *variable.degreesOfFreedom == 1.0 ? "" : "s");
+    }
+    if (!variable.status.IsOK()) words += fmt::format(": {}", variable.status.GetMessage());
+    if (variable.weight != 1.0) words += fmt::format(", weight {:g}", variable.weight);
+    return words;
+}
+
+std::string FactsOf(const CheckedVariable& variable) {
+    const MAVariableComparison& comparison = variable.comparison;
+    std::string html = "<dl>\n";
+    html += Fact("Cases", fmt::format("{} -> {}", variable.referenceCases, variable.newCases));
+    html += Fact("Values", TestInWords(comparison.values));
+    if (comparison.meanShift) {
+        html += Fact("Mean", fmt::format("{:+.3g} standard deviations", *comparison.meanShift));
+    }
+    if (comparison.deviationRatio) {
+        html += Fact("Deviation", fmt::format("x {:.3g}", *comparison.deviationRatio));
+    }
+    html += Fact("Missing", UncountedInWords(comparison.missing));
+    if (variable.newUncounted.unreadable.value_or(0) > 0 ||
+        variable.referenceUncounted.unreadable.value_or(0) > 0) {
+        html += Fact("Unreadable", UncountedInWords(comparison.unreadable));
+    }
+    return html + Fact("Fit", FitInWords(variable)) + "</dl>\n";
+}
+
+std::string Capitalised(std::string text) {
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] -= 'a' - 'A';
+    return text;
+}
+
+// What stands below the name of a variable.
+std::string BodyOf(const CheckResult& result, std::size_t i) {
+    std::string html =
+        DistributionTable(result, i) + "<div class=facts>" + FactsOf(result.variables[i]);
+    const std::vector<std::string> notes = NotesOn(result, i);
+    if (!notes.empty()) {
+        html += "<ul>";
+        for (const std::string& note : notes) {
+            html += fmt::format("<li>{}\n", HtmlText(Capitalised(note)));
+        }
+        html += "</ul>";
+    }
+    return html + "</div>";
+}
+
+std::string Section(const Part& part, std::size_t i) {
+    const MAVerdict verdict = part.result.variables[i].comparison.verdict;
+    const std::string title = fmt::format("<bdi>{}</bdi> <b>{}</b>",
+                                          HtmlText(NameOf(part.result, i)), VerdictWords(verdict));
+    const std::string words = ChangeInWords(part.result, i);
+    return fmt::format("<section class=\"v {}\" id={}>\n{}<p>{}</p>\n{}</section>\n",
+                       IsChange(verdict) ? VerdictText(verdict) : "untested", Anchor(part, i),
+                       Heading(part, 3, title), HtmlText(Capitalised(words)),
+                       BodyOf(part.result, i));
+}
+
+std::string Folded(const Part& part, std::size_t i) {
+    const MAChange& values = part.result.variables[i].comparison.values;
+    std::string words = ChangeInWords(part.result, i);
+    if (words.empty() && values.test && values.test->cells > 1) {
+        words = fmt::format("stability index {:.3f}, adjusted p-value {}",
+                            values.test->stabilityIndex, PValueText(values.adjustedPValue));
+    }
+    return fmt::format(
+        "<details><summary><bdi>{}</bdi> <small>{}</small></summary>\n<div class=v>{}</div>"
+        "</details>\n",
+        HtmlText(NameOf(part.result, i)), HtmlText(words), BodyOf(part.result, i));
+}
+
+std::string Contents(const Part& part, const std::vector<std::size_t>& changed) {
+    if (changed.size() < 2) return {};
+    std::string html = "<nav aria-label=\"Changed variables\"><ol>\n";
+    for (const std::size_t i : changed) {
+        const CheckedVariable& variable = part.result.variables[i];
+        html +=
+            fmt::format("<li><a href=#{}><bdi>{}</bdi></a> {}\n", Anchor(part, i),
+                        HtmlText(NameOf(part.result, i)), VerdictText(variable.comparison.verdict));
+    }
+    return html + "</ol></nav>\n";
+}
+
+std::string AnswerOf(const Part& part, const CheckOptions& options) {
+    std::string html =
+        fmt::format("<p class=answer>{}</p>\n<p>{}.</p>\n", HtmlText(AnswerInWords(part.result)),
+                    HtmlText(AccreditationInWords(part.result)));
+    std::string rules;
+    for (const std::string& rule : FailedRules(part.result, options.rules)) {
+        rules += (rules.empty() ? "" : ", ") + rule;
+    }
+    if (!rules.empty()) {
+        html += fmt::format("<p class=failed><strong>Failed:</strong> {}</p>\n", HtmlText(rules));
+    }
+    return html;
+}
+
+std::string Variables(const Part& part) {
+    std::vector<std::size_t> changed;
+    std::vector<std::size_t> untested;
+    std::vector<std::size_t> unchanged;
+    for (const std::size_t i : BySize(part.result)) {
+        const MAVerdict verdict = part.result.variables[i].comparison.verdict;
+        auto& group = IsChange(verdict)                 ? changed
+                      : verdict == MAVerdict::NotTested ? untested
+                                                        : unchanged;
+        group.push_back(i);
+    }
+    std::string html;
+    if (!changed.empty()) html += Heading(part, 2, "What changed, most first");
+    html += Contents(part, changed);
+    for (const std::size_t i : changed) html += Section(part, i);
+    if (!untested.empty()) html += Heading(part, 2, "Not tested");
+    for (const std::size_t i : untested) html += Section(part, i);
+    if (!unchanged.empty()) html += Heading(part, 2, "What did not change");
+    for (const std::size_t i : unchanged) html += Folded(part, i);
+    return html;
+}
+
+constexpr const char* kLegend =
+    "<p class=legend>The length of a bar is the share of the cases: filled "
+    "<svg role=img aria-label=\"a filled bar\"><rect width=\"100%\" /></svg> in the reference, "
+    "outlined <svg role=img aria-label=\"an outlined bar\"><rect width=0 /><rect width=\"100%\" />"
+    "</svg> in the new data. The numbers beside are cases and shares.</p>\n";
+
+// What the figures of the page mean.
+std::string Glossary(double alpha) {
+    return fmt::format(
+        "<dl>\n"
+        "<dt>Change<dd>A difference that is more than chance: its adjusted p-value is below "
+        "{0:g}. Minor below a stability index of 0.1, major from 0.25, moderate between.\n"
+        "<dt>p-value<dd>How often chance alone makes a difference as large as this; adjusted for "
+        "the number of tests. Pearson&#39;s chi-square test of two samples.\n"
+        "<dt>Moved<dd>The share of the cases that would have to lie elsewhere to make one "
+        "distribution of the other.\n"
+        "<dt>Mean<dd>How far it moved, in standard deviations of the reference. Deviation: the new "
+        "one divided by the reference&#39;s.\n"
+        "<dt>Fit<dd>The test that the accreditation is the mean of. It takes the reference as "
+        "exact.\n"
+        "</dl>\n",
+        alpha);
+}
+
+std::string FileRow(const char* kind, const std::string& name,
+                    const MADocuments::Reference& summary) {
+    const MCApplicInfo4XML& made = summary.application;
+    std::string by = Shortened(made.name);
+    for (const std::string& more : {made.version, made.timestamp}) {
+        if (!more.empty()) by += (by.empty() ? "" : " ") + Shortened(more);
+    }
+    const std::optional<std::uint64_t> rows = RowCount(summary);
+    return fmt::format("<tr><th scope=row>{}<td><bdi>{}</bdi><td>{}<td>{}\n", kind, HtmlText(name),
+                       rows ? fmt::format("{}", *rows) : "not known",
+                       by.empty() ? "data" : HtmlText(by));
+}
+
+std::string Compared(const std::vector<CheckResult>& results, const std::string& referenceName,
+                     const CheckOptions& options, const MCApplicInfo4XML& run) {
+    std::string html =
+        "<h2>What was compared, and how</h2>\n<table class=f><caption>Files</caption><thead><tr>"
+        "<td><th scope=col>File<th scope=col>Rows<th scope=col>Made by<tbody>\n";
+    html += FileRow("Reference", referenceName, *results.front().reference);
+    for (const CheckResult& result : results) {
+        html += FileRow("New data", result.newName, result.newSummary);
+    }
+    return html +
+           fmt::format("</table>\n<p>Compared by {} {} at {}, alpha {:g}.</p>\n", run.name,
+                       run.version, run.timestamp, options.alpha) +
+           Glossary(options.alpha);
+}
+
+std::string Head(const std::string& title) {
+    // Nothing may be loaded, not even the icon that browsers ask a server for.
+    return fmt::format(
+        "<!DOCTYPE html>\n<html lang=en>\n<head>\n<meta charset=utf-8>\n"
+        "<meta http-equiv=Content-Security-Policy content=\"default-src 'none'; style-src "
+        "'unsafe-inline'; img-src data:\">\n"
+        "<meta name=viewport content=\"width=device-width, initial-scale=1\">\n"
+        "<link rel=icon href=\"data:,\">\n<title>{}</title>\n<style>{}</style>\n</head>\n",
+        HtmlText(title), kPageStyle);
+}
+
+}  // namespace
+
+std::string HtmlReport(const std::vector<CheckResult>& results, const CheckOptions& options,
+                       const MCApplicInfo4XML& run) {
+    const std::string referenceName = FileName(options.referencePath);
+    const bool isOne = results.size() == 1;
+    const std::string title = fmt::format(
+        "{} compared with {}",
+        isOne ? results.front().newName : fmt::format("{} files", results.size()), referenceName);
+    std::string html = Head(title) + fmt::format("<body>\n<main>\n<h1>{}</h1>\n", HtmlText(title));
+    if (isOne) {
+        const Part part{results.front(), 0};
+        html += AnswerOf(part, options) + kLegend + Variables(part);
+    } else {
+        html += "<nav aria-label=\"New files\"><ul>\n";
+        for (std::size_t n = 1; n <= results.size(); ++n) {
+            html += fmt::format("<li><a href=#n{}><bdi>{}</bdi></a>: {}\n", n,
+                                HtmlText(results[n - 1].newName),
+                                HtmlText(AnswerInWords(results[n - 1])));
+        }
+        html += std::string("</ul></nav>\n") + kLegend;
+        for (std::size_t n = 1; n <= results.size(); ++n) {
+            const Part part{results[n - 1], n};
+            html += fmt::format("<section class=part id=n{}>\n<h2><bdi>{}</bdi></h2>\n", n,
+                                HtmlText(part.result.newName)) +
+                    AnswerOf(part, options) + Variables(part) + "</section>\n";
+        }
+    }
+    return html + Compared(results, referenceName, options, run) + "</main>\n</body>\n</html>\n";
 }
 
 }  // namespace app

@@ -1,9 +1,6 @@
 #include "app/commands/Learn.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
-
-#include <chrono>
 
 #include "accredit/diststats/MAProblems.h"
 #include "accredit/documents/Reference.h"
@@ -11,6 +8,7 @@
 #include "app/base/InputFile.h"
 #include "app/base/Printable.h"
 #include "app/commands/ReferenceFile.h"
+#include "app/commands/ThisProgram.h"
 #include "app/commands/Words.h"
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
@@ -23,12 +21,6 @@ using MCMTD_NAMESPACE::MCVarList;
 namespace app {
 
 namespace {
-
-MCApplicInfo4XML ThisProgram() {
-    const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    return {"accredit", ACCREDIT_VERSION,
-            fmt::format("{:%Y-%m-%d %H:%M:%S} GMT +00:00", fmt::gmtime(now))};
-}
 
 constexpr const char* kNotText = "a text with control characters or bytes that are not UTF-8";
 

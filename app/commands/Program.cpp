@@ -22,6 +22,7 @@
 #include "app/commands/Options.h"
 #include "app/commands/ReferenceFile.h"
 #include "app/commands/Report.h"
+#include "app/commands/ThisProgram.h"
 #include "app/commands/Words.h"
 
 namespace app {
@@ -97,7 +98,7 @@ int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
         isBroken = isBroken || !FailedRules(result, options.rules).empty();
     }
     const std::string report = Report(results, options, screen);
-    if (page) page->Replace(HtmlReport(results, options));
+    if (page) page->Replace(HtmlReport(results, options, ThisProgram()));
     Write(out, report);
     err << warnings;
     return isBroken ? ExitBroken : ExitPassed;

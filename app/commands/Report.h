@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "accredit/host/MCApplicInfo4XML.h"
 #include "app/base/Screen.h"
 #include "app/commands/Check.h"
 #include "app/commands/Comparison.h"
@@ -22,7 +23,10 @@ std::string JsonReport(const std::vector<CheckResult>& results, const CheckOptio
 /// The figures as OpenMetrics text, which a monitoring system collects.
 std::string OpenMetricsReport(const std::vector<CheckResult>& results, const CheckOptions& options);
 
-/// A page for a browser that holds all it needs.
-std::string HtmlReport(const std::vector<CheckResult>& results, const CheckOptions& options);
+/// A page for a browser that holds all it needs and runs no script: one part a result, the
+/// variables that changed most first, each with both distributions over each other. `run` is the
+/// program that made it and the time. Names are escaped; see ShownName and HtmlText.
+std::string HtmlReport(const std::vector<CheckResult>& results, const CheckOptions& options,
+                       const MCApplicInfo4XML& run);
 
 }  // namespace app

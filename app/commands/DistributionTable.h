@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "app/commands/Comparison.h"
+
+namespace app {
+
+/// A table for a page with both distributions of a variable: a row a bin, lowest first, or a
+/// category, the largest first, with the bars of both shares over each other on one scale and the
+/// cases and shares as text. Of more categories than kNamedCategories the rest is one row, but the
+/// one that changed most has its own; neighbours of so many bins share a row. Empty for a variable
+/// without cells.
+std::string DistributionTable(const CheckResult& result, std::size_t variable);
+
+}  // namespace app
