@@ -19,7 +19,7 @@ std::string HtmlText(std::string_view text) {
                 html += "&gt;";
                 break;
             case '"':
-                html += hasRightToLeft ? "&quot;&lrm;" : "&quot;";
+                html += hasRightToLeft ? "\"&lrm;" : "\"";
                 break;
             default:
                 html += byte;

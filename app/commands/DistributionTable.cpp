@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <numeric>
+#include <optional>
 #include <vector>
 
 #include "app/base/HtmlText.h"
@@ -20,9 +22,12 @@ struct Row {
     std::string name;  // as HTML
     double referenceCount = 0.0;
     double newCount = 0.0;
+    double referenceShare = 0.0;
+    double newShare = 0.0;
 };
 
 // One row more than there are names: a single remaining category needs no row for the rest.
+constexpr std::size_t kNamedCategories = 20;
 constexpr std::size_t kRows = kNamedCategories + 1;
 
 std::vector<Row> BinRows(const CheckResult& result, std::size_t variable) {
@@ -74,7 +79,7 @@ std::vector<Row> CategoryRows(const CheckResult& result, std::size_t variable) {
         rows.push_back({HtmlText(CellName(cell)) + mark, cell.referenceCount, cell.newCount});
     }
     if (end == order.end()) return rows;
-    Row others{fmt::format("{} others", order.end() - end)};
+    Row others{fmt::format("<i>{} others</i>", order.end() - end)};
     for (auto i = end; i != order.end(); ++i) {
         others.referenceCount += cells.reference[*i];
         others.newCount += cells.observed[*i];
@@ -95,43 +100,66 @@ std::string CountText(double count) {
                                                           : fmt::format("{:.4g}", count);
 }
 
+// As short as can be, since a page has thousands of them.
 std::string Bar(double share, double scale) {
     const double percent = 100.0 * share / scale;
-    return fmt::format("<rect width={:.{}f}% />", percent, percent < 9.95 ? 1 : 0);
+    return fmt::format("<line x2={:.{}f}% />", percent, percent < 0.95 ? 1 : 0);
+}
+
+// The missing or unreadable data, whose shares are of all rows; nothing without any or if they are
+// not known of both sides.
+std::optional<Row> UncountedRow(const char* name, const MAUncountedChange& change,
+                                std::optional<std::uint64_t> referenceCount,
+                                std::optional<std::uint64_t> newCount) {
+    if (!change.referenceShare || !change.newShare || *referenceCount + *newCount == 0) return {};
+    return Row{fmt::format("<i>{}, of all rows</i>", name), static_cast<double>(*referenceCount),
+               static_cast<double>(*newCount), *change.referenceShare, *change.newShare};
+}
+
+std::vector<Row> RowsOf(const CheckResult& result, std::size_t variable) {
+    const CheckedVariable& checked = result.variables[variable];
+    const MAVariableComparison& comparison = checked.comparison;
+    std::vector<Row> rows =
+        checked.categorical ? CategoryRows(result, variable) : BinRows(result, variable);
+    const double referenceSum = Sum(comparison.cells.reference);
+    const double newSum = Sum(comparison.cells.observed);
+    for (Row& row : rows) {
+        row.referenceShare = Share(row.referenceCount, referenceSum);
+        row.newShare = Share(row.newCount, newSum);
+    }
+    const MADocuments::UncountedData& reference = checked.referenceUncounted;
+    const MADocuments::UncountedData& observed = checked.newUncounted;
+    for (const std::optional<Row>& row :
+         {UncountedRow("missing", comparison.missing, reference.missing, observed.missing),
+          UncountedRow("unreadable", comparison.unreadable, reference.unreadable,
+                       observed.unreadable)}) {
+        if (row) rows.push_back(*row);
+    }
+    return rows;
 }
 
 }  // namespace
 
 std::string DistributionTable(const CheckResult& result, std::size_t variable) {
     const CheckedVariable& checked = result.variables[variable];
-    const MACells& cells = checked.comparison.cells;
-    if (cells.reference.empty()) return {};
-    const std::vector<Row> rows =
-        checked.categorical ? CategoryRows(result, variable) : BinRows(result, variable);
-    const double referenceSum = Sum(cells.reference);
-    const double newSum = Sum(cells.observed);
+    if (checked.comparison.cells.reference.empty()) return {};
+    const std::vector<Row> rows = RowsOf(result, variable);
     double largest = 0.0;
-    for (const Row& row : rows) {
-        largest = std::max(
-            {largest, Share(row.referenceCount, referenceSum), Share(row.newCount, newSum)});
-    }
+    for (const Row& row : rows) largest = std::max({largest, row.referenceShare, row.newShare});
     const double scale = ScaleFor(largest);
     std::string html;
     const auto out = std::back_inserter(html);
     // The bars say nothing that the numbers do not, so a screen reader passes over them.
     fmt::format_to(out,
-                   "<table class=d><caption>Cases of {}</caption><thead><tr><th scope=col>{}"
-                   "<td inert>0<b>{:.0f} %</b><th scope=col colspan=2>Reference"
-                   "<th scope=col colspan=2>New data<tbody>\n",
+                   "<table><caption>{}</caption><tr><th>{} <u>0<b> to {:.0f}%</b></u>"
+                   "<th colspan=2>Reference<th colspan=2>New\n",
                    HtmlText(NameOf(result, variable)), checked.categorical ? "Category" : "Value",
                    100.0 * scale);
     for (const Row& row : rows) {
-        const double reference = Share(row.referenceCount, referenceSum);
-        const double observed = Share(row.newCount, newSum);
-        fmt::format_to(out, "<tr><th>{}<td inert><svg>{}{}</svg><td>{}<td>{}<td>{}<td>{}\n",
-                       row.name, Bar(reference, scale), Bar(observed, scale),
-                       CountText(row.referenceCount), Percent(reference), CountText(row.newCount),
-                       Percent(observed));
+        fmt::format_to(out, "<tr><th>{}<svg role=none>{}{}</svg><td>{}<td>{}<td>{}<td>{}\n",
+                       row.name, Bar(row.referenceShare, scale), Bar(row.newShare, scale),
+                       CountText(row.referenceCount), HtmlText(Percent(row.referenceShare)),
+                       CountText(row.newCount), HtmlText(Percent(row.newShare)));
     }
     return html + "</table>\n";
 }

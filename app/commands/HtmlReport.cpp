@@ -43,16 +43,9 @@ std::string Fact(const char* term, const std::string& text) {
 std::string TestInWords(const MAChange& change) {
     if (!change.test) return "not tested";
     if (change.test->cells == 1) return "all in one cell";
-    std::string words = fmt::format(
-        "stability index {:.3f}, {} moved, p-value {}, adjusted {} (chi-square {:.4g}, {:.0f} "
-        "degree{} of freedom",
-        change.test->stabilityIndex, Percent(change.shareMoved), PValueText(change.test->pValue),
-        PValueText(change.adjustedPValue), change.test->statistic, change.test->degreesOfFreedom,
-        change.test->degreesOfFreedom == 1.0 ? "" : "s");
-    if (change.test->pooledCells > 0) {
-        words += fmt::format(", {} small cells as one", change.test->pooledCells);
-    }
-    return words + ")";
+    return fmt::format("stability index {:.3f}, {} moved, p {}, adjusted {}",
+                       change.test->stabilityIndex, Percent(change.shareMoved),
+                       PValueText(change.test->pValue), PValueText(change.adjustedPValue));
 }
 
 // Of missing or unreadable data.
@@ -68,12 +61,7 @@ std::string UncountedInWords(const MAUncountedChange& change) {
 }
 
 std::string FitInWords(const CheckedVariable& variable) {
-    std::string words = variable.pValue ? "p-value " + PValueText(variable.pValue) : "no p-value";
-    if (variable.pValue && variable.statistic && variable.degreesOfFreedom) {
-        words +=
-            fmt::format(" (chi-square {:.4g}, {:.0f} degree{} of freedom)", *variable.statistic,
-                        *variable.degreesOfFreedom, *variable.degreesOfFreedom == 1.0 ? "" : "s");
-    }
+    std::string words = variable.pValue ? "p " + PValueText(variable.pValue) : "no p";
     if (!variable.status.IsOK()) words += fmt::format(": {}", variable.status.GetMessage());
     if (variable.weight != 1.0) words += fmt::format(", weight {:g}", variable.weight);
     return words;
@@ -84,12 +72,8 @@ std::string FactsOf(const CheckedVariable& variable) {
     std::string html = "<dl>\n";
     html += Fact("Cases", fmt::format("{} -> {}", variable.referenceCases, variable.newCases));
     html += Fact("Values", TestInWords(comparison.values));
-    if (comparison.meanShift) {
-        html += Fact("Mean", fmt::format("{:+.3g} standard deviations", *comparison.meanShift));
-    }
-    if (comparison.deviationRatio) {
-        html += Fact("Deviation", fmt::format("x {:.3g}", *comparison.deviationRatio));
-    }
+    const std::string moments = MomentsInWords(comparison);
+    if (!moments.empty()) html += Fact("Moments", moments);
     html += Fact("Missing", UncountedInWords(comparison.missing));
     if (variable.newUncounted.unreadable.value_or(0) > 0 ||
         variable.referenceUncounted.unreadable.value_or(0) > 0) {
@@ -113,9 +97,9 @@ std::string BodyOf(const CheckResult& result, std::size_t i) {
         for (const std::string& note : notes) {
             html += fmt::format("<li>{}\n", HtmlText(Capitalised(note)));
         }
-        html += "</ul>";
+        html += "</ul>\n";
     }
-    return html + "</div>";
+    return html;
 }
 
 std::string Section(const Part& part, std::size_t i) {
@@ -133,8 +117,7 @@ std::string Folded(const Part& part, std::size_t i) {
     const MAChange& values = part.result.variables[i].comparison.values;
     std::string words = ChangeInWords(part.result, i);
     if (words.empty() && values.test && values.test->cells > 1) {
-        words = fmt::format("stability index {:.3f}, adjusted p-value {}",
-                            values.test->stabilityIndex, PValueText(values.adjustedPValue));
+        words = fmt::format("stability index {:.3f}", values.test->stabilityIndex);
     }
     return fmt::format(
         "<details><summary><bdi>{}</bdi> <small>{}</small></summary>\n<div class=v>{}</div>"
@@ -157,7 +140,7 @@ std::string Contents(const Part& part, const std::vector<std::size_t>& changed) 
 std::string AnswerOf(const Part& part, const CheckOptions& options) {
     std::string html =
         fmt::format("<p class=answer>{}</p>\n<p>{}.</p>\n", HtmlText(AnswerInWords(part.result)),
-                    HtmlText(AccreditationInWords(part.result)));
+                    HtmlText(AccreditationInWords(part.result, options.rules)));
     std::string rules;
     for (const std::string& rule : FailedRules(part.result, options.rules)) {
         rules += (rules.empty() ? "" : ", ") + rule;
@@ -180,7 +163,7 @@ std::string Variables(const Part& part) {
         group.push_back(i);
     }
     std::string html;
-    if (!changed.empty()) html += Heading(part, 2, "What changed, most first");
+    if (!changed.empty()) html += Heading(part, 2, "What changed, largest first");
     html += Contents(part, changed);
     for (const std::size_t i : changed) html += Section(part, i);
     if (!untested.empty()) html += Heading(part, 2, "Not tested");
@@ -191,24 +174,26 @@ std::string Variables(const Part& part) {
 }
 
 constexpr const char* kLegend =
-    "<p class=legend>The length of a bar is the share of the cases: filled "
-    "<svg role=img aria-label=\"a filled bar\"><rect width=\"100%\" /></svg> in the reference, "
-    "outlined <svg role=img aria-label=\"an outlined bar\"><rect width=0 /><rect width=\"100%\" />"
-    "</svg> in the new data. The numbers beside are cases and shares.</p>\n";
+    "<p class=legend>The length of a bar is the share of the cases, "
+    "<svg role=img aria-label=\"a wide pale bar\"><line x2=\"100%\" /></svg> in the reference and "
+    "<svg role=img aria-label=\"a narrow dark bar\"><line /><line x2=\"100%\" /></svg> in the new "
+    "data. Beside them stand the cases and their "
+    "shares.</p>\n";
 
 // What the figures of the page mean.
 std::string Glossary(double alpha) {
     return fmt::format(
         "<dl>\n"
-        "<dt>Change<dd>A difference that is more than chance: its adjusted p-value is below "
-        "{0:g}. Minor below a stability index of 0.1, major from 0.25, moderate between.\n"
-        "<dt>p-value<dd>How often chance alone makes a difference as large as this; adjusted for "
-        "the number of tests. Pearson&#39;s chi-square test of two samples.\n"
+        "<dt>Change<dd>A difference that is more than chance: its adjusted p is below {0:g}. Minor "
+        "below a stability index of 0.1, major from 0.25, moderate between.\n"
+        "<dt>p<dd>How often chance alone makes a difference as large as this or larger, by the "
+        "chi-square test of two samples; then adjusted for the number of tests.\n"
+        "<dt>Stability index<dd>The size of a difference, 0 if there is none.\n"
         "<dt>Moved<dd>The share of the cases that would have to lie elsewhere to make one "
         "distribution of the other.\n"
-        "<dt>Mean<dd>How far it moved, in standard deviations of the reference. Deviation: the new "
-        "one divided by the reference&#39;s.\n"
-        "<dt>Fit<dd>The test that the accreditation is the mean of. It takes the reference as "
+        "<dt>Moments<dd>How far the mean moved, in standard deviations (sd) of the reference, and "
+        "how many times its deviation the new one is.\n"
+        "<dt>Fit<dd>The test that the accreditation is the mean of; it takes the reference as "
         "exact.\n"
         "</dl>\n",
         alpha);
@@ -217,21 +202,21 @@ std::string Glossary(double alpha) {
 std::string FileRow(const char* kind, const std::string& name,
                     const MADocuments::Reference& summary) {
     const MCApplicInfo4XML& made = summary.application;
-    std::string by = Shortened(made.name);
-    for (const std::string& more : {made.version, made.timestamp}) {
-        if (!more.empty()) by += (by.empty() ? "" : " ") + Shortened(more);
+    std::string by;
+    for (const std::string& part : {made.name, made.version, made.timestamp}) {
+        if (!part.empty()) by += (by.empty() ? "" : " ") + Shortened(part);
     }
     const std::optional<std::uint64_t> rows = RowCount(summary);
-    return fmt::format("<tr><th scope=row>{}<td><bdi>{}</bdi><td>{}<td>{}\n", kind, HtmlText(name),
+    return fmt::format("<tr><th>{}<td><bdi>{}</bdi><td>{}<td>{}\n", kind, HtmlText(name),
                        rows ? fmt::format("{}", *rows) : "not known",
-                       by.empty() ? "data" : HtmlText(by));
+                       by.empty() ? "in this run" : HtmlText(by));
 }
 
 std::string Compared(const std::vector<CheckResult>& results, const std::string& referenceName,
                      const CheckOptions& options, const MCApplicInfo4XML& run) {
     std::string html =
-        "<h2>What was compared, and how</h2>\n<table class=f><caption>Files</caption><thead><tr>"
-        "<td><th scope=col>File<th scope=col>Rows<th scope=col>Made by<tbody>\n";
+        "<h2>What was compared, and how</h2>\n<table><caption>Files</caption><tr>"
+        "<th>Role<th>File<th>Rows<th>Summarised\n";
     html += FileRow("Reference", referenceName, *results.front().reference);
     for (const CheckResult& result : results) {
         html += FileRow("New data", result.newName, result.newSummary);

@@ -72,19 +72,6 @@ std::vector<std::size_t> Those(const CheckResult& result, Wanted wanted) {
 
 std::string Signed(double number) { return fmt::format("{:+.3g}", number); }
 
-// How the mean and the deviation of a number changed; empty where nothing is known of them.
-std::string MomentsInWords(const MAVariableComparison& comparison) {
-    std::string words;
-    if (comparison.meanShift) {
-        words = fmt::format("mean {} sd", Signed(*comparison.meanShift));
-    }
-    if (comparison.deviationRatio) {
-        words += fmt::format("{}deviation x {:.3g}", words.empty() ? "" : ", ",
-                             *comparison.deviationRatio);
-    }
-    return words;
-}
-
 std::string ValuesInWords(const CheckResult& result, std::size_t variable) {
     const MAVariableComparison& comparison = result.variables[variable].comparison;
     std::string words;
@@ -149,6 +136,18 @@ std::string OneSidedInWords(const CheckResult& result, std::size_t variable,
 }
 
 }  // namespace
+
+std::string MomentsInWords(const MAVariableComparison& comparison) {
+    std::string words;
+    if (comparison.meanShift) {
+        words = fmt::format("mean {} sd", Signed(*comparison.meanShift));
+    }
+    if (comparison.deviationRatio) {
+        words += fmt::format("{}deviation x {:.3g}", words.empty() ? "" : ", ",
+                             *comparison.deviationRatio);
+    }
+    return words;
+}
 
 bool IsChange(MAVerdict verdict) {
     return verdict != MAVerdict::Unchanged && verdict != MAVerdict::NotTested;

@@ -23,6 +23,9 @@ std::string CrowdedInWords(const CheckResult& result, std::size_t variable);
 /// The same of any summary's slot, without anything to be compared with.
 std::string CrowdedInWords(const MADistStats& stats, unsigned int slot);
 
+/// How the mean and the deviation of a number changed; empty where nothing is known of them.
+std::string MomentsInWords(const MAVariableComparison& comparison);
+
 /// The accreditation in a sentence, with the digits that tell it from the bound, or why there is
 /// none.
 std::string AccreditationInWords(const CheckResult& result, const FailRules& rules);
