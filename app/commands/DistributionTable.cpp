@@ -103,6 +103,7 @@ std::string CountText(double count) {
 // As short as can be, since a page has thousands of them.
 std::string Bar(double share, double scale) {
     const double percent = 100.0 * share / scale;
+    if (percent < 0.05) return "<line />";
     return fmt::format("<line x2={:.{}f}% />", percent, percent < 0.95 ? 1 : 0);
 }
 

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstddef>
-#include <iterator>
+#include <cstdint>
+#include <optional>
 
 #include "app/base/HtmlText.h"
 #include "app/base/InputFile.h"
@@ -10,6 +10,7 @@
 #include "app/commands/DistributionTable.h"
 #include "app/commands/PageStyle.h"
 #include "app/commands/Report.h"
+#include "app/commands/VariableFacts.h"
 #include "app/commands/Words.h"
 
 namespace app {
@@ -36,72 +37,6 @@ std::string VerdictWords(MAVerdict verdict) {
     return std::string(VerdictText(verdict)) + (IsChange(verdict) ? " change" : "");
 }
 
-std::string Fact(const char* term, const std::string& text) {
-    return fmt::format("<dt>{}<dd>{}\n", term, HtmlText(text));
-}
-
-std::string TestInWords(const MAChange& change) {
-    if (!change.test) return "not tested";
-    if (change.test->cells == 1) return "all in one cell";
-    return fmt::format("stability index {:.3f}, {} moved, p {}, adjusted {}",
-                       change.test->stabilityIndex, Percent(change.shareMoved),
-                       PValueText(change.test->pValue), PValueText(change.adjustedPValue));
-}
-
-// Of missing or unreadable data.
-std::string UncountedInWords(const MAUncountedChange& change) {
-    if (!change.referenceShare) {
-        return change.newShare
-                   ? fmt::format("not known of the reference; {}", Percent(change.newShare))
-                   : "not known";
-    }
-    if (change.newShare && *change.referenceShare == 0.0 && *change.newShare == 0.0) return "none";
-    return fmt::format("{} -> {}; {}", Percent(change.referenceShare), Percent(change.newShare),
-                       TestInWords(change));
-}
-
-std::string FitInWords(const CheckedVariable& variable) {
-    std::string words = variable.pValue ? "p " + PValueText(variable.pValue) : "no p";
-    if (!variable.status.IsOK()) words += fmt::format(": {}", variable.status.GetMessage());
-    if (variable.weight != 1.0) words += fmt::format(", weight {:g}", variable.weight);
-    return words;
-}
-
-std::string FactsOf(const CheckedVariable& variable) {
-    const MAVariableComparison& comparison = variable.comparison;
-    std::string html = "<dl>\n";
-    html += Fact("Cases", fmt::format("{} -> {}", variable.referenceCases, variable.newCases));
-    html += Fact("Values", TestInWords(comparison.values));
-    const std::string moments = MomentsInWords(comparison);
-    if (!moments.empty()) html += Fact("Moments", moments);
-    html += Fact("Missing", UncountedInWords(comparison.missing));
-    if (variable.newUncounted.unreadable.value_or(0) > 0 ||
-        variable.referenceUncounted.unreadable.value_or(0) > 0) {
-        html += Fact("Unreadable", UncountedInWords(comparison.unreadable));
-    }
-    return html + Fact("Fit", FitInWords(variable)) + "</dl>\n";
-}
-
-std::string Capitalised(std::string text) {
-    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] -= 'a' - 'A';
-    return text;
-}
-
-// What stands below the name of a variable.
-std::string BodyOf(const CheckResult& result, std::size_t i) {
-    std::string html =
-        DistributionTable(result, i) + "<div class=facts>" + FactsOf(result.variables[i]);
-    const std::vector<std::string> notes = NotesOn(result, i);
-    if (!notes.empty()) {
-        html += "<ul>";
-        for (const std::string& note : notes) {
-            html += fmt::format("<li>{}\n", HtmlText(Capitalised(note)));
-        }
-        html += "</ul>\n";
-    }
-    return html;
-}
-
 std::string Section(const Part& part, std::size_t i) {
     const MAVerdict verdict = part.result.variables[i].comparison.verdict;
     const std::string title = fmt::format("<bdi>{}</bdi> <b>{}</b>",
@@ -109,8 +44,8 @@ std::string Section(const Part& part, std::size_t i) {
     const std::string words = ChangeInWords(part.result, i);
     return fmt::format("<section class=\"v {}\" id={}>\n{}<p>{}</p>\n{}</section>\n",
                        IsChange(verdict) ? VerdictText(verdict) : "untested", Anchor(part, i),
-                       Heading(part, 3, title), HtmlText(Capitalised(words)),
-                       BodyOf(part.result, i));
+                       Heading(part, 3, title), HtmlText(Sentence(words)),
+                       DistributionTable(part.result, i) + VariableFacts(part.result, i));
 }
 
 std::string Folded(const Part& part, std::size_t i) {
@@ -122,7 +57,8 @@ std::string Folded(const Part& part, std::size_t i) {
     return fmt::format(
         "<details><summary><bdi>{}</bdi> <small>{}</small></summary>\n<div class=v>{}</div>"
         "</details>\n",
-        HtmlText(NameOf(part.result, i)), HtmlText(words), BodyOf(part.result, i));
+        HtmlText(NameOf(part.result, i)), HtmlText(words),
+        DistributionTable(part.result, i) + VariableFacts(part.result, i));
 }
 
 std::string Contents(const Part& part, const std::vector<std::size_t>& changed) {
@@ -175,8 +111,8 @@ std::string Variables(const Part& part) {
 
 constexpr const char* kLegend =
     "<p class=legend>The length of a bar is the share of the cases, "
-    "<svg role=img aria-label=\"a wide pale bar\"><line x2=\"100%\" /></svg> in the reference and "
-    "<svg role=img aria-label=\"a narrow dark bar\"><line /><line x2=\"100%\" /></svg> in the new "
+    "<svg role=img aria-label=\"a wide bar\"><line x2=\"100%\" /></svg> in the reference and "
+    "<svg role=img aria-label=\"a narrow bar\"><line /><line x2=\"100%\" /></svg> in the new "
     "data. Beside them stand the cases and their "
     "shares.</p>\n";
 

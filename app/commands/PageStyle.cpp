@@ -8,13 +8,13 @@ const char* const kPageStyle = R"(
 :root {
   color-scheme: light dark;
   --back: #fff; --text: #1c2126; --soft: #535c66; --line: #d5dbe1; --shade: #f4f6f8;
-  --reference: #86a8cf; --new: #a64400; --link: #0b57a4;
+  --reference: #6f97c4; --new: #7a2e00; --link: #0b57a4;
   --major: #a9201a; --moderate: #855400; --minor: #0b57a4;
 }
 @media (prefers-color-scheme: dark) {
   :root {
     --back: #14181d; --text: #e4e8ec; --soft: #a3adb8; --line: #38414b; --shade: #1d2329;
-    --reference: #466a94; --new: #ffac5e; --link: #8abfff;
+    --reference: #4a6f9b; --new: #ffb870; --link: #8abfff;
     --major: #ff9189; --moderate: #edb95a; --minor: #8abfff;
   }
 }
@@ -84,7 +84,7 @@ small { font-size: .875rem; color: var(--soft); margin-left: .5rem }
   :root {
     color-scheme: light;
     --back: #fff; --text: #000; --soft: #444; --line: #bbb; --shade: #fff;
-    --reference: #bbb; --new: #000; --link: #000; --major: #000; --moderate: #000; --minor: #000;
+    --reference: #949494; --new: #000; --link: #000; --major: #000; --moderate: #000; --minor: #000;
   }
   main { max-width: none; padding: 0 }
   body { font-size: 10pt }

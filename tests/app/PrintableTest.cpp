@@ -12,6 +12,7 @@
 
 #include "Folder.h"
 #include "app/base/Characters.h"
+#include "app/base/HtmlText.h"
 #include "app/base/JsonText.h"
 #include "app/base/ShellText.h"
 #include "fakes/Repeats.h"
@@ -23,6 +24,8 @@ TABLE_TEST(Printable, EscapesWhatCouldNotBeSeen, 4) {
     EXPECT_EQ(app::JsonText(row.Text(0)), row.Text(2));
     EXPECT_EQ(app::ShellQuoted(row.Text(0)), row.Text(3));
 }
+
+TABLE_TEST(Printable, IsEscapedForAPage, 2) { EXPECT_EQ(app::HtmlText(row.Text(0)), row.Text(1)); }
 
 TABLE_TEST(Printable, CutsToWhatAPersonReads, 3) {
     EXPECT_EQ(app::Shortened(row.Text(0)), row.Text(1));
