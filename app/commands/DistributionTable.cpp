@@ -51,7 +51,10 @@ double Sum(const std::vector<double>& counts) {
     return std::accumulate(counts.begin(), counts.end(), 0.0);
 }
 
-double Share(double count, double sum) { return sum > 0.0 ? count / sum : 0.0; }
+// Frequencies that overflow have no shares.
+double Share(double count, double sum) {
+    return sum > 0.0 && std::isfinite(sum) ? count / sum : 0.0;
+}
 
 std::vector<Row> CategoryRows(const CheckResult& result, std::size_t variable) {
     const MAVariableComparison& comparison = result.variables[variable].comparison;

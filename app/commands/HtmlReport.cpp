@@ -151,7 +151,7 @@ std::string FileRow(const char* kind, const std::string& name,
 std::string Compared(const std::vector<CheckResult>& results, const std::string& referenceName,
                      const CheckOptions& options, const MCApplicInfo4XML& run) {
     std::string html =
-        "<h2>What was compared, and how</h2>\n<table><caption>Files</caption><tr>"
+        "<h2>What was compared, and how</h2>\n<table class=files><caption>Files</caption><tr>"
         "<th>Role<th>File<th>Rows<th>Summarised\n";
     html += FileRow("Reference", referenceName, *results.front().reference);
     for (const CheckResult& result : results) {

@@ -57,6 +57,8 @@ svg { display: block; width: 100%; height: 1.1em; margin: .1em 0; overflow: visi
 .legend svg { display: inline-block; width: 2.5em; margin: 0 .25em; vertical-align: -.2em }
 line { stroke: var(--reference); stroke-width: 1.1em; transform: translateY(.55em) }
 line + line { stroke: var(--new); stroke-width: .4em }
+.files { overflow-wrap: break-word }
+.files bdi { overflow-wrap: anywhere }
 dl { margin: .75rem 0; font-size: .875rem; line-height: 1.4; display: grid; grid-template-columns: max-content 1fr; gap: .125rem .75rem }
 dt { color: var(--soft) }
 dd { margin: 0 }

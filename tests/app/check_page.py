@@ -20,7 +20,7 @@ TIMEOUT = 60.0
 # Every line of text and every drawing with its place, without what only a screen reader sees.
 FINDINGS = r"""(() => {
   for (const folded of document.querySelectorAll('details')) folded.open = true;
-  const boxes = [];
+  const boxes = [], broken = [];
   const add = (rect, what) => {
     if (rect.width > 0 && rect.height > 0)
       boxes.push([rect.left, rect.top, rect.right, rect.bottom, what.trim().slice(0, 40)]);
@@ -30,7 +30,9 @@ FINDINGS = r"""(() => {
     if (!node.data.trim() || node.parentElement.closest('caption')) continue;
     const range = document.createRange();
     range.selectNodeContents(node);
-    for (const rect of range.getClientRects()) add(rect, node.data);
+    const lines = [...range.getClientRects()].filter(rect => rect.width > 0);
+    for (const rect of lines) add(rect, node.data);
+    if (lines.length > 1 && /^[\w%]{1,12}$/.test(node.data.trim())) broken.push(node.data);
   }
   for (const svg of document.querySelectorAll('svg')) add(svg.getBoundingClientRect(), 'a drawing');
   for (const line of document.querySelectorAll('line')) {
@@ -41,6 +43,7 @@ FINDINGS = r"""(() => {
   const text = (node, selector) => node.querySelector(selector)?.textContent ?? null;
   return {
     boxes,
+    broken,
     width: document.documentElement.clientWidth,
     scrolled: document.documentElement.scrollWidth,
     bars: document.querySelectorAll('line').length,
@@ -179,6 +182,8 @@ def complaints(findings, events, url):
             yield f"\"{what}\" reaches over the edge"
         if what == "a bar over the edge":
             yield what
+    for word in findings["broken"]:
+        yield f"\"{word}\" is broken in two"
     for pair in overlaps(findings["boxes"]):
         yield f"overlap of {pair}"
 
@@ -187,6 +192,7 @@ FAULTS = {
     "the page is": "document.querySelector('.answer').style.minWidth = '2000px'",
     "overlap of": "document.querySelector('.answer').style.marginBottom = '-30px'",
     "reaches over": "document.querySelector('h1').style.textIndent = '-200px'",
+    "is broken": "document.querySelector('dt').style.width = '9px'",
     "the console": "console.info('!')",
     "is loaded": "new Image().src = 'file:///x.png'",
     "a bar over": "document.querySelector('line').setAttribute('x2', '120%')",
@@ -260,7 +266,8 @@ def content(findings, checks, text):
                       if not row["name"].endswith(", of all rows")]
             if len(counts) <= 21 and sorted(values) != sorted(counts):
                 yield f"{entry['name']} has the counts {values}, not {counts}"
-            if len(counts) > 21 and (len(values) != 21 or [sum(c) for c in zip(*values)] !=
+            rows = 21 if variable["kind"] == "categorical" else 20
+            if len(counts) > 21 and (len(values) != rows or [sum(c) for c in zip(*values)] !=
                                      [sum(c) for c in zip(*counts)]):
                 yield f"{entry['name']} has the counts {values}"
             most = variable["most_changed"]
@@ -289,7 +296,25 @@ def write(path, rows):
             file.write(b",".join(field(text) for text in row) + b"\n")
 
 
-def pages(weather, folder):
+def with_many_bins(program, folder):
+    """A reference with 60 bins, which only an application would store."""
+    data, stored = os.path.join(folder, "numbers.csv"), os.path.join(folder, "numbers.pmml")
+    write(data, [["number"]] + [[str(n)] for n in range(600)])
+    subprocess.run([program, "learn", data, "--output", stored], check=True)
+    margins = [10 * n - 1 for n in range(1, 60)]
+    intervals = "".join(
+        '<Interval closure="openClosed"' + (f' leftMargin="{low}"' if low is not None else "") +
+        (f' rightMargin="{high}"' if high is not None else "") + "/>"
+        for low, high in zip([None, *margins], [*margins, None]))
+    with open(stored, encoding="utf-8") as file:
+        document = re.sub("<Interval.*</Array>", intervals + '<Array n="60" type="int">' + "10 " * 59 +
+                          "10</Array>", file.read(), flags=re.DOTALL)
+    with open(stored, "w", encoding="utf-8") as file:
+        file.write(document)
+    return stored
+
+
+def pages(program, weather, folder):
     """The arguments for each page."""
     seattle, later, other = (os.path.join(weather, name) for name in
                              ("seattle-2012-2014.csv", "seattle-2015.csv", "new-york.csv"))
@@ -312,10 +337,13 @@ def pages(weather, folder):
     yield "hostile", ["--ignore", "absent", old, new]
     yield "absent", [old, new]
     many = os.path.join(folder, "many.csv")
-    write(many, [["id", "c"]] + [[f"case {n}", f"category {n % 37}"] for n in range(3000)])
+    write(many, [["id", "c", "number"]] +
+          [[f"case {n}", f"category {n % 37}", str(n % 590)] for n in range(3000)])
     most = os.path.join(folder, "most.csv")
-    write(most, [["id", "c"]] + [[f"other {n}", f"category {n % 36}" if n % 37 else "late"] for n in range(3000)])
+    write(most, [["id", "c"]] +
+          [[f"other {n}", f"category {n % 36}" if n % 37 else "late"] for n in range(3000)])
     yield "many", [many, most]
+    yield "bins", [with_many_bins(program, folder), many]
 
 
 def main():
@@ -330,7 +358,7 @@ def main():
     folder = tempfile.mkdtemp()
     browser = Browser(chromium, os.path.join(folder, "profile"))
     try:
-        for name, arguments in pages(weather, folder):
+        for name, arguments in pages(program, weather, folder):
             page = os.path.join(folder, name + ".html")
             report = json.loads(run(program, ["--format", "json", "--report", page, *arguments]))
             text = run(program, arguments).decode()
