@@ -18,7 +18,7 @@ bool BeginsLikeByte(std::string_view text) {
 }
 
 std::string ByteText(char byte) {
-    return fmt::format("\\\\x{:02X}", static_cast<unsigned char>(byte));
+    return fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
 }
 
 std::string Escape(std::int32_t code) {
@@ -32,22 +32,33 @@ std::string Escape(std::int32_t code) {
 
 }  // namespace
 
-std::string JsonText(std::string_view text) {
-    std::string json = "\"";
+std::string Utf8Text(std::string_view text) {
+    std::string utf8;
     while (!text.empty()) {
-        if (BeginsLikeByte(text)) {
-            json += ByteText('\\');
-            text.remove_prefix(1);
-            continue;
+        const auto [code, length] = FirstCharacter(text);
+        if (code < 0 || BeginsLikeByte(text)) {
+            utf8 += ByteText(text[0]);
+        } else {
+            utf8 += text.substr(0, length);
         }
-        auto [shown, hidden] = FirstCluster(text);
-        if (shown > 0 && (text[0] == '"' || text[0] == '\\')) json += '\\';
-        json += text.substr(0, shown);
-        text.remove_prefix(shown);
+        text.remove_prefix(length);
+    }
+    return utf8;
+}
+
+std::string JsonText(std::string_view text) {
+    const std::string utf8 = Utf8Text(text);
+    std::string_view rest = utf8;
+    std::string json = "\"";
+    while (!rest.empty()) {
+        auto [shown, hidden] = FirstCluster(rest);
+        if (shown > 0 && (rest[0] == '"' || rest[0] == '\\')) json += '\\';
+        json += rest.substr(0, shown);
+        rest.remove_prefix(shown);
         while (hidden > 0) {
-            const auto [code, length] = FirstCharacter(text);
-            json += code < 0 ? ByteText(text[0]) : Escape(code);
-            text.remove_prefix(length);
+            const auto [code, length] = FirstCharacter(rest);
+            json += Escape(code);
+            rest.remove_prefix(length);
             hidden -= length;
         }
     }

@@ -231,7 +231,7 @@ std::string JsonReport(const std::vector<CheckResult>& results, const CheckOptio
         json.BeginArray();
         for (const CheckResult& result : results) {
             json.BeginObject();
-            json.Key("new");
+            json.Key("file");
             json.String(result.newName);
             WriteResult(json, result, options);
             json.EndObject();
