@@ -8,6 +8,7 @@
 
 #include "Folder.h"
 #include "app/commands/Program.h"
+#include "fakes/Documents.h"
 #include "fakes/Repeats.h"
 
 namespace fakes {
@@ -49,7 +50,7 @@ struct Outcome {
 };
 
 /// Runs commands that have semicolons between them and gives what the last one did. Those before
-/// it must succeed.
+/// it must succeed. Reports in JSON are kept for the test that validates them.
 inline Outcome Run(const std::string& commands) {
     Outcome outcome{0, "", ""};
     std::istringstream stream(commands);
@@ -59,6 +60,8 @@ inline Outcome Run(const std::string& commands) {
         std::ostringstream err;
         const int status = CommandLine(command).Run(out, err);
         outcome = {status, out.str(), err.str()};
+        const bool isReport = command.find("check ") != std::string::npos && out.str()[0] == '{';
+        if (isReport) KeepReport(outcome.out);
     }
     return outcome;
 }
