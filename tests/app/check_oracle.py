@@ -190,6 +190,11 @@ def broken_pairs(old, new):
     yield old, without_columns(new, "weather", "precipitation")
     yield old, (["another"], [["1"]] * 9)
     yield old, (new[0][::-1], [row[::-1] for row in new[1]])
+    # The columns are matched before anything is tested.
+    yield old, without_columns((new[0], new[1][:1]), "weather")
+    # Ever larger changes, over the bounds between the verdicts.
+    yield (graded((old[0], old[1] * 4), lambda step: 0.5),
+           graded((new[0], new[1] * 4), lambda step: 0.59 + step / 250))
     yield constants(old, 5, 5, 0.1), constants(new, 5, 6, 0.1)
     vary = with_columns(new, same=lambda row: row % 2, other=lambda row: 5 + row // 360,
                         tenth=lambda row: 0.1 if row % 50 else 0.2, word=lambda row: "ab"[row % 2])
@@ -204,6 +209,14 @@ def broken_pairs(old, new):
     for digit in (lambda row: f"{row * row % 10}.0", lambda row: row % 13,
                   lambda row: "?" if row % 6 == 0 else row % 10, lambda row: "many", lambda _: ""):
         yield digits, with_columns(new, digit=digit, rating=lambda row: row % 5 / 2)
+
+
+def graded(table, share):
+    """The table with columns of two categories; of each step the share of the first one."""
+    rows = len(table[1])
+    return with_columns(table, **{
+        f"step {step}": lambda row, bound=share(step) * rows: "ab"[row >= bound]
+        for step in range(35)})
 
 
 def constants(table, same, other, tenth):
