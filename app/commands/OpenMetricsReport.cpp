@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/base/JsonText.h"
@@ -233,18 +234,20 @@ void WriteCounts(Metrics& metrics) {
                             const auto& unreadable = result.variables[i].comparison.unreadable;
                             Both(sample, unreadable.referenceShare, unreadable.newShare);
                         });
-    const auto categories = [](auto list) {
-        return [list](const CheckResult& result, std::size_t i) {
-            const bool isCategorical = result.variables[i].categorical;
-            return isCategorical ? Value(static_cast<double>(list(result, i).size()))
-                                 : std::nullopt;
+    const auto countOf = [](auto list) {
+        return [list](const CheckResult& result, std::size_t i) -> Value {
+            if (!result.variables[i].categorical) return std::nullopt;
+            const OneSided found = list(result, i);
+            return static_cast<double>(found.named.size() + found.more +
+                                       (found.others >= 0 ? 1 : 0));
         };
     };
     WriteNumbers(metrics, "unknown_categories", "",
-                 "Number of categories that the reference lacks.", categories(UnknownCategories));
+                 "Number of categories that the reference lacks; those that were too many to be "
+                 "kept by name count as one.",
+                 countOf(UnknownCategories));
     WriteNumbers(metrics, "vanished_categories", "",
-                 "Number of categories that only the reference has.",
-                 categories(VanishedCategories));
+                 "Number of categories that only the reference has.", countOf(VanishedCategories));
     WriteNumbers(metrics, "crowded_bin", "ratio",
                  "Share of the reference in its fullest bin, where that is above 0.95 and hides "
                  "changes.",

@@ -31,7 +31,7 @@ def make_files(folder):
 
     def cell(row, column, shift):
         if column % 3 == 0:
-            return f"category {(row * 7 + shift) % (4 + shift)}"
+            return f"category {(row * 7 + shift) % (4 + 15 * shift)}"
         if column == 4:
             return 8  # a constant
         if column == 5:
@@ -79,9 +79,10 @@ def add_variable(add, label, variable):
     add("variable_mean_shift_standard_deviations", label, variable["mean_shift"])
     add("variable_deviation_ratio", label, variable["deviation_ratio"])
     add("variable_crowded_bin_ratio", label, variable["crowded_bin_share"])
-    for key in ("unknown_categories", "vanished_categories"):
-        if variable[key] is not None:
-            add("variable_" + key, label, len(variable[key]))
+    if variable["kind"] == "categorical":
+        sides = [(cell["reference_count"], cell["new_count"]) for cell in variable["categories"]]
+        add("variable_unknown_categories", label, sum(before == 0 for before, _ in sides))
+        add("variable_vanished_categories", label, sum(after == 0 for _, after in sides))
     for sample in ("reference", "new"):
         with_sample = label | {"sample": sample}
         add("variable_cases", with_sample, variable[sample + "_cases"])
