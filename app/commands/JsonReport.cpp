@@ -229,11 +229,11 @@ std::string JsonReport(const std::vector<CheckResult>& results, const CheckOptio
     } else {
         json.Key("checks");
         json.BeginArray();
-        for (const CheckResult& result : results) {
+        for (std::size_t i = 0; i < results.size(); ++i) {
             json.BeginObject();
             json.Key("file");
-            json.String(result.newName);
-            WriteResult(json, result, options);
+            json.String(options.newPaths[i]);
+            WriteResult(json, results[i], options);
             json.EndObject();
         }
         json.EndArray();

@@ -40,15 +40,16 @@ std::string Label(std::string_view name, std::string_view text) {
 // the older text format know no state sets.
 class Metrics {
 public:
-    explicit Metrics(const std::vector<CheckResult>& results) {
+    // `paths` are those of the results.
+    Metrics(const std::vector<CheckResult>& results, const std::vector<std::string>& paths) {
         // Readers refuse two samples with the same labels, as a file given twice would have.
         std::set<std::string> names;
-        for (const CheckResult& result : results) {
-            std::string name = result.newName;
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            std::string name = paths[i];
             for (int number = 2; !names.insert(name).second; ++number) {
-                name = fmt::format("{} ({})", result.newName, number);
+                name = fmt::format("{} ({})", paths[i], number);
             }
-            mFiles.push_back({result, Label("file", name)});
+            mFiles.push_back({results[i], Label("file", name)});
         }
     }
 
@@ -261,7 +262,7 @@ void WriteCounts(Metrics& metrics) {
 
 std::string OpenMetricsReport(const std::vector<CheckResult>& results,
                               const CheckOptions& options) {
-    Metrics metrics(results);
+    Metrics metrics(results, options.newPaths);
     WriteFiles(metrics);
     metrics.OfFiles("failed_rules", "", "Number of the rules for failure that the file breaks.",
                     [&options](const CheckResult& result, const auto& sample) {

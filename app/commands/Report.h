@@ -16,11 +16,13 @@ std::string TextReport(const std::vector<CheckResult>& results, const CheckOptio
                        const Screen& screen);
 
 /// All figures as a JSON document, whose numbers have the digits that give the same double back;
-/// see docs/report.schema.json. One result is an object, several are a list of them. For names that
-/// are not UTF-8 see JsonText.
+/// see docs/report.schema.json. One result is an object, several are a list of them with the paths
+/// of `options`. For names that are not UTF-8 see JsonText.
 std::string JsonReport(const std::vector<CheckResult>& results, const CheckOptions& options);
 
-/// The figures as OpenMetrics text, which a monitoring system collects.
+/// The figures as OpenMetrics text, which a monitoring system collects: a sample for each that has
+/// a value, labelled with the path of the new file in `options` and the variable. For names that
+/// are not UTF-8 see Utf8Text.
 std::string OpenMetricsReport(const std::vector<CheckResult>& results, const CheckOptions& options);
 
 /// A page for a browser that holds all it needs and runs no script: one part a result, the
