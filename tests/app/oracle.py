@@ -7,6 +7,7 @@ numbers. Means and deviations follow the recurrence that settles the cut points 
 import bisect
 import collections
 import fractions
+import functools
 import math
 import re
 
@@ -49,12 +50,11 @@ class Options:
         return given
 
 
-def number(text, known={}):  # noqa: B006, the texts that were seen before
+@functools.cache
+def number(text):
     """The number that a text without blanks around it spells, or None."""
-    if text not in known:
-        value = float(text) if DECIMAL.fullmatch(text) else math.inf
-        known[text] = value if math.isfinite(value) else None
-    return known[text]
+    value = float(text) if DECIMAL.fullmatch(text) else math.inf
+    return value if math.isfinite(value) else None
 
 
 class Sample:
