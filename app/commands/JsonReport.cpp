@@ -2,7 +2,11 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <utility>
 
+#include "accredit/diststats/MADistStats.h"
+#include "accredit/host/MCMV.h"
 #include "app/base/JsonWriter.h"
 #include "app/commands/Cells.h"
 #include "app/commands/Report.h"
@@ -162,6 +166,18 @@ void WriteOneSided(JsonWriter& json, const char* key, const CheckResult& result,
     json.EndArray();
 }
 
+// Mean and deviation of one sample; nothing of a variable that it does not have.
+void WriteMoments(JsonWriter& json, const std::string& sample, const MADistStats& stats, int slot) {
+    double mean = MCMV::Missing();
+    double deviation = MCMV::Missing();
+    if (slot >= 0) stats.GetMeanStdDev(static_cast<unsigned int>(slot), mean, deviation);
+    for (const auto& [name, value] :
+         {std::make_pair("_mean", mean), std::make_pair("_standard_deviation", deviation)}) {
+        json.Key(sample + name);
+        MCMV::IsMissing(value) ? json.Null() : json.Number(value);
+    }
+}
+
 void WriteVariable(JsonWriter& json, const CheckResult& result, std::size_t i) {
     const CheckedVariable& variable = result.variables[i];
     const MAVariableComparison& comparison = variable.comparison;
@@ -186,6 +202,8 @@ void WriteVariable(JsonWriter& json, const CheckResult& result, std::size_t i) {
     Write(json, "weight", variable.weight);
     WriteChange(json, comparison.values);
     WriteMostChanged(json, result, i);
+    WriteMoments(json, "reference", result.reference->stats, static_cast<int>(i));
+    WriteMoments(json, "new", result.newSummary.stats, comparison.result.newSlot);
     Write(json, "mean_shift", comparison.meanShift);
     Write(json, "deviation_ratio", comparison.deviationRatio);
     json.Key("crowded_bin_share");

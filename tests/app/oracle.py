@@ -283,6 +283,9 @@ def describe(name, kind, reference, new, weight):
         "reference_cases": reference.cases, "new_cases": new.cases if new else 0,
         "p_value": p, "statistic": statistic, "degrees_of_freedom": freedom, "status": code,
         "weight": weight, **values, "most_changed": most_changed(table) if new else None,
+        "reference_mean": reference.mean, "reference_standard_deviation": reference.deviation,
+        "new_mean": new.mean if new else None,
+        "new_standard_deviation": new.deviation if new else None,
         "mean_shift": shift, "deviation_ratio": ratio, "crowded_bin_share": crowded,
         "missing": missing, "unreadable": unreadable,
         "unknown_categories": None if not is_categorical else

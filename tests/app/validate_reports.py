@@ -51,7 +51,7 @@ def spoilt(report):
             container["more"] = None
             yield f"{key} stands beside a key that does not exist"
             del container["more"]
-        for wrong in (-1e9, 1e9) if str(key).endswith(("share", "p_value", "ation")) else ():
+        for wrong in (-1e9, 1e9) if str(key).endswith(("share", "p_value", "accreditation")) else ():
             container[key] = wrong
             yield f"{key} is {wrong}"
             container[key] = value
