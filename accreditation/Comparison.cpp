@@ -10,6 +10,7 @@
 #include "accredit/accreditation/internal/VariableTests.h"
 #include "accredit/accreditation/internal/WeightedMean.h"
 #include "accredit/host/MCMV.h"
+#include "accredit/host/internal/StrictlyAscending.h"
 
 using MCMTD_NAMESPACE::IMCEncoder;
 
@@ -59,14 +60,37 @@ std::vector<double> ReferenceBins(const MADistStats& stats, unsigned int slot,
     return bins;
 }
 
+// The new frequencies over the bins between these cut points; nothing if the summary has others.
+// One without bins has no cases or a single value, which lies in one of them.
+std::optional<std::vector<double>> NewBins(const MADistStats& stats, unsigned int slot,
+                                           const std::vector<double>& cutPoints) {
+    if (stats.GetCutPoints(slot) == cutPoints) return stats.GetFrequencies(slot);
+    std::vector<double> bins(cutPoints.size() + 1, 0.0);
+    if (IsConstant(stats, slot)) {
+        double value = MCMV::Missing();
+        double max = MCMV::Missing();
+        stats.GetMinMax(slot, value, max);
+        const auto above = std::lower_bound(cutPoints.begin(), cutPoints.end(), value);
+        bins[static_cast<std::size_t>(above - cutPoints.begin())] =
+            static_cast<double>(stats.GetNumberOfCases(slot));
+        return bins;
+    }
+    const bool isEmpty = stats.GetNumberOfCases(slot) == 0 && stats.GetFrequencies(slot).empty();
+    return isEmpty ? std::optional(bins) : std::nullopt;
+}
+
 std::optional<MACells> Bins(const MADistStats& refStats, unsigned int slot,
                             const MADistStats& newStats, unsigned int newSlot) {
     const std::vector<double> cutPoints = MACutPointsFor(refStats, slot);
-    if (cutPoints.empty() || newStats.GetCutPoints(newSlot) != cutPoints) return std::nullopt;
+    // Values that hardly vary at their size can have cut points that coincide.
+    if (cutPoints.empty() || !MCDetail::IsStrictlyAscending(cutPoints.begin(), cutPoints.end())) {
+        return std::nullopt;
+    }
+    const std::optional<std::vector<double>> observed = NewBins(newStats, newSlot, cutPoints);
     MACells cells;
     cells.reference = ReferenceBins(refStats, slot, cutPoints.size());
-    cells.observed = newStats.GetFrequencies(newSlot);
-    if (cells.reference.size() != cells.observed.size()) return std::nullopt;
+    if (!observed || cells.reference.size() != observed->size()) return std::nullopt;
+    cells.observed = *observed;
     return cells;
 }
 
@@ -254,7 +278,13 @@ std::optional<MACrowdedBin> MAFindCrowdedBin(const MADistStats& stats, unsigned 
     const auto fullest = std::max_element(frequencies.begin(), frequencies.end());
     const double share = *fullest / Sum(frequencies);
     if (!(share > kCrowded)) return std::nullopt;
-    return MACrowdedBin{static_cast<int>(fullest - frequencies.begin()), share};
+    const std::vector<double>& cutPoints = stats.GetCutPoints(slot);
+    const auto bin = static_cast<std::size_t>(fullest - frequencies.begin());
+    // Nothing can hide in a bin of a single value.
+    const bool isValue = bin > 0 && bin < cutPoints.size() &&
+                         std::nextafter(cutPoints[bin - 1], cutPoints[bin]) == cutPoints[bin];
+    if (isValue) return std::nullopt;
+    return MACrowdedBin{static_cast<int>(bin), share};
 }
 
 std::vector<MAVariableComparison> MACompareVariables(
@@ -267,18 +297,19 @@ std::vector<MAVariableComparison> MACompareVariables(
         MAVariableComparison comparison;
         comparison.result = result;
         comparison.crowdedBin = MAFindCrowdedBin(refStats, slot);
+        const Rows before{refStats.GetNumberOfCases(slot), At(refUncounted, slot)};
+        Rows after;
         if (result.newSlot < 0) {
             comparison.values.verdict = MAVerdict::NotTested;
             comparison.untested = MAUntested::NotMatched;
         } else {
             const auto newSlot = static_cast<unsigned int>(result.newSlot);
+            after = {newStats.GetNumberOfCases(newSlot), At(newUncounted, newSlot)};
             comparison.expectedPValue = Expected(refStats, slot, newStats, newSlot);
             CompareValues(refStats, slot, newStats, newSlot, comparison);
-            const Rows before{refStats.GetNumberOfCases(slot), At(refUncounted, slot)};
-            const Rows after{newStats.GetNumberOfCases(newSlot), At(newUncounted, newSlot)};
-            TabulateUncounted(before, after, &MAUncountedData::missing, comparison.missing);
-            TabulateUncounted(before, after, &MAUncountedData::unreadable, comparison.unreadable);
         }
+        TabulateUncounted(before, after, &MAUncountedData::missing, comparison.missing);
+        TabulateUncounted(before, after, &MAUncountedData::unreadable, comparison.unreadable);
         comparisons.push_back(std::move(comparison));
         ++slot;
     }

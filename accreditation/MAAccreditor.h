@@ -18,7 +18,8 @@ class MAAccreditorImp;
 /// Answers whether new data looks like the data that a model was built on. It summarises the new
 /// data, tests each variable of a reference summary against it, and gives one number, the
 /// accreditation: the weighted mean of the p-values, near 0 for a new sample that does not fit the
-/// reference. What it is for one that fits, MAExpectedAccreditation says: mostly between 0.2 and 0.5.
+/// reference. What it is for one that fits, MAExpectedAccreditation says: mostly between 0.2 and
+/// 0.5.
 ///
 /// The variable list, the record source and the cancellation query belong to the caller and must
 /// outlive the accreditor. An accreditor is used by one thread at a time.

@@ -88,13 +88,14 @@ struct ACCREDIT_EXPORT MACells {
 /// The cells of the variable that has `slot` in the reference and `newSlot` in the new summary: its
 /// bins, lowest first; or the reference's categories in code order, and behind them those that only
 /// the new summary has, in theirs. Nothing if the bins of a continuous variable are not those of
-/// MACutPointsFor.
+/// MACutPointsFor; a new summary without bins will do if it has no cases or a single value.
 ACCREDIT_EXPORT std::optional<MACells> MACellsOf(const MADistStats& refStats, unsigned int slot,
                                                  const MADistStats& newStats, unsigned int newSlot);
 
 /// The share of the cases that lie in the fullest bin of a continuous variable, if that is above
 /// 0.95: one value far out makes bins that put nearly all others into one, and then a change among
-/// those cannot be seen in the counts. Nothing otherwise, and nothing without bins.
+/// those cannot be seen in the counts. Nothing otherwise, without bins, and for a bin that
+/// holds a single value.
 struct ACCREDIT_EXPORT MACrowdedBin {
     int bin = 0;         ///< Its index, the lowest bin being 0.
     double share = 0.0;  ///< Its share of the cases, from 0.95 to 1.

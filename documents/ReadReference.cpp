@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <numeric>
 #include <set>
 #include <string>
 #include <string_view>
@@ -203,6 +204,7 @@ void ReadFact(const Element& fact, Field& field) {
         uncounted.firstUnreadableText = fact.Text("value");
     } else if (name == "otherCategories" && field.Encoder() && field.otherCases == 0.0) {
         field.otherCases = static_cast<double>(fact.Count("value"));
+        if (field.otherCases == 0.0) fact.Refuse("an extension that says nothing");
     } else {
         fact.Refuse("this extension is not understood here");
     }
@@ -222,10 +224,11 @@ void ReadNewData(const Element& newData, std::vector<Field>& fields) {
         Children facts(element);
         while (const Element fact = facts.Take("Extension")) ReadFact(fact, *field);
         facts.End();
-        if ((field->uncounted.firstUnreadableLine == 0) !=
-            field->uncounted.firstUnreadableText.empty()) {
+        const bool hasLine = field->uncounted.firstUnreadableLine > 0;
+        if (hasLine == field->uncounted.firstUnreadableText.empty()) {
             element.Refuse("the first unreadable datum has a line and a text");
         }
+        if (!hasLine && field->otherCases == 0.0) element.Refuse("an extension that says nothing");
         ++field;
     }
     children.End();
@@ -249,10 +252,13 @@ MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string
 }
 
 // The statistics with the cases of the category that has no name, which come last.
-MCUniStats WithOthers(const MCUniStats& named, double others) {
+MCUniStats WithOthers(const Element& element, const MCUniStats& named, double others) {
     if (others == 0.0) return named;
     std::vector<double> frequencies = named.GetFrequencies();
     frequencies.push_back(others);
+    if (std::accumulate(frequencies.begin(), frequencies.end(), 0.0) != named.GetNumberOfCases()) {
+        element.Refuse("the frequencies and the other categories do not sum to the cases");
+    }
     return {named.GetVarName(), named.GetNumberOfCases(), frequencies};
 }
 
@@ -295,7 +301,7 @@ void ReadModelStats(const Element& modelStats, std::vector<Field>& fields, MADis
         TakeCounts(element, stored, field);
         const bool ignored =
             stats.GetVarList().GetVariableRole(position) != IMCVariable::VariableRoleInput;
-        if (!ignored && !stats.SetAllStats(WithOthers(stored.stats, field.otherCases))) {
+        if (!ignored && !stats.SetAllStats(WithOthers(element, stored.stats, field.otherCases))) {
             element.Refuse("the number of cases and the summary contradict each other");
         }
     }

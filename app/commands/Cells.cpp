@@ -84,8 +84,7 @@ Cell CellAt(const CheckResult& result, std::size_t variable, std::size_t index) 
     if (checked.categorical) {
         NameCategory(result, variable, index, cell);
     } else {
-        cell = BinAt(MACutPointsFor(result.reference->stats, static_cast<unsigned int>(variable)),
-                     index);
+        cell = BinAt(checked.cutPoints, index);
     }
     cell.referenceCount = checked.comparison.cells.reference[index];
     cell.newCount = checked.comparison.cells.observed[index];

@@ -4,11 +4,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "app/base/Errors.h"
@@ -74,38 +77,54 @@ struct NewFile {
     std::optional<Reference> summary;
 };
 
-NewFile OpenNew(const std::string& path, const CheckOptions& options, Progress& progress,
-                MCQueryCancel& cancel) {
+NewFile OpenNew(const std::string& path, Progress& progress, MCQueryCancel& cancel) {
     auto file = std::make_unique<InputFile>(path, Reading::Once, progress, cancel);
     NewFile opened{file->Name(), std::nullopt, std::nullopt};
     if (const auto document = LoadDocument(*file)) {
-        opened.summary = ReferenceIn(*document, options.columns.ignored);
+        // Of a variable that the reference lacks or ignores nothing is looked at.
+        opened.summary = ReferenceIn(*document, {});
     } else {
         opened.data.emplace(std::move(file));
     }
     return opened;
 }
 
-// What of the options does not fit the columns of the files is told before the long passes.
-std::vector<double> CheckColumns(const std::vector<NewFile>& files,
-                                 const std::vector<std::string>& names,
-                                 const CheckOptions& options) {
-    std::vector<std::vector<std::string>> headings{names};
-    for (const NewFile& file : files) {
-        if (file.data) CheckNewHeadings(*file.data, names, options.columns.ignored);
-        headings.push_back(file.data ? file.data->Headings()
-                                     : NamesOf(file.summary->stats.GetVarList()));
-    }
-    std::vector<const std::vector<std::string>*> lists;
-    lists.reserve(headings.size());
-    for (const std::vector<std::string>& list : headings) lists.push_back(&list);
-    // A stored summary has lost the columns that the reference lacks, and one of them may be meant.
-    if (std::all_of(files.begin(), files.end(),
-                    [](const NewFile& file) { return file.data.has_value(); })) {
-        RequireColumns(options.columns.ignored, lists, "neither file has a column");
-    }
-    return WeightsInOrder(options, names);
+// Whether a file can be opened twice. Pipes that somebody fills one after the other must be read
+// one after the other.
+bool CanBeReopened(const std::string& path) {
+    std::error_code ignored;
+    return path != "-" && std::filesystem::is_regular_file(path, ignored);
 }
+
+// The columns that the files turn out to have, in which those of the options must be.
+class KnownColumns {
+public:
+    KnownColumns(const CheckOptions& options, std::vector<std::string> reference)
+        : mOptions(options), mReference(std::move(reference)) {}
+
+    const std::vector<std::string>& OfReference() const { return mReference; }
+
+    // Refuses, once the last file is known, an ignored column that none of them has.
+    void Take(const NewFile& file) {
+        if (file.data) {
+            const std::vector<std::string>& headings = file.data->Headings();
+            mHeadings.insert(mHeadings.end(), headings.begin(), headings.end());
+        }
+        // A stored summary has lost the columns that the reference lacks, and one may be meant.
+        mHasSummary = mHasSummary || file.summary;
+        if (++mFiles == mOptions.newPaths.size() && !mHasSummary) {
+            RequireColumns(mOptions.columns.ignored, {&mReference, &mHeadings},
+                           "neither file has a column");
+        }
+    }
+
+private:
+    const CheckOptions& mOptions;
+    std::vector<std::string> mReference;
+    std::vector<std::string> mHeadings;
+    std::size_t mFiles = 0;
+    bool mHasSummary = false;
+};
 
 }  // namespace
 
@@ -131,22 +150,28 @@ std::vector<CheckResult> Check(const CheckOptions& options, Progress& progress,
         CheckHeadings(*data, options.columns.ignored);
     }
 
-    std::vector<NewFile> files;
+    // All that can be told of the options and the files is told before the long passes.
+    KnownColumns columns(options,
+                         reference ? NamesOf(reference->stats.GetVarList()) : data->Headings());
+    const std::vector<double> weights = WeightsInOrder(options, columns.OfReference());
     for (const std::string& path : options.newPaths) {
-        files.push_back(OpenNew(path, options, progress, cancel));
+        if (!CanBeReopened(path)) continue;
+        const NewFile file = OpenNew(path, progress, cancel);
+        if (file.data) CheckNewHeadings(*file.data, columns.OfReference(), options.columns.ignored);
+        columns.Take(file);
     }
-    const std::vector<double> weights = CheckColumns(
-        files, reference ? NamesOf(reference->stats.GetVarList()) : data->Headings(), options);
     if (data) {
         reference = LearnReference(*data, options.columns, MissingTokens(options.missing), cancel);
     }
 
     const auto shared = std::make_shared<const Reference>(std::move(*reference));
     std::vector<CheckResult> results;
-    for (NewFile& file : files) {
+    for (const std::string& path : options.newPaths) {
+        NewFile file = OpenNew(path, progress, cancel);
+        if (!CanBeReopened(path)) columns.Take(file);
         if (file.data) {
+            CheckNewHeadings(*file.data, columns.OfReference(), options.columns.ignored);
             file.summary = SummariseLike(*shared, *file.data, cancel);
-            file.data.reset();
         } else {
             RequireBinsOf(*shared, *file.summary, file.name);
         }

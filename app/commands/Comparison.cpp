@@ -143,6 +143,7 @@ CheckResult Compare(std::shared_ptr<const Reference> reference, Reference newSum
             variable.degreesOfFreedom = Known(test.degreesOfFreedom);
         }
         variable.status = test.status;
+        variable.cutPoints = usable[slot];
         variable.reason = Reason(whyNoPValue, comparison);
         allTested = allTested && variable.pValue;
         tests.push_back(test);

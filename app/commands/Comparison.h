@@ -27,6 +27,8 @@ struct CheckedVariable {
     /// Why the variable is not tested, or else why there is no p-value; empty if neither.
     std::string reason = {};
     MAVariableComparison comparison = {};
+    /// Those between the bins of the comparison, ascending.
+    std::vector<double> cutPoints = {};
     /// What the new data holds besides its cases.
     MADocuments::UncountedData newUncounted = {};
     MADocuments::UncountedData referenceUncounted = {};

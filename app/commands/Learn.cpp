@@ -40,6 +40,10 @@ std::string Unwritable(const Reference& reference) {
             return fmt::format(
                 "{}: the category \"{}\" is {}", column,
                 Shortened(list.GetEncoderAt(position)->DecodeString(problem.category)), kNotText);
+        case MAProblemKind::SummaryStats:
+            return column +
+                   ": its values are so large that their mean or deviation overflows; --ignore "
+                   "leaves it out";
         default:
             return column +
                    ": its values vary too much, or too little for their size, to be put into "
@@ -117,18 +121,19 @@ std::string DocumentOf(const Reference& reference, const std::string& dataName) 
     return document;
 }
 
-std::vector<std::string> WarningsOf(const Reference& reference) {
+std::vector<std::string> WarningsOf(const Reference& summary, const LearnOptions& options) {
     std::vector<std::string> warnings;
-    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+    for (unsigned int slot = 0; slot < summary.stats.GetVarCount(); ++slot) {
         const auto warn = [&](const std::string& what) {
-            const MCVarList& list = reference.stats.GetVarList();
-            const std::string name =
-                list.GetVarAt(reference.stats.GetVarListIndex(slot))->GetName();
+            const MCVarList& list = summary.stats.GetVarList();
+            const std::string name = list.GetVarAt(summary.stats.GetVarListIndex(slot))->GetName();
             warnings.push_back(fmt::format("column \"{}\": {}", ShownName(name, slot + 1), what));
         };
-        const std::string crowded = CrowdedInWords(reference.stats, slot);
+        // New data is not what a change would have to show in.
+        const std::string crowded =
+            options.binsOfPath.empty() ? CrowdedInWords(summary.stats, slot) : "";
         if (!crowded.empty()) warn(crowded);
-        const std::string unreadable = UnreadableInWords(reference.uncounted[slot]);
+        const std::string unreadable = UnreadableInWords(summary.uncounted[slot]);
         if (!unreadable.empty()) warn(unreadable);
     }
     return warnings;

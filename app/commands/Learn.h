@@ -29,8 +29,9 @@ MADocuments::Reference Learn(const LearnOptions& options, Progress& progress,
 /// InputError for what a document cannot hold, with the column.
 std::string DocumentOf(const MADocuments::Reference& reference, const std::string& dataName);
 
-/// What a person should know of a summary that was stored: columns of which nearly all cases lie in
-/// one bin, and cells that could not be read. One text each.
-std::vector<std::string> WarningsOf(const MADocuments::Reference& reference);
+/// What a person should know of a summary that was stored: columns of a reference of which nearly
+/// all cases lie in one bin, and cells that could not be read. One text each.
+std::vector<std::string> WarningsOf(const MADocuments::Reference& summary,
+                                    const LearnOptions& options);
 
 }  // namespace app

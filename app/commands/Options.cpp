@@ -82,9 +82,9 @@ holds nothing but numbers is continuous, any other is categorical. In a file of
 one column a blank line is a missing value; in any other it is passed over.
 
 Exit status: 0 if no rule is broken; 1 if --fail-on or --fail-below is, or,
-without --fail-on, if there is no accreditation, because a variable is absent,
-has an unknown category, or says nothing; 2 for wrong usage, unreadable or
-malformed files, too little memory, or an interrupt.
+without --fail-on, if there is no accreditation: a variable is absent, has an
+unknown category or says nothing, or the weights sum to 0; 2 for wrong usage,
+unreadable or malformed files, too little memory, or an interrupt.
 
 Example:
   accredit check --missing '?' --ignore id --fail-on moderate \

@@ -119,7 +119,7 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
     const std::string name = FileName(options.dataPath);
     const std::string document = DocumentOf(reference, name);
     std::string warnings;
-    for (const std::string& warning : WarningsOf(reference)) {
+    for (const std::string& warning : WarningsOf(reference, options)) {
         warnings += fmt::format("accredit: {}: {}\n", name, warning);
     }
     if (file) {

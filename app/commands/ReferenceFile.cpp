@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 #include "accredit/accreditation/MAAccreditor.h"
+#include "accredit/accreditation/MAComparison.h"
+#include "app/base/Characters.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
-#include "app/data/NewSummary.h"
 
 using MADocuments::DocumentError;
 using MADocuments::kMaxDocumentSize;
@@ -23,6 +25,18 @@ namespace app {
 
 namespace {
 
+// Whether a text is as Shortened gives it, so that it can be shown as it is.
+bool IsShownText(std::string_view text) {
+    constexpr std::size_t kWidth = 40;
+    if (DisplayWidth(text) > kWidth) return false;
+    while (!text.empty()) {
+        const auto [shown, hidden] = FirstCluster(text);
+        if (hidden > 0) return false;
+        text.remove_prefix(shown);
+    }
+    return true;
+}
+
 constexpr const char* kOtherKind = "values and their kind";
 
 bool HasInput(const MCVarList& list, const std::string& name) {
@@ -32,9 +46,11 @@ bool HasInput(const MCVarList& list, const std::string& name) {
 
 // What of a variable differs between a reference and a summary that has it, or an empty text.
 std::string Difference(const MADistStats& reference, unsigned int slot, const MADistStats& stats,
-                       unsigned int newSlot, const std::vector<double>& cutPoints) {
+                       unsigned int newSlot) {
     if (!reference.IsCategorical(slot)) {
-        return stats.GetCutPoints(newSlot) == cutPoints ? "" : "cut points";
+        // What has no bins can be put into any if it is one value or none.
+        const bool hasBins = !MACutPointsFor(reference, slot).empty();
+        return hasBins && !MACellsOf(reference, slot, stats, newSlot) ? "cut points" : "";
     }
     const auto type = [](const MADistStats& of, unsigned int at) {
         return of.GetVarList().GetEncoderAt(of.GetVarListIndex(at))->GetValueType();
@@ -67,7 +83,15 @@ std::optional<Document> LoadDocument(InputFile& file) {
 
 Reference ReferenceIn(const Document& document, const std::vector<std::string>& ignored) {
     try {
-        return MADocuments::ReadReference(document.text, ignored);
+        Reference reference = MADocuments::ReadReference(document.text, ignored);
+        for (const MADocuments::UncountedData& data : reference.uncounted) {
+            if (!IsShownText(data.firstUnreadableText)) {
+                throw InputError(document.fileName +
+                                 ": the text of an unreadable cell is not one that 'accredit "
+                                 "learn' stores");
+            }
+        }
+        return reference;
     } catch (const DocumentError& error) {
         // Names and values of the document stand in the text as they are.
         throw InputError(document.fileName + (error.Line() == 0 ? ": " : ":") +
@@ -92,7 +116,6 @@ void RequireBinsOf(const Reference& reference, const Reference& summary,
             fileName, difference));
     };
     const MCVarList& list = reference.stats.GetVarList();
-    const std::vector<std::vector<double>> cutPoints = UsableCutPoints(reference.stats);
     std::vector<int> slots;
     const MCStatus status = MAAccreditor::MatchVariables(list, summary.stats.GetVarList(), slots);
     for (unsigned int slot = 0; slot < slots.size(); ++slot) {
@@ -100,7 +123,7 @@ void RequireBinsOf(const Reference& reference, const Reference& summary,
         std::string difference;
         if (slots[slot] >= 0) {
             difference = Difference(reference.stats, slot, summary.stats,
-                                    static_cast<unsigned int>(slots[slot]), cutPoints[slot]);
+                                    static_cast<unsigned int>(slots[slot]));
         } else if (!status.IsOK() && HasInput(summary.stats.GetVarList(), name)) {
             difference = kOtherKind;
         }

@@ -43,16 +43,24 @@ void WriteNumbers(JsonWriter& json, const char* key, const std::vector<double>& 
     json.EndArray();
 }
 
-void WriteCategories(JsonWriter& json, const IMCEncoder& encoder,
-                     const std::vector<double>& frequencies) {
+// The category that stands for those that were not kept has no value.
+void WriteCategories(JsonWriter& json, const Reference& reference, unsigned int slot) {
+    const MADistStats& stats = reference.stats;
+    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
     const bool numbers = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
+    const std::vector<double>& frequencies = stats.GetFrequencies(slot);
     json.Key("categories");
     json.BeginArray();
     for (std::size_t c = 0; c < frequencies.size(); ++c) {
         const int code = static_cast<int>(c);
         json.BeginObject();
         json.Key("value");
-        numbers ? json.Number(encoder.DecodeNumber(code)) : json.String(encoder.DecodeString(code));
+        if (code == UncountedAt(reference, slot).otherCategories) {
+            json.Null();
+        } else {
+            numbers ? json.Number(encoder.DecodeNumber(code))
+                    : json.String(encoder.DecodeString(code));
+        }
         json.Key("frequency");
         json.Number(frequencies[c]);
         json.EndObject();
@@ -80,8 +88,7 @@ void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int sl
     json.Key("unreadable");
     uncounted.unreadable ? json.Number(*uncounted.unreadable) : json.Null();
     if (categorical) {
-        WriteCategories(json, *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot)),
-                        stats.GetFrequencies(slot));
+        WriteCategories(json, reference, slot);
     } else {
         const MCUniStats variable = MAUniStatsOf(stats, slot);
         for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {

@@ -18,6 +18,9 @@ namespace {
 constexpr std::size_t kRows = 10;
 constexpr std::size_t kNotes = 5;
 
+constexpr std::size_t kLeastName = 12;
+constexpr std::size_t kMostName = 40;
+
 std::string ColourOf(MAVerdict verdict) {
     if (verdict == MAVerdict::Major) return "\x1b[31m";
     return verdict == MAVerdict::Moderate ? "\x1b[33m" : "";
@@ -25,7 +28,6 @@ std::string ColourOf(MAVerdict verdict) {
 
 std::vector<TextTable::Column> Columns(const CheckResult& result, bool showAll) {
     using Align = TextTable::Align;
-    constexpr std::size_t kLeastName = 12;
     constexpr std::size_t kLeastChange = 24;
     std::vector<TextTable::Column> columns{{"Variable", Align::Left, 0, kLeastName},
                                            {"Verdict", Align::Left},
@@ -43,37 +45,22 @@ std::vector<TextTable::Column> Columns(const CheckResult& result, bool showAll) 
     return columns;
 }
 
-// The p-value that the verdict rests on: the smallest of the three tables.
-std::optional<double> Decisive(const MAVariableComparison& comparison) {
-    std::optional<double> least;
-    for (const std::optional<double>& p :
-         {comparison.values.adjustedPValue, comparison.missing.adjustedPValue,
-          comparison.unreadable.adjustedPValue}) {
-        if (p && (!least || *p < *least)) least = p;
-    }
-    return least;
-}
-
 std::vector<TextTable::Entry> EntriesOf(const CheckResult& result, std::size_t i,
-                                        const std::vector<TextTable::Column>& columns) {
+                                        const std::vector<TextTable::Column>& columns,
+                                        std::size_t nameWidth) {
     const CheckedVariable& variable = result.variables[i];
-    const MAVariableComparison& comparison = variable.comparison;
+    const MAVerdict verdict = variable.comparison.verdict;
+    const MAChange& table = DecisiveTable(variable);
     std::vector<TextTable::Entry> row;
     for (const TextTable::Column& column : columns) {
         TextTable::Entry entry;
-        if (column.title == "Variable") entry.text = NameOf(result, i);
-        if (column.title == "Verdict") {
-            entry = {VerdictText(comparison.verdict), ColourOf(comparison.verdict)};
-        }
-        if (column.title == "Moved") entry.text = Percent(comparison.values.shareMoved);
+        if (column.title == "Variable") entry.text = ShownName(variable.name, i + 1, nameWidth);
+        if (column.title == "Verdict") entry = {VerdictText(verdict), ColourOf(verdict)};
+        if (column.title == "Moved") entry.text = Percent(table.shareMoved);
         if (column.title == "Index") {
-            entry.text = IsChange(comparison.verdict)
-                             ? fmt::format("{:.3f}", SizeOfChange(variable))
-                         : comparison.values.test
-                             ? fmt::format("{:.3f}", comparison.values.test->stabilityIndex)
-                             : "-";
+            entry.text = table.test ? fmt::format("{:.3f}", table.test->stabilityIndex) : "-";
         }
-        if (column.title == "p-value") entry.text = PValueText(Decisive(comparison));
+        if (column.title == "p-value") entry.text = PValueText(table.adjustedPValue);
         if (column.title == "Fit") entry.text = PValueText(variable.pValue);
         if (column.title == "Weight") entry.text = fmt::format("{:g}", variable.weight);
         if (column.title == "What changed") entry.text = ChangeInWords(result, i);
@@ -86,21 +73,24 @@ std::string Table(const CheckResult& result, bool showAll, const Screen& screen)
     const std::vector<std::size_t> order = BySize(result);
     std::size_t rows = order.size();
     const auto interesting = static_cast<std::size_t>(
-        std::count_if(order.begin(), order.end(), [&result](std::size_t i) {
-            return result.variables[i].comparison.verdict != MAVerdict::Unchanged;
-        }));
+        std::count_if(order.begin(), order.end(),
+                      [&result](std::size_t i) { return IsOfInterest(result.variables[i]); }));
     if (!showAll) rows = std::min(interesting, kRows);
     std::string text;
     if (rows > 0) {
         const std::vector<TextTable::Column> columns = Columns(result, showAll);
         TextTable table(columns);
-        for (std::size_t n = 0; n < rows; ++n) table.AddRow(EntriesOf(result, order[n], columns));
+        // A name is cut where its number still stands behind it.
+        const std::size_t nameWidth =
+            screen.width > 0 ? std::clamp(screen.width / 3, kLeastName, kMostName) : kMostName;
+        for (std::size_t n = 0; n < rows; ++n)
+            table.AddRow(EntriesOf(result, order[n], columns, nameWidth));
         text = "\n" + table.Text(screen);
     }
     if (rows == order.size()) return text;
     std::string rest;
     if (interesting > rows) {
-        rest = fmt::format("{} more changed or were not tested", interesting - rows);
+        rest = fmt::format("{} more like these", interesting - rows);
     }
     if (order.size() > interesting) {
         rest += fmt::format("{}{} did not change", rest.empty() ? "" : ", ",
@@ -124,6 +114,14 @@ std::string Notes(const CheckResult& result, bool showAll, const Screen& screen)
     return text.empty() ? "" : "\n" + text;
 }
 
+std::string RulesInWords(const CheckResult& result, const CheckOptions& options) {
+    std::string rules;
+    for (const std::string& rule : FailedRules(result, options.rules)) {
+        rules += (rules.empty() ? "" : ", ") + rule;
+    }
+    return rules;
+}
+
 std::string Part(const CheckResult& result, const CheckOptions& options, const Screen& screen,
                  bool isOneOfSeveral) {
     std::string text = isOneOfSeveral ? result.newName + ": " : "";
@@ -131,13 +129,8 @@ std::string Part(const CheckResult& result, const CheckOptions& options, const S
     text += Table(result, options.showAll, screen);
     text += Notes(result, options.showAll, screen);
     text += "\n" + Wrapped(AccreditationInWords(result, options.rules), screen);
-    const std::vector<std::string> failed = FailedRules(result, options.rules);
-    if (!failed.empty()) {
-        std::string rules;
-        for (const std::string& rule : failed) rules += (rules.empty() ? "" : ", ") + rule;
-        text += Wrapped(fmt::format("Failed: {}", rules), screen);
-    }
-    return text;
+    const std::string failed = RulesInWords(result, options);
+    return failed.empty() ? text : text + Wrapped("Failed: " + failed, screen);
 }
 
 }  // namespace
@@ -149,7 +142,14 @@ std::string TextReport(const std::vector<CheckResult>& results, const CheckOptio
         if (!text.empty()) text += "\n";
         text += Part(result, options, screen, results.size() > 1);
     }
-    return text;
+    if (results.size() == 1) return text;
+    std::string failed;
+    for (const CheckResult& result : results) {
+        const std::string rules = RulesInWords(result, options);
+        if (rules.empty()) continue;
+        failed += fmt::format("{}{} ({})", failed.empty() ? "" : ", ", result.newName, rules);
+    }
+    return failed.empty() ? text : text + "\n" + Wrapped("Failed: " + failed, screen);
 }
 
 }  // namespace app

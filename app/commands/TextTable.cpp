@@ -104,12 +104,14 @@ std::string Wrapped(const std::string& text, const Screen& screen) {
     std::string lines;
     std::string line;
     std::istringstream words(text);
-    for (std::string word; words >> word;) {
+    for (std::string word; std::getline(words, word, ' ');) {
         word = Cut(word, screen.width);
-        if (!line.empty() && DisplayWidth(line) + 1 + DisplayWidth(word) > screen.width) {
+        const bool fits = DisplayWidth(line) + 1 + DisplayWidth(word) <= screen.width;
+        if (!line.empty() && !fits) {
             lines += line + "\n";
             line.clear();
         }
+        // Between two blanks there is an empty word.
         line += line.empty() ? word : " " + word;
     }
     return lines + line + "\n";

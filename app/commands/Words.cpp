@@ -100,16 +100,39 @@ std::string SizeInWords(const CheckedVariable& variable) {
     return Percent(largest.change->shareMoved) + " of its cases moved";
 }
 
+// Files of very different sizes can leave a single cell, all others being too small. Nothing is
+// tested then, and a share this large is worth a word.
+bool HidesDifference(const MAChange& change) {
+    constexpr double kWorthAWord = 0.05;
+    return change.test && change.test->cells == 1 && change.test->pooledCells > 0 &&
+           change.shareMoved.value_or(0.0) >= kWorthAWord;
+}
+
+std::string HiddenInWords(const CheckResult& result) {
+    const std::vector<std::size_t> hidden = Those(result, [](const CheckedVariable& variable) {
+        const std::array<Table, 3> tables = TablesOf(variable);
+        return std::any_of(tables.begin(), tables.end(),
+                           [](const Table& table) { return HidesDifference(*table.change); });
+    });
+    if (hidden.empty()) return {};
+    return fmt::format(" Too few cases to test a large difference in {}.", Names(result, hidden));
+}
+
 std::string MissingInWords(const CheckResult& result) {
-    const auto isTested = [](const CheckedVariable& variable) {
-        return variable.comparison.missing.test.has_value();
-    };
-    if (Those(result, isTested).empty()) return {};
     const std::vector<std::size_t> changed = Those(result, [](const CheckedVariable& variable) {
         return IsChange(variable.comparison.missing.verdict);
     });
-    if (changed.empty()) return " Missing values did not change.";
-    return fmt::format(" Missing values changed in {}.", Names(result, changed));
+    if (!changed.empty())
+        return fmt::format(" Missing values changed in {}.", Names(result, changed));
+    const auto isKnown = [](const CheckedVariable& variable) {
+        const MAUncountedChange& missing = variable.comparison.missing;
+        return missing.test && !HidesDifference(missing);
+    };
+    const std::size_t known = Those(result, isKnown).size();
+    if (known == 0) return {};
+    const bool isAll = known == result.variables.size();
+    return isAll ? " Missing values did not change."
+                 : fmt::format(" Missing values did not change in {} of them.", known);
 }
 
 // The names of categories with their counts; empty if there are none.
@@ -157,13 +180,33 @@ double SizeOfChange(const CheckedVariable& variable) {
     return std::max(0.0, SizeOf(LargestChange(variable)));
 }
 
+bool IsOfInterest(const CheckedVariable& variable) {
+    const std::array<Table, 3> tables = TablesOf(variable);
+    return variable.comparison.verdict != MAVerdict::Unchanged || variable.comparison.crowdedBin ||
+           std::any_of(tables.begin(), tables.end(),
+                       [](const Table& table) { return HidesDifference(*table.change); });
+}
+
+const MAChange& DecisiveTable(const CheckedVariable& variable) {
+    const std::array<Table, 3> tables = TablesOf(variable);
+    const auto hidden = std::find_if(tables.begin(), tables.end(), [](const Table& table) {
+        return HidesDifference(*table.change);
+    });
+    const Table largest = LargestChange(variable);
+    if (!IsChange(largest.change->verdict) && hidden != tables.end()) return *hidden->change;
+    return *largest.change;
+}
+
 std::vector<std::size_t> BySize(const CheckResult& result) {
     std::vector<std::size_t> order(result.variables.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     const auto rank = [&result](std::size_t i) {
         const CheckedVariable& variable = result.variables[i];
         const MAVerdict verdict = variable.comparison.verdict;
-        const int group = IsChange(verdict) ? 0 : verdict == MAVerdict::NotTested ? 1 : 2;
+        const int group = IsChange(verdict)                 ? 0
+                          : verdict == MAVerdict::NotTested ? 1
+                          : IsOfInterest(variable)          ? 2
+                                                            : 3;
         return std::make_pair(group, group == 0 ? -SizeOfChange(variable) : 0.0);
     };
     std::stable_sort(order.begin(), order.end(), [&rank](std::size_t left, std::size_t right) {
@@ -182,7 +225,8 @@ std::string Percent(std::optional<double> share) {
     if (percent == 0.0) return "0%";
     if (percent < 0.1) return "<0.1%";
     if (percent > 99.9 && percent < 100.0) return ">99.9%";
-    return percent < 9.95 ? fmt::format("{:.1f}%", percent) : fmt::format("{:.0f}%", percent);
+    return percent < 9.95 || (percent >= 99.0 && percent < 100.0) ? fmt::format("{:.1f}%", percent)
+                                                                  : fmt::format("{:.0f}%", percent);
 }
 
 std::string PValueText(std::optional<double> pValue) {
@@ -202,6 +246,8 @@ std::string AnswerInWords(const CheckResult& result) {
     std::string answer;
     if (untestedCount == all) {
         answer = "No variable could be tested.";
+    } else if (changed == 0 && all - untestedCount == 1) {
+        answer = fmt::format("The {}variable did not change.", all == 1 ? "" : "one tested ");
     } else if (changed == 0) {
         answer = fmt::format("None of {}{} variables changed.", all - untestedCount,
                              untestedCount == 0 ? "" : " tested");
@@ -212,7 +258,7 @@ std::string AnswerInWords(const CheckResult& result) {
                              changed, all, all == 1 ? "" : "s", NameOf(result, most),
                              VerdictText(variable.comparison.verdict), SizeInWords(variable));
     }
-    answer += MissingInWords(result);
+    answer += MissingInWords(result) + HiddenInWords(result);
     const std::vector<std::size_t> unreadable = Those(result, [](const CheckedVariable& variable) {
         return IsChange(variable.comparison.unreadable.verdict);
     });
@@ -250,17 +296,25 @@ std::string ChangeInWords(const CheckResult& result, std::size_t variable) {
     if (IsChange(comparison.unreadable.verdict)) {
         add("unreadable " + FromTo(comparison.unreadable));
     }
+    const std::string untested = " (too few cases for a test)";
+    if (HidesDifference(comparison.values)) add(ValuesInWords(result, variable) + untested);
+    if (HidesDifference(comparison.missing)) {
+        add("missing " + FromTo(comparison.missing) + untested);
+    }
+    if (HidesDifference(comparison.unreadable)) {
+        add("unreadable " + FromTo(comparison.unreadable) + untested);
+    }
     // Where counts can show little, the moments stand beside them.
     if (words.empty() && comparison.crowdedBin) add(MomentsInWords(comparison));
     return words;
 }
 
-std::string CrowdedInWords(const MADistStats& stats, unsigned int slot) {
-    const std::optional<MACrowdedBin> crowded = MAFindCrowdedBin(stats, slot);
+std::string CrowdedInWords(const MADistStats& reference, unsigned int slot) {
+    const std::optional<MACrowdedBin> crowded = MAFindCrowdedBin(reference, slot);
     if (!crowded) return {};
     return fmt::format(
         "one bin ({}) holds {} of the reference, so that counts can hardly show a change",
-        CellName(BinAt(stats.GetCutPoints(slot), static_cast<std::size_t>(crowded->bin))),
+        CellName(BinAt(reference.GetCutPoints(slot), static_cast<std::size_t>(crowded->bin))),
         Percent(crowded->share));
 }
 
@@ -323,19 +377,22 @@ std::string UnreadableInWords(const UncountedData& data) {
 
 std::vector<std::string> NotesOn(const CheckResult& result, std::size_t variable) {
     const CheckedVariable& checked = result.variables[variable];
+    const MAVariableComparison& comparison = checked.comparison;
     std::vector<std::string> notes;
+    const std::string crowded = CrowdedInWords(result, variable);
+    if (!crowded.empty()) notes.push_back(crowded);
     const std::string unknown =
         OneSidedInWords(result, variable, UnknownCategories(result, variable), &Cell::newCount);
     if (!unknown.empty()) notes.push_back("the reference lacks " + unknown);
     const std::string vanished = OneSidedInWords(
         result, variable, VanishedCategories(result, variable), &Cell::referenceCount);
-    if (!vanished.empty() && checked.newCases > 0) {
+    // In a small sample rare categories are absent by chance.
+    const bool isTelling = comparison.values.verdict != MAVerdict::Unchanged;
+    if (!vanished.empty() && checked.newCases > 0 && isTelling) {
         notes.push_back("the new data lacks " + vanished);
     }
     const std::string unreadable = UnreadableInWords(checked.newUncounted);
     if (!unreadable.empty()) notes.push_back(unreadable);
-    const std::string crowded = CrowdedInWords(result, variable);
-    if (!crowded.empty()) notes.push_back(crowded);
     return notes;
 }
 

@@ -20,8 +20,8 @@ std::string ChangeInWords(const CheckResult& result, std::size_t variable);
 /// empty unless one bin holds nearly all of the reference.
 std::string CrowdedInWords(const CheckResult& result, std::size_t variable);
 
-/// The same of any summary's slot, without anything to be compared with.
-std::string CrowdedInWords(const MADistStats& stats, unsigned int slot);
+/// The same of a reference's slot, without anything to be compared with.
+std::string CrowdedInWords(const MADistStats& reference, unsigned int slot);
 
 /// How the mean and the deviation of a number changed; empty where nothing is known of them.
 std::string MomentsInWords(const MAVariableComparison& comparison);
@@ -45,8 +45,16 @@ bool IsChange(MAVerdict verdict);
 /// changed.
 double SizeOfChange(const CheckedVariable& variable);
 
-/// The variables that changed, the largest change first; then those not tested, those unchanged
-/// after them, each in the order of the reference.
+/// Whether a person should look at a variable: it changed, was not tested, or a change could hide,
+/// in one crowded bin or behind too few cases for a test.
+bool IsOfInterest(const CheckedVariable& variable);
+
+/// The table that decides: that of the largest change, or of a large difference that could not be
+/// tested; without either, that of the values.
+const MAChange& DecisiveTable(const CheckedVariable& variable);
+
+/// The variables that changed, the largest change first; then those not tested, the others in which
+/// a change could hide, and the rest, each in the order of the reference.
 std::vector<std::size_t> BySize(const CheckResult& result);
 
 /// A variable is known by its number, from 1, where its name is too long.

@@ -243,8 +243,9 @@ def uncounted(reference, new, of):
     found, verdict = (change([before, reference.rows - before], [after, new.rows - after])
                       if known else change([], []))
     return {"reference_count": before, "new_count": after,
-            "reference_share": before / reference.rows if known else None,
-            "new_share": after / new.rows if known and new.rows else None, **found}, verdict
+            "reference_share": before / reference.rows if before is not None else None,
+            "new_share": after / new.rows if after is not None and new.rows else None,
+            **found}, verdict
 
 
 def one_sided(table, side, other):
