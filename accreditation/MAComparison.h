@@ -92,14 +92,15 @@ struct ACCREDIT_EXPORT MACells {
 ACCREDIT_EXPORT std::optional<MACells> MACellsOf(const MADistStats& refStats, unsigned int slot,
                                                  const MADistStats& newStats, unsigned int newSlot);
 
-/// The share of the cases that lie in the fullest bin of a continuous variable, if that is above
-/// 0.95: one value far out makes bins that put nearly all others into one, and then a change among
-/// those cannot be seen in the counts. Nothing otherwise, without bins, and for a bin that
-/// holds a single value.
+/// The bin in which more than 0.95 of the cases lie.
 struct ACCREDIT_EXPORT MACrowdedBin {
     int bin = 0;         ///< Its index, the lowest bin being 0.
     double share = 0.0;  ///< Its share of the cases, from 0.95 to 1.
 };
+
+/// The fullest bin of a continuous variable, if its share of the cases is above 0.95: one value far
+/// out makes bins that put nearly all others into one, and then a change among those cannot be seen
+/// in the counts. Nothing otherwise, without bins, and for a bin that holds a single value.
 ACCREDIT_EXPORT std::optional<MACrowdedBin> MAFindCrowdedBin(const MADistStats& stats,
                                                              unsigned int slot);
 
@@ -134,6 +135,7 @@ struct ACCREDIT_EXPORT MAChange {
     std::optional<MATwoSampleTest> test;   ///< Nothing if it could not be carried out.
     std::optional<double> adjustedPValue;  ///< Nothing for a test of a single cell.
     std::optional<double> shareMoved;      ///< See MAShareMoved.
+    /// Unchanged also for a single cell; NotTested without a test, unless both samples are empty.
     MAVerdict verdict = MAVerdict::Unchanged;
 };
 
@@ -149,11 +151,11 @@ struct ACCREDIT_EXPORT MAVariableComparison {
     /// The p-value that is to be expected if nothing changed; see MAExpectedPValue. Nothing where
     /// the variable is in one summary only.
     std::optional<double> expectedPValue;
-    MACells cells;         ///< Empty if there are none to be compared.
-    int mostChanged = -1;  ///< See MAMostChangedCell.
-    MAChange values;
-    MAUntested untested = MAUntested::No;
-    MAUncountedChange missing;     ///< What is not known has no test, and is unchanged.
+    MACells cells;                         ///< Empty if there are none to be compared.
+    int mostChanged = -1;                  ///< See MAMostChangedCell.
+    MAChange values;                       ///< Of the cases, over the cells.
+    MAUntested untested = MAUntested::No;  ///< Why the values were not tested.
+    MAUncountedChange missing;             ///< What is not known has no test, and is unchanged.
     MAUncountedChange unreadable;  ///< The same; of a categorical variable usually not known.
     /// The new mean less the reference's, in standard deviations of the reference. Nothing for a
     /// categorical variable, where a mean does not exist, where that deviation is 0, does not exist

@@ -31,6 +31,13 @@ inline void Release(void* memory) noexcept {
 
 void* operator new(std::size_t size) { return fakes::Allocate(size); }
 void* operator new[](std::size_t size) { return fakes::Allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    try {
+        return fakes::Allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 void operator delete(void* memory) noexcept { fakes::Release(memory); }
 void operator delete[](void* memory) noexcept { fakes::Release(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { fakes::Release(memory); }
