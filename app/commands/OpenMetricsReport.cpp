@@ -90,8 +90,7 @@ private:
     };
 
     std::string Begin(std::string_view name, std::string_view unit, std::string_view help) {
-        const std::string family =
-            fmt::format("accredit_{}{}{}", name, unit.empty() ? "" : "_", unit);
+        std::string family = fmt::format("accredit_{}{}{}", name, unit.empty() ? "" : "_", unit);
         mText += fmt::format("# TYPE {} gauge\n", family);
         if (!unit.empty()) mText += fmt::format("# UNIT {} {}\n", family, unit);
         mText += fmt::format("# HELP {} {}\n", family, help);
