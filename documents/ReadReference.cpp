@@ -33,6 +33,8 @@ using MCMTD_NAMESPACE::MCVarList;
 
 namespace MADocuments {
 
+using namespace std::string_view_literals;
+
 namespace {
 
 constexpr std::string_view kNamespace = "http://www.dmg.org/PMML-3_1";
@@ -162,18 +164,33 @@ std::vector<Field> ReadDictionary(const Element& dictionary) {
     return fields;
 }
 
-// The tokens are those of the file that was learned, so all fields have the same, and a document
-// without any was not written by this program.
+bool IsCategory(const std::vector<Field>& fields, const std::string& text) {
+    return std::any_of(fields.begin(), fields.end(), [&text](const Field& field) {
+        return field.texts && field.texts->EncodeString(text) >= 0.0;
+    });
+}
+
+// Those of a document without any: an application has written it, whose categories are none.
+MissingTokens UsualTokens(const std::vector<Field>& fields) {
+    std::vector<std::string> texts = MissingTokens().Texts();
+    texts.erase(
+        std::remove_if(texts.begin(), texts.end(),
+                       [&fields](const std::string& text) { return IsCategory(fields, text); }),
+        texts.end());
+    return MissingTokens::Only(texts);
+}
+
+// The tokens are those of the file that was learned, so all fields have the same.
 MissingTokens MissingTokensOf(const std::vector<Field>& fields) {
     const std::vector<std::string>& texts = fields.front().missing;
-    MissingTokens missing(texts);
+    const MissingTokens missing = texts.empty() ? UsualTokens(fields) : MissingTokens::Only(texts);
     for (const Field& field : fields) {
         if (field.missing != texts)
             field.element.Refuse("the fields differ in their missing values");
         if (!field.missing.empty() && field.missing != missing.Texts()) {
             field.element.Refuse(
-                "the missing values must begin with the empty text and NA, and each "
-                "may stand only once and without blanks around it");
+                "the missing values must begin with the empty text, and each may stand only once "
+                "and without blanks around it");
         }
         if (!field.texts) continue;
         for (int code = 0; code < field.texts->GetNumCategories(); ++code) {
@@ -331,8 +348,8 @@ bool BeginsLikeDocument(std::string_view beginning) {
     constexpr std::array<Start, 4> kStarts = {
         {{"<?xml", kWhiteSpace}, {"<!--", ""}, {"<!DOCTYPE", ""}, {"<PMML", " \t\r\n>/"}}};
 
-    const std::string_view mark = beginning.substr(0, 2);
-    if (mark == "\xFF\xFE" || mark == "\xFE\xFF") return true;
+    const std::string_view wide = beginning.substr(0, 4);
+    if (wide == "\xFF\xFE<\0"sv || wide == "\xFE\xFF\0<"sv) return true;
     if (beginning.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
         beginning.remove_prefix(kByteOrderMark.size());
     }

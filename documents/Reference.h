@@ -55,7 +55,7 @@ inline constexpr std::size_t kMaxDocumentSize = 256 * std::size_t{1'048'576};
 /// Whether a file that begins like this is meant to be an XML document, well formed or not: after a
 /// byte-order mark and white space comes a declaration, a comment, a document type or the element
 /// PMML, or the file ends within the first letters of one of these; or it begins with the
-/// byte-order mark of UTF-16, which no data has.
+/// byte-order mark of UTF-16 and a tag.
 bool BeginsLikeDocument(std::string_view beginning);
 
 /// The reference that a document holds. Its list has the fields in their order, as input variables
@@ -67,7 +67,7 @@ bool BeginsLikeDocument(std::string_view beginning);
 /// totalFreq; and behind the statistics an extension "newData" with the first unreadable datum and
 /// the cases of categories that were not kept, of the fields that have them. Without missingFreq
 /// nothing is known of a field's missing and unreadable data, and without tokens they are those of
-/// a default MissingTokens.
+/// a default MissingTokens that are no categories of the document.
 ///
 /// Whatever is not such a document is refused with DocumentError and the place: one that is longer
 /// than kMaxDocumentSize or not well-formed XML in UTF-8; document types, processing instructions,

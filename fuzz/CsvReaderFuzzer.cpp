@@ -131,7 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     app::Progress progress(nullptr);
     NeverCancel cancel;
     try {
-        app::CsvReader reader(memory.Path(), app::Reading::Repeated, progress, cancel);
+        app::CsvReader reader({memory.Path()}, app::Reading::Repeated, {}, {}, progress, cancel);
         Require(ReadRows(reader) == expected, "the rows are those of the file");
         reader.mBuffer = std::vector<char>(bufferSize);
         reader.Rewind();

@@ -119,6 +119,10 @@ std::size_t DisplayWidth(std::string_view text) {
     return width;
 }
 
+bool IsCurrencySign(std::int32_t code) {
+    return code >= 0 && utf8proc_category(code) == UTF8PROC_CATEGORY_SC;
+}
+
 bool HasRightToLeft(std::string_view text) {
     while (!text.empty()) {
         const auto [code, length] = FirstCharacter(text);

@@ -32,6 +32,9 @@ Cluster FirstCluster(std::string_view text);
 /// needs no escaping.
 std::size_t DisplayWidth(std::string_view text);
 
+/// Whether this is the sign of a currency.
+bool IsCurrencySign(std::int32_t code);
+
 /// Whether a letter of the text belongs to a script that is written from right to left.
 bool HasRightToLeft(std::string_view text);
 

@@ -1,11 +1,15 @@
 #include "app/base/InputFile.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <new>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -14,41 +18,39 @@
 
 namespace app {
 
+namespace {
+
+constexpr std::size_t kPieceSize = std::size_t{1} << 17U;
+
+// An archive of so many bytes more than its length ends in bounded time; and no gzip archive can
+// have more than half of the factor.
+constexpr std::uint64_t kAlwaysBearable = std::uint64_t{1} << 30U;
+constexpr std::uint64_t kBearableFactor = 2000;
+
+}  // namespace
+
 std::string FileName(const std::string& path) {
     if (path == "-") return "standard input";
     return path.empty() ? "\"\"" : Printable(path);
 }
 
-InputFile::InputFile(const std::string& path, Reading reading, Progress& progress,
-                     MCQueryCancel& cancel)
-    : mName(FileName(path)), mProgress(progress), mCancel(cancel) {
-    const bool isInput = path == "-";
-    if (isInput) {
-        mDescriptor = STDIN_FILENO;
-    } else {
-        Open(path, reading);
-    }
-    const bool known = fstat(mDescriptor, &mOpened) == 0;
-    mIsRegular = known && S_ISREG(mOpened.st_mode);
-    // Standard input may begin anywhere in its file.
-    if (mIsRegular && !isInput) mSize = static_cast<std::uint64_t>(mOpened.st_size);
-    if (!mSize && reading == Reading::Repeated) {
-        if (!isInput) close(mDescriptor);
-        throw InputError(mName + (known && S_ISDIR(mOpened.st_mode)
-                                      ? ": is a directory"
-                                      : ": must be a regular file, because it is read more than "
-                                        "once"));
-    }
+bool IsRegularFile(const std::string& path) {
+    std::error_code ignored;
+    return path != "-" && std::filesystem::is_regular_file(path, ignored);
 }
 
-// To open a named pipe can mean to wait for its writer. There is no point in that for a file that
-// is to be read repeatedly; regular files are not affected by O_NONBLOCK.
-void InputFile::Open(const std::string& path, Reading reading) {
-    const int flags = O_RDONLY | O_CLOEXEC | (reading == Reading::Repeated ? O_NONBLOCK : 0);
-    while ((mDescriptor = open(path.c_str(), flags)) < 0) {
-        if (errno != EINTR) Fail(errno);
-        if (mCancel.QueryCancel()) throw Cancelled();
+InputFile::InputFile(const std::string& path, Progress& progress, MCQueryCancel& cancel)
+    : mName(FileName(path)), mProgress(progress), mCancel(cancel) {
+    if (path == "-") {
+        mDescriptor = STDIN_FILENO;
+    } else {
+        while ((mDescriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC)) < 0) {
+            if (errno != EINTR) Fail(errno);
+            if (mCancel.QueryCancel()) throw Cancelled();
+        }
     }
+    mIsRegular = fstat(mDescriptor, &mOpened) == 0 && S_ISREG(mOpened.st_mode);
+    mCanSeek = mIsRegular && path != "-";
 }
 
 InputFile::~InputFile() {
@@ -60,12 +62,79 @@ void InputFile::PutBack(std::string beginning) {
     mPutBackUsed = 0;
 }
 
+void InputFile::KeepForRewind() {
+    if (mCanSeek || mCopy) return;
+    mCopy = std::make_unique<TemporaryCopy>(mName);
+    mCopy->Append(mPutBack.data(), mPutBack.size());
+}
+
 std::size_t InputFile::Read(char* buffer, std::size_t size) {
-    std::size_t filled = mPutBack.copy(buffer, size, mPutBackUsed);
-    mPutBackUsed += filled;
+    const std::size_t again = mPutBack.copy(buffer, size, mPutBackUsed);
+    mPutBackUsed += again;
+    return again + ReadOn(buffer + again, size - again);
+}
+
+std::size_t InputFile::ReadOn(char* buffer, std::size_t size) {
+    if (size == 0) return 0;
+    if (mCancel.QueryCancel()) throw Cancelled();
+    if (mCopyIsRead) return ReadDescriptor(buffer, size);
+    if (!mHasBegun) {
+        mHasBegun = true;
+        mPlain = {mMark.data(), ReadDescriptor(mMark.data(), mMark.size())};
+        mDecompressor = DecompressorFor(mPlain);
+        if (mDecompressor) std::swap(mPlain, mArchive);
+    }
+    std::size_t filled = mPlain.copy(buffer, size);
+    mPlain.remove_prefix(filled);
+    if (mDecompressor) {
+        filled = ReadArchive(buffer, size);
+    } else if (filled < size) {
+        filled += ReadDescriptor(buffer + filled, size - filled);
+    }
+    if (mCopy) mCopy->Append(buffer, filled);
+    return filled;
+}
+
+std::size_t InputFile::ReadArchive(char* buffer, std::size_t size) {
+    std::size_t filled = 0;
+    while (filled < size) {
+        std::size_t got = 0;
+        try {
+            got = mDecompressor->Decompress(mArchive, buffer + filled, size - filled);
+        } catch (const ArchiveError& error) {
+            RefuseArchive(mDone - mArchive.size() + 1, error.what());
+        }
+        filled += got;
+        mDecompressed += got;
+        RequireBearable(mDecompressed);
+        if (got > 0 || !mArchive.empty()) continue;
+        mPiece.resize(kPieceSize);
+        mArchive = {mPiece.data(), ReadDescriptor(mPiece.data(), mPiece.size())};
+        if (!mArchive.empty()) continue;
+        if (!mDecompressor->IsWhole()) {
+            RefuseArchive(mDone, fmt::format("the {} archive ends here, too early",
+                                             mDecompressor->Format()));
+        }
+        break;
+    }
+    return filled;
+}
+
+void InputFile::RequireBearable(std::uint64_t decompressed) const {
+    if (decompressed < kAlwaysBearable || decompressed / kBearableFactor < mDone) return;
+    throw InputError(
+        fmt::format("{}: the {} archive becomes more than {} times as long; if that is what it is "
+                    "meant to be, decompress it and give it through a pipe as '-'",
+                    mName, mDecompressor->Format(), kBearableFactor));
+}
+
+// `size` bytes, fewer only at the end.
+std::size_t InputFile::ReadDescriptor(char* buffer, std::size_t size) {
+    std::size_t filled = 0;
     while (filled < size) {
         if (mCancel.QueryCancel()) throw Cancelled();
-        const ssize_t got = read(mDescriptor, buffer + filled, size - filled);
+        const int descriptor = mCopyIsRead ? mCopy->Descriptor() : mDescriptor;
+        const ssize_t got = read(descriptor, buffer + filled, size - filled);
         if (got == 0) {
             RequireUnchanged();
             break;
@@ -76,23 +145,36 @@ std::size_t InputFile::Read(char* buffer, std::size_t size) {
         }
         filled += static_cast<std::size_t>(got);
         mDone += static_cast<std::uint64_t>(got);
-        mProgress.Update(mName, mPass, mDone, mSize);
+        std::optional<std::uint64_t> length;
+        if (mCanSeek) length = static_cast<std::uint64_t>(mOpened.st_size);
+        if (mCopyIsRead) length = mCopy->Size();
+        mProgress.Update(mName, mPass, mDone, length);
     }
     return filled;
 }
 
 void InputFile::Rewind() {
-    RequireUnchanged();
-    if (lseek(mDescriptor, 0, SEEK_SET) != 0) Fail(errno);
+    if (mCopy && !mCopyIsRead) {
+        // What was not read in this pass belongs to the copy as well.
+        std::vector<char> rest(kPieceSize);
+        while (ReadOn(rest.data(), rest.size()) > 0) continue;
+        mCopyIsRead = true;
+    }
+    if (!mCopy) RequireUnchanged();
+    if (lseek(mCopy ? mCopy->Descriptor() : mDescriptor, 0, SEEK_SET) != 0) Fail(errno);
     mDone = 0;
+    mHasBegun = false;
+    mDecompressor.reset();
+    mArchive = mPlain = {};
+    mDecompressed = 0;
     PutBack({});
     ++mPass;
 }
 
 // What another program writes meanwhile is read half, and passes over different contents do not
-// belong together.
+// belong together. Of what is copied nothing is read a second time.
 void InputFile::RequireUnchanged() const {
-    if (!mIsRegular) return;
+    if (!mIsRegular || mCopyIsRead) return;
     struct stat now = {};
     if (fstat(mDescriptor, &now) != 0) Fail(errno);
     if (now.st_dev != mOpened.st_dev || now.st_ino != mOpened.st_ino ||
@@ -103,6 +185,11 @@ void InputFile::RequireUnchanged() const {
 }
 
 void InputFile::RefuseChanged() const { throw InputError(mName + ": changed while it was read"); }
+
+// The byte is counted from 1, as lines are.
+void InputFile::RefuseArchive(std::uint64_t byte, const std::string& problem) const {
+    throw InputError(fmt::format("{}: byte {}: {}", mName, byte, problem));
+}
 
 void InputFile::Fail(int error) const {
     if (error == ENOMEM) throw std::bad_alloc();

@@ -50,11 +50,12 @@ std::string ShellQuoted(std::string_view text) {
     return quoted + "'";
 }
 
-std::string ShellOption(std::string_view option, std::string_view column) {
-    if (column.size() > kMaxTyped) return fmt::format("{} COLUMN", option);
+std::string ShellOption(std::string_view option, std::string_view value,
+                        std::string_view placeholder) {
+    if (value.size() > kMaxTyped) return fmt::format("{} {}", option, placeholder);
     // Behind a blank the value -h would be taken for the option.
-    const bool likeOption = !column.empty() && column[0] == '-';
-    return fmt::format("{}{}{}", option, likeOption ? '=' : ' ', ShellQuoted(column));
+    const bool likeOption = !value.empty() && value[0] == '-';
+    return fmt::format("{}{}{}", option, likeOption ? '=' : ' ', ShellQuoted(value));
 }
 
 }  // namespace app

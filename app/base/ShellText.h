@@ -10,7 +10,8 @@ namespace app {
 std::string ShellQuoted(std::string_view text);
 
 /// An option with its value as it can be typed, such as --ignore 'a b'. In place of a value that is
-/// too long to be typed stands COLUMN.
-std::string ShellOption(std::string_view option, std::string_view column);
+/// too long to be typed stands `placeholder`.
+std::string ShellOption(std::string_view option, std::string_view value,
+                        std::string_view placeholder = "COLUMN");
 
 }  // namespace app

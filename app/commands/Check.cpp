@@ -5,69 +5,75 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <filesystem>
-#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "app/base/Errors.h"
 #include "app/base/InputFile.h"
 #include "app/base/Printable.h"
+#include "app/base/ShellText.h"
+#include "app/commands/Account.h"
 #include "app/commands/ReferenceFile.h"
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
 #include "app/data/NewSummary.h"
 
-using MADocuments::MissingTokens;
 using MADocuments::Reference;
 
 namespace app {
 
 namespace {
 
-// One weight for each column of the reference that is not ignored, in their order; none if the user
-// gave none.
-std::vector<double> WeightsInOrder(const CheckOptions& options,
-                                   const std::vector<std::string>& headings) {
-    if (options.weights.empty()) return {};
-    std::map<std::string_view, double> byName;
+using Weights = std::map<std::string_view, double>;
+
+// The weights by column. Each column is one of these headings.
+Weights WeightsByColumn(const CheckOptions& options, const std::vector<std::string>& headings) {
+    std::set<std::string_view> known(headings.begin(), headings.end());
+    for (const std::string& name : options.data.columns.ignored) known.erase(name);
+    Weights weights;
     for (const auto& [column, weight] : options.weights) {
-        if (!byName.emplace(column, weight).second) {
+        if (!weights.emplace(column, weight).second) {
             throw UsageError(fmt::format("two weights for the column \"{}\"", Printable(column)));
         }
+        if (known.count(column) == 0) {
+            throw UsageError(
+                fmt::format("the weighted column \"{}\" is ignored or not in the reference",
+                            Printable(column)));
+        }
     }
-    const std::set<std::string_view> ignored(options.columns.ignored.begin(),
-                                             options.columns.ignored.end());
-    std::vector<double> weights;
     double sum = 0.0;
-    for (const std::string& heading : headings) {
-        if (ignored.count(heading) != 0) continue;
-        const auto named = byName.find(heading);
-        weights.push_back(named == byName.end() ? 1.0 : named->second);
-        sum += weights.back();
-        if (named != byName.end()) byName.erase(named);
-    }
-    if (!byName.empty()) {
-        throw UsageError(
-            fmt::format("the weighted column \"{}\" is ignored or not in the reference",
-                        Printable(byName.begin()->first)));
+    for (const std::string_view name : known) {
+        const auto named = weights.find(name);
+        sum += named == weights.end() ? 1.0 : named->second;
     }
     if (!std::isfinite(sum)) throw UsageError("the weights are too large to be added up");
     return weights;
 }
 
-void RefuseSettledOptions(const CheckOptions& options) {
-    const auto refuse = [](const char* option) {
+// One weight for each slot of the reference; none if the user gave none.
+std::vector<double> WeightsInOrder(Weights byColumn, const MADistStats& reference) {
+    if (byColumn.empty()) return {};
+    std::vector<double> weights(reference.GetVarCount(), 1.0);
+    for (unsigned int slot = 0; slot < reference.GetVarCount(); ++slot) {
+        const std::string name =
+            reference.GetVarList().GetVarAt(reference.GetVarListIndex(slot))->GetName();
+        const auto named = byColumn.find(name);
+        if (named == byColumn.end()) continue;
+        weights[slot] = named->second;
+        byColumn.erase(named);
+    }
+    if (!byColumn.empty()) {
+        const std::string_view column = byColumn.begin()->first;
         throw UsageError(
-            fmt::format("{}: this was settled when the reference was learned", option));
-    };
-    if (!options.missing.empty()) refuse("--missing");
-    if (!options.columns.categorical.empty()) refuse("--categorical");
-    if (!options.columns.continuous.empty()) refuse("--continuous");
+            fmt::format("the weighted column \"{}\" is left out of the reference, because its "
+                        "values are keys or "
+                        "dates; {} takes them as categories",
+                        Printable(column), ShellOption("--categorical", column)));
+    }
+    return weights;
 }
 
 // A new file that has been opened: data, or the summary that it holds.
@@ -77,23 +83,31 @@ struct NewFile {
     std::optional<Reference> summary;
 };
 
-NewFile OpenNew(const std::string& path, Progress& progress, MCQueryCancel& cancel) {
-    auto file = std::make_unique<InputFile>(path, Reading::Once, progress, cancel);
+NewFile OpenNew(const std::string& path, const CsvFormat& format, Progress& progress,
+                MCQueryCancel& cancel) {
+    auto file = std::make_unique<InputFile>(path, progress, cancel);
     NewFile opened{file->Name(), std::nullopt, std::nullopt};
     if (const auto document = LoadDocument(*file)) {
         // Of a variable that the reference lacks or ignores nothing is looked at.
         opened.summary = ReferenceIn(*document, {});
     } else {
-        opened.data.emplace(std::move(file));
+        opened.data.emplace(std::move(file), Reading::Once, format);
     }
     return opened;
 }
 
-// Whether a file can be opened twice. Pipes that somebody fills one after the other must be read
-// one after the other.
-bool CanBeReopened(const std::string& path) {
-    std::error_code ignored;
-    return path != "-" && std::filesystem::is_regular_file(path, ignored);
+// What may be wrong with new data of a single column that the reference does not have; empty if
+// nothing is.
+std::string WrongDelimiter(const CsvReader& data, const std::vector<std::string>& reference) {
+    const std::string& heading = data.Headings().front();
+    if (data.Headings().size() > 1 ||
+        std::find(reference.begin(), reference.end(), heading) != reference.end()) {
+        return {};
+    }
+    const std::size_t found = heading.find_first_of(kSearchedDelimiters);
+    if (found == std::string::npos) return {};
+    return fmt::format("{}: there is one column only, \"{}\"; {} sets its parts apart", data.Name(),
+                       Shortened(heading), DelimiterOption(heading[found]));
 }
 
 // The columns that the files turn out to have, in which those of the options must be.
@@ -113,7 +127,7 @@ public:
         // A stored summary has lost the columns that the reference lacks, and one may be meant.
         mHasSummary = mHasSummary || file.summary;
         if (++mFiles == mOptions.newPaths.size() && !mHasSummary) {
-            RequireColumns(mOptions.columns.ignored, {&mReference, &mHeadings},
+            RequireColumns(mOptions.data.columns.ignored, {&mReference, &mHeadings},
                            "neither file has a column");
         }
     }
@@ -128,57 +142,65 @@ private:
 
 }  // namespace
 
-std::vector<CheckResult> Check(const CheckOptions& options, Progress& progress,
-                               MCQueryCancel& cancel) {
+Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel) {
     const bool isInput = options.referencePath == "-";
     if (std::count(options.newPaths.begin(), options.newPaths.end(), "-") + (isInput ? 1 : 0) > 1) {
         throw UsageError("only one of the files can be standard input");
     }
-    // What is no document is read as data, and not from a pipe, which could keep the program
-    // waiting.
-    auto referenceFile = std::make_unique<InputFile>(
-        options.referencePath, isInput ? Reading::Once : Reading::Repeated, progress, cancel);
+    const CsvFormat& format = options.data.format;
+    const std::vector<std::string>& ignored = options.data.columns.ignored;
+    auto referenceFile = std::make_unique<InputFile>(options.referencePath, progress, cancel);
     std::optional<Reference> reference;
     std::optional<CsvReader> data;
     if (const auto document = LoadDocument(*referenceFile)) {
-        RefuseSettledOptions(options);
-        reference = ReferenceIn(*document, options.columns.ignored);
-    } else if (isInput) {
-        throw UsageError("the reference cannot be standard input, unless it is a stored one");
+        if (!options.data.settledOption.empty()) {
+            throw UsageError(fmt::format("{}: this was settled when the reference was learned",
+                                         options.data.settledOption));
+        }
+        reference = ReferenceIn(*document, ignored);
     } else {
-        data.emplace(std::move(referenceFile));
-        CheckHeadings(*data, options.columns.ignored);
+        data.emplace(std::move(referenceFile), Reading::Repeated, format);
+        CheckHeadings(*data, ignored);
     }
 
     // All that can be told of the options and the files is told before the long passes.
     KnownColumns columns(options,
                          reference ? NamesOf(reference->stats.GetVarList()) : data->Headings());
-    const std::vector<double> weights = WeightsInOrder(options, columns.OfReference());
+    const Weights weights = WeightsByColumn(options, columns.OfReference());
     for (const std::string& path : options.newPaths) {
-        if (!CanBeReopened(path)) continue;
-        const NewFile file = OpenNew(path, progress, cancel);
-        if (file.data) CheckNewHeadings(*file.data, columns.OfReference(), options.columns.ignored);
+        if (!IsRegularFile(path)) continue;
+        const NewFile file = OpenNew(path, format, progress, cancel);
+        if (file.data) CheckNewHeadings(*file.data, columns.OfReference(), ignored);
         columns.Take(file);
     }
+    Checked checked;
     if (data) {
-        reference = LearnReference(*data, options.columns, MissingTokens(options.missing), cancel);
+        LearnedReference learned =
+            LearnReference(*data, options.data.columns, options.data.Missing(), cancel);
+        for (const std::string& remark : RemarksOn(learned.columns, true)) {
+            checked.remarks.push_back(fmt::format("{}: {}", data->Name(), remark));
+        }
+        reference = std::move(learned.reference);
     }
 
     const auto shared = std::make_shared<const Reference>(std::move(*reference));
-    std::vector<CheckResult> results;
+    const std::vector<double> inOrder = WeightsInOrder(weights, shared->stats);
     for (const std::string& path : options.newPaths) {
-        NewFile file = OpenNew(path, progress, cancel);
-        if (!CanBeReopened(path)) columns.Take(file);
+        NewFile file = OpenNew(path, format, progress, cancel);
+        if (!IsRegularFile(path)) columns.Take(file);
         if (file.data) {
-            CheckNewHeadings(*file.data, columns.OfReference(), options.columns.ignored);
+            CheckNewHeadings(*file.data, columns.OfReference(), ignored);
+            const std::string delimiter = WrongDelimiter(*file.data, columns.OfReference());
+            if (!delimiter.empty()) checked.remarks.push_back(delimiter);
             file.summary = SummariseLike(*shared, *file.data, cancel);
         } else {
             RequireBinsOf(*shared, *file.summary, file.name);
         }
-        results.push_back(Compare(shared, std::move(*file.summary), weights, options.alpha));
-        results.back().newName = file.name;
+        checked.results.push_back(
+            Compare(shared, std::move(*file.summary), inOrder, options.alpha));
+        checked.results.back().newName = file.name;
     }
-    return results;
+    return checked;
 }
 
 }  // namespace app

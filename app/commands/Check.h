@@ -7,8 +7,8 @@
 #include "accredit/host/MCQueryCancel.h"
 #include "app/base/Progress.h"
 #include "app/commands/Comparison.h"
+#include "app/commands/DataOptions.h"
 #include "app/commands/FailRules.h"
-#include "app/data/ColumnKinds.h"
 
 namespace app {
 
@@ -25,8 +25,7 @@ enum class ReportFormat { Text, Json, OpenMetrics };
 struct CheckOptions {
     std::string referencePath;          ///< A stored reference or a data file.
     std::vector<std::string> newPaths;  ///< Data or stored summaries; "-" is standard input.
-    std::vector<std::string> missing;
-    ColumnChoices columns;
+    DataOptions data;
     std::vector<ColumnWeight> weights;  ///< Columns that are not named weigh 1.
     double alpha = 0.01;
     FailRules rules;
@@ -35,14 +34,20 @@ struct CheckOptions {
     std::string reportPath;  ///< The page to write; empty for none.
 };
 
+/// What comparisons with a reference gave.
+struct Checked {
+    std::vector<CheckResult> results;  ///< One for each new file, in their order.
+    /// What a person should know of the data besides; see RemarksOn. Each begins with a file's
+    /// name.
+    std::vector<std::string> remarks;
+};
+
 /// Compares each new file with the reference. A data file is read up to three times and learned as
 /// a reference; of a stored reference, which its beginning tells apart, all that is known, and the
 /// result is the same to the last bit. So it is with new data and its stored summary. New data is
 /// read once. Memory does not grow with the number of rows.
 ///
-/// Gives one result for each new file, in their order. Throws UsageError for options that do not
-/// fit the reference, InputError, Cancelled.
-std::vector<CheckResult> Check(const CheckOptions& options, Progress& progress,
-                               MCQueryCancel& cancel);
+/// Throws UsageError for options that do not fit the reference, InputError, OutputError, Cancelled.
+Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel);
 
 }  // namespace app

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <utility>
+
 #include "accredit/diststats/MAProblems.h"
 #include "accredit/documents/Reference.h"
 #include "app/base/Errors.h"
@@ -9,12 +12,10 @@
 #include "app/base/Printable.h"
 #include "app/commands/ReferenceFile.h"
 #include "app/commands/ThisProgram.h"
-#include "app/commands/Words.h"
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
 #include "app/data/NewSummary.h"
 
-using MADocuments::MissingTokens;
 using MADocuments::Reference;
 using MCMTD_NAMESPACE::MCVarList;
 
@@ -23,6 +24,9 @@ namespace app {
 namespace {
 
 constexpr const char* kNotText = "a text with control characters or bytes that are not UTF-8";
+constexpr const char* kOtherEncoding =
+    "; what is in an older encoding can be given through a pipe as '-' by 'iconv -f WINDOWS-1252 "
+    "-t UTF-8 FILE'";
 
 // What of the reference the library could not write.
 std::string Unwritable(const Reference& reference) {
@@ -35,11 +39,12 @@ std::string Unwritable(const Reference& reference) {
         fmt::format("the column \"{}\"", Shortened(list.GetVarAt(position)->GetName()));
     switch (problem.kind) {
         case MAProblemKind::Name:
-            return fmt::format("{}: its heading is {}", column, kNotText);
+            return fmt::format("{}: its heading is {}{}", column, kNotText, kOtherEncoding);
         case MAProblemKind::Category:
             return fmt::format(
-                "{}: the category \"{}\" is {}", column,
-                Shortened(list.GetEncoderAt(position)->DecodeString(problem.category)), kNotText);
+                "{}: the category \"{}\" is {}{}", column,
+                Shortened(list.GetEncoderAt(position)->DecodeString(problem.category)), kNotText,
+                kOtherEncoding);
         case MAProblemKind::SummaryStats:
             return column +
                    ": its values are so large that their mean or deviation overflows; --ignore "
@@ -51,34 +56,32 @@ std::string Unwritable(const Reference& reference) {
     }
 }
 
-}  // namespace
-
-namespace {
-
-void RefuseSettledOptions(const LearnOptions& options) {
-    const auto refuse = [](const char* option) {
-        throw UsageError(fmt::format("{}: the reference of --bins-of has settled this", option));
-    };
-    if (!options.missing.empty()) refuse("--missing");
-    if (!options.columns.categorical.empty()) refuse("--categorical");
-    if (!options.columns.continuous.empty()) refuse("--continuous");
+// What can be told of the headings of all files is told before the long passes. A pipe is opened
+// when its turn comes.
+void CheckFurtherHeadings(const LearnOptions& options, const CsvReader& reader, Progress& progress,
+                          MCQueryCancel& cancel) {
+    for (std::size_t i = 1; i < options.dataPaths.size(); ++i) {
+        const std::string& path = options.dataPaths[i];
+        if (!IsRegularFile(path)) continue;
+        reader.RequireSameColumns(CsvReader({path}, Reading::Once, options.data.format,
+                                            options.data.columns.ignored, progress, cancel));
+    }
 }
 
-Reference SummariseWithBinsOf(const LearnOptions& options, Progress& progress,
-                              MCQueryCancel& cancel) {
-    RefuseSettledOptions(options);
-    if (options.binsOfPath == "-" && options.dataPath == "-") {
-        throw UsageError("only one of the files can be standard input");
+MADocuments::Reference SummariseWithBinsOf(const LearnOptions& options, CsvReader& reader,
+                                           Progress& progress, MCQueryCancel& cancel) {
+    if (!options.data.settledOption.empty()) {
+        throw UsageError(fmt::format("{}: the reference of --bins-of has settled this",
+                                     options.data.settledOption));
     }
-    InputFile file(options.binsOfPath, Reading::Once, progress, cancel);
+    InputFile file(options.binsOfPath, progress, cancel);
     const auto document = LoadDocument(file);
     if (!document) throw InputError(file.Name() + ": this is not a stored reference");
-    const Reference reference = ReferenceIn(*document, options.columns.ignored);
-    CsvReader reader(options.dataPath, Reading::Once, progress, cancel);
+    const std::vector<std::string>& ignored = options.data.columns.ignored;
+    const Reference reference = ReferenceIn(*document, ignored);
     const std::vector<std::string> names = NamesOf(reference.stats.GetVarList());
-    CheckNewHeadings(reader, names, options.columns.ignored);
-    RequireColumns(options.columns.ignored, {&names, &reader.Headings()},
-                   "neither file has a column");
+    CheckNewHeadings(reader, names, ignored);
+    RequireColumns(ignored, {&names, &reader.Headings()}, "neither file has a column");
     Reference summary = SummariseLike(reference, reader, cancel);
     if (summary.stats.GetVarCount() == 0) {
         throw InputError(reader.Name() + ": the file has no column of the reference");
@@ -88,55 +91,51 @@ Reference SummariseWithBinsOf(const LearnOptions& options, Progress& progress,
 
 }  // namespace
 
-Reference Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
-    if (!options.binsOfPath.empty()) {
-        Reference summary = SummariseWithBinsOf(options, progress, cancel);
-        summary.application = ThisProgram();
-        return summary;
+Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
+    const std::vector<std::string>& paths = options.dataPaths;
+    const auto inputs = std::count(paths.begin(), paths.end(), "-");
+    if (inputs + (options.binsOfPath == "-" ? 1 : 0) > 1) {
+        throw UsageError("only one of the files can be standard input");
     }
-    CsvReader reader(options.dataPath, Reading::Repeated, progress, cancel);
-    CheckHeadings(reader, options.columns.ignored);
-    RequireColumns(options.columns.ignored, {&reader.Headings()},
-                   reader.Name() + ": the file has no column");
-    Reference reference =
-        LearnReference(reader, options.columns, MissingTokens(options.missing), cancel);
-    reference.application = ThisProgram();
-    return reference;
+    const bool isReference = options.binsOfPath.empty();
+    CsvReader reader(paths, isReference ? Reading::Repeated : Reading::Once, options.data.format,
+                     options.data.columns.ignored, progress, cancel);
+    CheckFurtherHeadings(options, reader, progress, cancel);
+    Learned learned;
+    learned.name = reader.Name();
+    learned.fileCount = paths.size();
+    if (paths.size() == 1) learned.separatedBy = DelimiterName(reader.Delimiter());
+    if (isReference) {
+        CheckHeadings(reader, options.data.columns.ignored);
+        RequireColumns(options.data.columns.ignored, {&reader.Headings()},
+                       reader.Name() + ": the file has no column");
+        LearnedReference reference =
+            LearnReference(reader, options.data.columns, options.data.Missing(), cancel);
+        learned.reference = std::move(reference.reference);
+        learned.columns = std::move(reference.columns);
+    } else {
+        learned.reference = SummariseWithBinsOf(options, reader, progress, cancel);
+    }
+    learned.reference.application = ThisProgram();
+    return learned;
 }
 
-std::string DocumentOf(const Reference& reference, const std::string& dataName) {
+std::string DocumentOf(const Learned& learned) {
     std::string document;
     try {
-        document = MADocuments::WriteReference(reference);
+        document = MADocuments::WriteReference(learned.reference);
     } catch (const MADocuments::DocumentError&) {
-        throw InputError(dataName + ": a PMML document cannot hold " + Unwritable(reference));
+        throw InputError(learned.name + ": a PMML document cannot hold " +
+                         Unwritable(learned.reference));
     }
     if (document.size() > MADocuments::kMaxDocumentSize) {
         throw InputError(fmt::format(
-            "{}: the reference would be longer than {} MiB; --ignore leaves columns out", dataName,
-            MADocuments::kMaxDocumentSize / 1'048'576));
+            "{}: the reference would be longer than {} MiB; --ignore leaves columns out",
+            learned.name, MADocuments::kMaxDocumentSize / 1'048'576));
     }
     // What cannot be read again must not be kept.
     MADocuments::ReadReference(document);
     return document;
-}
-
-std::vector<std::string> WarningsOf(const Reference& summary, const LearnOptions& options) {
-    std::vector<std::string> warnings;
-    for (unsigned int slot = 0; slot < summary.stats.GetVarCount(); ++slot) {
-        const auto warn = [&](const std::string& what) {
-            const MCVarList& list = summary.stats.GetVarList();
-            const std::string name = list.GetVarAt(summary.stats.GetVarListIndex(slot))->GetName();
-            warnings.push_back(fmt::format("column \"{}\": {}", ShownName(name, slot + 1), what));
-        };
-        // New data is not what a change would have to show in.
-        const std::string crowded =
-            options.binsOfPath.empty() ? CrowdedInWords(summary.stats, slot) : "";
-        if (!crowded.empty()) warn(crowded);
-        const std::string unreadable = UnreadableInWords(summary.uncounted[slot]);
-        if (!unreadable.empty()) warn(unreadable);
-    }
-    return warnings;
 }
 
 }  // namespace app

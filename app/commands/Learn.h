@@ -1,37 +1,41 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "accredit/documents/Reference.h"
 #include "accredit/host/MCQueryCancel.h"
 #include "app/base/Progress.h"
+#include "app/commands/DataOptions.h"
 #include "app/data/ColumnKinds.h"
 
 namespace app {
 
 /// What `accredit learn` is asked to do.
 struct LearnOptions {
-    std::string dataPath;
-    std::string outputPath;  ///< "-" is standard output.
+    std::vector<std::string> dataPaths;  ///< One or more; "-" is standard input.
+    std::string outputPath;              ///< "-" is standard output.
     /// A stored reference with whose bins the data is summarised; empty for bins of its own.
     std::string binsOfPath;
-    std::vector<std::string> missing;
-    ColumnChoices columns;
+    DataOptions data;
 };
 
-/// The reference that is learned from the file, see LearnReference; or its summary with the bins of
-/// another, see SummariseLike. Throws UsageError, InputError, Cancelled.
-MADocuments::Reference Learn(const LearnOptions& options, Progress& progress,
-                             MCQueryCancel& cancel);
+/// What was learned of data.
+struct Learned {
+    MADocuments::Reference reference;
+    std::string name;  ///< Of the data, fit to be shown.
+    std::size_t fileCount = 1;
+    std::string separatedBy;             ///< In words; empty for several files.
+    std::vector<SettledColumn> columns;  ///< Of a reference, in the order of its list; else none.
+};
 
-/// The document of a reference that was learned from the file of this name, fit to be shown. Throws
-/// InputError for what a document cannot hold, with the column.
-std::string DocumentOf(const MADocuments::Reference& reference, const std::string& dataName);
+/// The reference that is learned from the files, see LearnReference; or their summary with the bins
+/// of another, see SummariseLike. Throws UsageError, InputError, OutputError, Cancelled.
+Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel);
 
-/// What a person should know of a summary that was stored: columns of a reference of which nearly
-/// all cases lie in one bin, and cells that could not be read. One text each.
-std::vector<std::string> WarningsOf(const MADocuments::Reference& summary,
-                                    const LearnOptions& options);
+/// The document of what was learned. Throws InputError for what a document cannot hold, with the
+/// column.
+std::string DocumentOf(const Learned& learned);
 
 }  // namespace app

@@ -3,14 +3,17 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "accredit/documents/NumberText.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
+#include "app/commands/ConfigFile.h"
 
 namespace app {
 
@@ -223,12 +226,90 @@ void AddSingle(CLI::App& command, const std::string& name,
     if (name.front() == '-') option->take_all();
 }
 
-void AddColumnOptions(CLI::App& command, std::vector<std::string>& missing,
-                      ColumnChoices& columns) {
-    AddRepeated(command, "--missing", missing);
-    AddRepeated(command, "--ignore", columns.ignored);
-    AddRepeated(command, "--categorical", columns.categorical);
-    AddRepeated(command, "--continuous", columns.continuous);
+char ParseDelimiter(const std::string& text) {
+    if (text == "tab" || text == "\\t") return '\t';
+    if (text.size() == 1 && IsDelimiter(text.front())) return text.front();
+    throw UsageError(fmt::format(
+        "--delimiter: \"{}\" is not 'tab' or one character that can stand between fields",
+        Printable(text)));
+}
+
+void AddDataOptions(CLI::App& command, DataOptions& data) {
+    // Of several such options the first is named where a stored reference has settled them.
+    const auto addSettled = [&](const std::string& name,
+                                const std::function<void(const std::string&)>& take) {
+        AddRepeated(command, name, [&data, name, take](const std::string& value) {
+            if (data.settledOption.empty()) data.settledOption = name;
+            take(value);
+        });
+    };
+    const auto addTo = [](std::vector<std::string>& values) {
+        return [&values](const std::string& value) { values.push_back(value); };
+    };
+    addSettled("--missing", addTo(data.missing));
+    addSettled("--only-missing", [&data](const std::string& value) {
+        if (!data.onlyMissing) data.onlyMissing.emplace();
+        data.onlyMissing->push_back(value);
+    });
+    addSettled("--categorical", addTo(data.columns.categorical));
+    addSettled("--continuous", addTo(data.columns.continuous));
+    AddRepeated(command, "--ignore", data.columns.ignored);
+    AddSingle(command, "--delimiter",
+              [&data](const std::string& text) { data.format.delimiter = ParseDelimiter(text); });
+    command.add_flag("--decimal-comma", data.format.decimalComma);
+}
+
+bool ParseSwitch(const std::string& key, const std::string& text) {
+    if (text == "true") return true;
+    if (text == "false") return false;
+    throw UsageError(fmt::format("{}: \"{}\" is neither true nor false", key, Printable(text)));
+}
+
+// Adds what a configuration file says. Where only one of two can hold, the command line does.
+void TakeConfigFile(const std::string& path, const std::string& command, DataOptions& data,
+                    std::vector<ColumnWeight>& weights) {
+    if (path.empty()) return;
+    const DataOptions given = data;
+    const std::vector<ColumnWeight> givenWeights = weights;
+    const auto addTo = [](std::vector<std::string>& values) {
+        return [&values](const std::string& value) { values.push_back(value); };
+    };
+    const ConfigKeys keys = {
+        {"ignore", addTo(data.columns.ignored)},
+        {"categorical", addTo(data.columns.categorical)},
+        {"continuous", addTo(data.columns.continuous)},
+        {"missing", addTo(data.missing)},
+        {"only-missing",
+         [&data](const std::string& value) {
+             if (!data.onlyMissing) data.onlyMissing.emplace();
+             data.onlyMissing->push_back(value);
+         }},
+        {"weight",
+         [&](const std::string& value) {
+             ColumnWeight weight = ParseWeight(value);
+             const bool isGiven = std::any_of(
+                 givenWeights.begin(), givenWeights.end(),
+                 [&weight](const ColumnWeight& each) { return each.column == weight.column; });
+             if (!isGiven) weights.push_back(std::move(weight));
+         }},
+        {"delimiter",
+         [&](const std::string& value) {
+             const char delimiter = ParseDelimiter(value);
+             if (!given.format.delimiter) data.format.delimiter = delimiter;
+         }},
+        {"decimal-comma",
+         [&](const std::string& value) {
+             if (ParseSwitch("decimal-comma", value)) data.format.decimalComma = true;
+         }},
+    };
+    ReadConfigFile(path, command, keys);
+}
+
+void RequireOneMissing(const DataOptions& data) {
+    if (!data.onlyMissing || data.missing.empty()) return;
+    throw UsageError(
+        "--missing names texts besides the usual ones, --only-missing those in their place: only "
+        "one of the two can be given");
 }
 
 ReportFormat ParseReportFormat(std::string_view text) {
@@ -257,7 +338,7 @@ void AddFormat(CLI::App& command, bool& json) {
 }
 
 void AddOptions(CLI::App& check, CheckOptions& options) {
-    AddColumnOptions(check, options.missing, options.columns);
+    AddDataOptions(check, options.data);
     AddRepeated(check, "--weight", [&options](const std::string& text) {
         options.weights.push_back(ParseWeight(text));
     });
@@ -285,13 +366,13 @@ void AddOptions(CLI::App& check, CheckOptions& options) {
 }
 
 void AddOptions(CLI::App& learn, LearnOptions& options) {
-    AddColumnOptions(learn, options.missing, options.columns);
+    AddDataOptions(learn, options.data);
     AddPath(learn, "--output", options.outputPath);
     AddSingle(learn, "--bins-of", [&options](const std::string& text) {
         if (text.empty()) throw UsageError("--bins-of: a stored reference is needed");
         options.binsOfPath = text;
     });
-    AddPath(learn, "DATA", options.dataPath);
+    AddPaths(learn, "DATA", options.dataPaths);
 }
 
 void AddOptions(CLI::App& show, ShowOptions& options) {
@@ -327,6 +408,13 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     for (CLI::App* command : {&program, &check, &learn, &show}) {
         command->set_version_flag("--version", std::string(kVersion));
     }
+    std::string configPath;
+    for (CLI::App* command : {&check, &learn}) {
+        AddSingle(*command, "--config", [&configPath](const std::string& text) {
+            if (text.empty()) throw UsageError("--config: a file is needed");
+            configPath = text;
+        });
+    }
     AddOptions(check, checkOptions);
     AddOptions(learn, learnOptions);
     AddOptions(show, showOptions);
@@ -350,8 +438,15 @@ Command ParseCommandLine(int argc, const char* const* argv) {
         RefuseUnknown(program);
         throw;
     }
-    if (learn.parsed()) return learnOptions;
     if (show.parsed()) return showOptions;
+    std::vector<ColumnWeight> noWeights;
+    if (learn.parsed()) {
+        TakeConfigFile(configPath, "learn", learnOptions.data, noWeights);
+        RequireOneMissing(learnOptions.data);
+        return learnOptions;
+    }
+    TakeConfigFile(configPath, "check", checkOptions.data, checkOptions.weights);
+    RequireOneMissing(checkOptions.data);
     return checkOptions;
 }
 

@@ -18,6 +18,7 @@
 #include "app/base/OutputFile.h"
 #include "app/base/Printable.h"
 #include "app/base/Progress.h"
+#include "app/commands/Account.h"
 #include "app/commands/Check.h"
 #include "app/commands/Options.h"
 #include "app/commands/ReferenceFile.h"
@@ -59,6 +60,14 @@ std::string Report(const std::vector<CheckResult>& results, const CheckOptions& 
     return TextReport(results, options, screen);
 }
 
+// A line each, for standard error.
+std::string Remarks(const std::vector<std::string>& remarks, const std::string& prefix) {
+    std::string lines;
+    for (const std::string& remark : remarks)
+        lines += fmt::format("accredit: {}{}\n", prefix, remark);
+    return lines;
+}
+
 // What the report does not say, or does not say to the person who runs the program.
 std::string Warnings(const CheckResult& result, const CheckOptions& options) {
     std::string warnings;
@@ -88,53 +97,53 @@ int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
     }
     Progress progress(terminal);
     Interrupt interrupt;
-    const std::vector<CheckResult> results = Check(options, progress, interrupt);
+    const Checked checked = Check(options, progress, interrupt);
     progress.Erase();
     interrupt.EndAtOnce();
-    std::string warnings;
+    std::string warnings = Remarks(checked.remarks, "");
     bool isBroken = false;
-    for (const CheckResult& result : results) {
+    for (const CheckResult& result : checked.results) {
         warnings += Warnings(result, options);
         isBroken = isBroken || !FailedRules(result, options.rules).empty();
     }
-    const std::string report = Report(results, options, screen);
-    if (page) page->Replace(HtmlReport(results, options, ThisProgram()));
+    const std::string report = Report(checked.results, options, screen);
+    if (page) page->Replace(HtmlReport(checked.results, options, ThisProgram()));
     Write(out, report);
     err << warnings;
     return isBroken ? ExitBroken : ExitPassed;
 }
 
 int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
-             std::ostream* terminal) {
+             const Screen& screen, std::ostream* terminal) {
     std::optional<OutputFile> file;
     if (options.outputPath != "-") {
-        file.emplace(
-            OutputBeside({options.dataPath, options.binsOfPath}, options.outputPath, "--output"));
+        std::vector<std::string> inputs = options.dataPaths;
+        inputs.push_back(options.binsOfPath);
+        file.emplace(OutputBeside(inputs, options.outputPath, "--output"));
     }
     Progress progress(terminal);
     Interrupt interrupt;
-    const MADocuments::Reference reference = Learn(options, progress, interrupt);
+    const Learned learned = Learn(options, progress, interrupt);
     progress.Erase();
     interrupt.EndAtOnce();
-    const std::string name = FileName(options.dataPath);
-    const std::string document = DocumentOf(reference, name);
-    std::string warnings;
-    for (const std::string& warning : WarningsOf(reference, options)) {
-        warnings += fmt::format("accredit: {}: {}\n", name, warning);
-    }
+    const std::string document = DocumentOf(learned);
+    const std::string account = AccountOf(learned, screen);
+    const std::string remarks = Remarks(RemarksOn(learned), learned.name + ": ");
     if (file) {
         file->Replace(document);
+        Write(out, account);
     } else {
         Write(out, document);
+        err << account;
     }
-    err << warnings;
+    err << remarks;
     return ExitPassed;
 }
 
 int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* terminal) {
     Progress progress(terminal);
     Interrupt interrupt;
-    InputFile file(options.referencePath, Reading::Once, progress, interrupt);
+    InputFile file(options.referencePath, progress, interrupt);
     const std::optional<Document> document = LoadDocument(file);
     progress.Erase();
     interrupt.EndAtOnce();
@@ -150,7 +159,7 @@ int Run(const Command& command, std::ostream& out, std::ostream& err, const Scre
         return RunCheck(*check, out, err, screen, terminal);
     }
     if (const auto* learn = std::get_if<LearnOptions>(&command)) {
-        return RunLearn(*learn, out, err, terminal);
+        return RunLearn(*learn, out, err, screen, terminal);
     }
     if (const auto* show = std::get_if<ShowOptions>(&command)) {
         return RunShow(*show, out, terminal);

@@ -73,10 +73,6 @@ std::optional<Document> LoadDocument(InputFile& file) {
             file.PutBack(std::move(text));
             return std::nullopt;
         }
-        // What has begun like a document is worth the memory for all of it.
-        text.reserve(static_cast<std::size_t>(
-                         std::min<std::uint64_t>(file.Size().value_or(0), kMaxDocumentSize)) +
-                     kPiece);
     }
     return Document{file.Name(), std::move(text)};
 }

@@ -11,6 +11,7 @@
 #include "app/base/Printable.h"
 #include "app/commands/Cells.h"
 #include "app/commands/FailRules.h"
+#include "app/data/CellText.h"
 
 using MADocuments::UncountedData;
 
@@ -371,6 +372,9 @@ std::string UnreadableInWords(const UncountedData& data) {
     if (data.firstUnreadableLine > 0) {
         words += fmt::format(", the first \"{}\" on line {}", data.firstUnreadableText,
                              data.firstUnreadableLine);
+        if (ParseCell(data.firstUnreadableText, true)) {
+            words += " (--decimal-comma reads such numbers)";
+        }
     }
     return words;
 }

@@ -4,23 +4,24 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string_view>
 
 #include "accredit/documents/NumberText.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
+#include "app/base/ShellText.h"
+#include "app/data/CellText.h"
 
 using MADocuments::MissingTokens;
-using MADocuments::ParseNumber;
 using MADocuments::TrimBlanks;
 
 namespace app {
 
 namespace {
-
-constexpr const char* kHeadingTwice = "an earlier column has this heading";
 
 enum class Choice { None, Ignored, Categorical, Continuous };
 
@@ -57,32 +58,122 @@ std::vector<Choice> ChoicesByColumn(const std::vector<std::string>& headings,
     return result;
 }
 
-// Which columns hold nothing but numbers. A column is no longer looked at once it is known to hold
-// anything else.
-std::vector<bool> FindNumberColumns(CsvReader& reader, const std::vector<Choice>& choices,
+constexpr std::uint64_t kMaxFew = 100;
+constexpr std::uint64_t kCellsToOneOdd = 1000;
+constexpr std::uint64_t kMaxKeptKeys = 1000;
+
+bool AreFew(std::uint64_t odd, std::uint64_t present) {
+    return odd <= kMaxFew && odd * kCellsToOneOdd <= present;
+}
+
+// So many different texts of a column are counted exactly: fewer where there are many columns,
+// whose memory adds up.
+std::size_t DistinctLimit(std::size_t columns) {
+    constexpr std::size_t kAll = std::size_t{1} << 19U;
+    return std::clamp<std::size_t>(kAll / columns, 2 * kMaxKeptKeys, std::size_t{1} << 14U);
+}
+
+// What to do about a number that is written as spreadsheets show it.
+std::string NumberRemedy(const ColumnFacts& facts, bool decimalComma) {
+    const std::string export_ =
+        "export the numbers without separators of thousands and signs of a unit";
+    if (decimalComma) {
+        return "with --decimal-comma a point is no decimal sign; " + export_;
+    }
+    if (facts.decimalCommas != facts.spreadsheetNumbers) return export_;
+    if (facts.ambiguousCommas != facts.spreadsheetNumbers) {
+        return "--decimal-comma reads a comma as the decimal sign";
+    }
+    return "if the comma is the decimal sign, --decimal-comma reads it; if it sets thousands "
+           "apart, export the numbers without it";
+}
+
+// The one cell that is about to be refused, as the facts of a column.
+ColumnFacts FactsOf(std::string_view text) {
+    ColumnFacts facts;
+    facts.spreadsheetNumbers = IsSpreadsheetNumber(text) ? 1 : 0;
+    facts.decimalCommas = ParseCell(text, true) ? 1 : 0;
+    facts.ambiguousCommas = IsAmbiguousComma(text) ? 1 : 0;
+    return facts;
+}
+
+std::string NotContinuous(std::string_view text, const CsvReader& reader) {
+    const ColumnFacts facts = FactsOf(text);
+    if (facts.spreadsheetNumbers == 0) {
+        return fmt::format("{}; {} reads it as a missing value", NotANumber(text),
+                           ShellOption("--missing", text, "TOKEN"));
+    }
+    return NotANumber(text) + " as it is written; " + NumberRemedy(facts, reader.HasDecimalComma());
+}
+
+// Reads the data to its end. A column that is chosen is no longer looked at once its kind is known.
+std::vector<ColumnScan> ScanColumns(CsvReader& reader, const std::vector<Choice>& choices,
                                     const MissingTokens& missing) {
-    std::vector<bool> numbers(choices.size(), true);
+    std::vector<ColumnScan> scans;
     std::vector<std::size_t> open;
     for (std::size_t i = 0; i < choices.size(); ++i) {
+        scans.emplace_back(DistinctLimit(choices.size()));
         if (choices[i] != Choice::Ignored) open.push_back(i);
     }
     const auto isSettled = [&](std::size_t column) {
-        const std::string_view text = TrimBlanks(reader.Fields()[column]);
-        if (missing.Contains(text) || ParseNumber(text)) return false;
-        if (choices[column] == Choice::Continuous) reader.Refuse(column, NotANumber(text));
-        numbers[column] = false;
-        return true;
+        const std::string_view field = reader.Fields()[column];
+        const std::string_view text = TrimBlanks(field);
+        if (missing.Contains(text)) return false;
+        const std::optional<double> number = ParseCell(text, reader.HasDecimalComma());
+        if (!number && choices[column] == Choice::Continuous) {
+            reader.Refuse(column, NotContinuous(text, reader));
+        }
+        scans[column].Take(field, text, number, reader);
+        return !number && choices[column] == Choice::Categorical;
     };
     while (!open.empty() && reader.Next()) {
         open.erase(std::remove_if(open.begin(), open.end(), isSettled), open.end());
     }
-    return numbers;
+    return scans;
 }
 
-ColumnKind Kind(Choice choice, bool numbers) {
-    if (choice == Choice::Ignored) return ColumnKind::Ignored;
-    if (!numbers) return ColumnKind::TextCategory;
-    return choice == Choice::Categorical ? ColumnKind::NumberCategory : ColumnKind::Continuous;
+[[noreturn]] void RefuseSpreadsheetNumbers(const CsvReader& reader, std::size_t column,
+                                           const ColumnFacts& facts) {
+    const std::string& name = reader.Headings()[column];
+    const ShownCell& first = facts.firstSpreadsheetNumber;
+    throw InputError(fmt::format(
+        "{}:{}: column {} \"{}\": \"{}\" is a number as spreadsheets show it, and so are all "
+        "others; {}; {} takes the column as categories",
+        first.file, first.line, column + 1, Shortened(name), first.text,
+        NumberRemedy(facts, reader.HasDecimalComma()), ShellOption("--categorical", name)));
+}
+
+SettledColumn Settle(const CsvReader& reader, std::size_t column, Choice choice,
+                     const ColumnScan& scan) {
+    SettledColumn settled;
+    settled.column.name = reader.Headings()[column];
+    settled.isChosen = choice != Choice::None;
+    if (choice == Choice::Ignored) {
+        settled.leftOut = LeftOut::Ignored;
+        return settled;
+    }
+    const ColumnFacts& facts = settled.facts = scan.Facts();
+    const std::uint64_t present = facts.present;
+    if (choice == Choice::Categorical) {
+        settled.column.kind =
+            facts.noNumbers > 0 ? ColumnKind::TextCategory : ColumnKind::NumberCategory;
+        return settled;
+    }
+    const std::uint64_t others = facts.noNumbers - facts.spreadsheetNumbers;
+    const bool looksLikeNumbers = facts.spreadsheetNumbers > 0 && AreFew(others, present);
+    if (looksLikeNumbers && (others == 0 || !AreFew(facts.noNumbers, present))) {
+        RefuseSpreadsheetNumbers(reader, column, facts);
+    }
+    if (AreFew(facts.noNumbers, present)) {
+        settled.column.kind = ColumnKind::Continuous;
+    } else if (AreFew(present - facts.dates, present)) {
+        settled.leftOut = LeftOut::Dates;
+    } else if (facts.distinct > kMaxKeptKeys && 2 * facts.distinct > facts.distinctAmong) {
+        settled.leftOut = LeftOut::Keys;
+    } else {
+        settled.column.kind = ColumnKind::TextCategory;
+    }
+    return settled;
 }
 
 }  // namespace
@@ -123,16 +214,28 @@ void CheckNewHeadings(const CsvReader& reader, const std::vector<std::string>& r
     }
 }
 
-std::vector<Column> SettleKinds(CsvReader& reader, const ColumnChoices& choices,
-                                const MissingTokens& missing) {
+std::vector<SettledColumn> SettleKinds(CsvReader& reader, const ColumnChoices& choices,
+                                       const MissingTokens& missing) {
     const std::vector<Choice> chosen = ChoicesByColumn(reader.Headings(), choices);
-    const std::vector<bool> numbers = FindNumberColumns(reader, chosen, missing);
+    const std::vector<ColumnScan> scans = ScanColumns(reader, chosen, missing);
     reader.Rewind();
-    std::vector<Column> columns;
+    std::vector<SettledColumn> columns;
     for (std::size_t i = 0; i < chosen.size(); ++i) {
-        columns.push_back({reader.Headings()[i], Kind(chosen[i], numbers[i])});
+        columns.push_back(Settle(reader, i, chosen[i], scans[i]));
     }
     return columns;
+}
+
+std::string WrongDelimiter(const std::vector<SettledColumn>& columns) {
+    if (columns.size() != 1) return {};
+    const ColumnFacts& facts = columns.front().facts;
+    for (std::size_t i = 0; i < kSearchedDelimiters.size(); ++i) {
+        if (2 * facts.delimiters[i] <= facts.present) continue;
+        const char delimiter = kSearchedDelimiters[i];
+        return fmt::format("the only column is full of {}; {} sets its parts apart",
+                           DelimiterName(delimiter), DelimiterOption(delimiter));
+    }
+    return {};
 }
 
 }  // namespace app

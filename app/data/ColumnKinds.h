@@ -5,6 +5,7 @@
 
 #include "accredit/documents/MissingTokens.h"
 #include "app/data/Column.h"
+#include "app/data/ColumnScan.h"
 #include "app/data/CsvReader.h"
 
 namespace app {
@@ -31,14 +32,36 @@ void CheckHeadings(const CsvReader& reader, const std::vector<std::string>& igno
 void CheckNewHeadings(const CsvReader& reader, const std::vector<std::string>& reference,
                       const std::vector<std::string>& ignored);
 
-/// The columns of a reference with their kinds, for which the file is read to its end and gone
-/// back to the beginning. A column whose every field is a number or missing is continuous, any
-/// other is categorical, unless the user chose; a categorical column of nothing but numbers has
-/// number categories.
+/// Why a column of data is no part of the reference that is learned from it.
+enum class LeftOut { No, Ignored, Keys, Dates };
+
+/// A column of a reference's data and what it was settled by.
+struct SettledColumn {
+    Column column;
+    LeftOut leftOut = LeftOut::No;
+    bool isChosen = false;  ///< By the user.
+    ColumnFacts facts;      ///< None of a column that the user ignores.
+};
+
+/// The columns of a reference with their kinds, for which the data is read to its end and gone
+/// back to the beginning. Missing values do not count.
 ///
-/// Throws UsageError for choices of a kind that name no column and for contradicting ones,
-/// InputError when a column that was chosen as continuous holds anything but numbers, Cancelled.
-std::vector<Column> SettleKinds(CsvReader& reader, const ColumnChoices& choices,
-                                const MADocuments::MissingTokens& missing);
+/// - A column is continuous if all its cells are numbers but for a few, at most 100 and at most one
+///   in a thousand.
+/// - It is left out if as many of its cells are dates, or if more than half of its values and more
+///   than 1000 are different texts, as keys are.
+/// - Any other is categorical, and so is every one that the user chooses as such; of nothing but
+///   numbers, it has number categories.
+///
+/// Throws UsageError for choices of a kind that name no column and for contradicting ones;
+/// InputError when a column that was chosen as continuous holds anything but numbers, and when all
+/// cells of one that was not chosen, or all but as few, are numbers as spreadsheets show them;
+/// OutputError, Cancelled.
+std::vector<SettledColumn> SettleKinds(CsvReader& reader, const ColumnChoices& choices,
+                                       const MADocuments::MissingTokens& missing);
+
+/// What must be wrong with the delimiter of a file whose only column is full of another; empty if
+/// nothing is.
+std::string WrongDelimiter(const std::vector<SettledColumn>& columns);
 
 }  // namespace app

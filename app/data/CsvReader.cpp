@@ -3,13 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
+#include <map>
+#include <set>
 #include <utility>
 
-#include "accredit/documents/Reference.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
+#include "app/base/ShellText.h"
+#include "app/data/OtherFormats.h"
 
 namespace app {
 
@@ -20,18 +22,14 @@ constexpr std::size_t kFirstBufferSize = kMiB / 4;
 constexpr std::size_t kMaxRowSize = 16 * kMiB;
 constexpr std::size_t kMaxFields = 1'000'000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kNulByte = ": a NUL byte, this is not a text file";
+constexpr std::string_view kSeparatorLine = "sep=";
+constexpr std::string_view kNulByte = ": a NUL byte, this is not a text file in UTF-8";
 constexpr std::string_view kQuoteWithin = ": a quote in a field that does not begin with one";
 
-// The bytes at which an unquoted field ends, or must not go on.
-constexpr std::array<bool, 256> kStops = [] {
-    std::array<bool, 256> stops{};
-    for (const char stop : {',', '\n', '\r', '"', '\0'})
-        stops[static_cast<unsigned char>(stop)] = true;
-    return stops;
-}();
+// Those that are found without being told, the preferred one first.
+constexpr std::string_view kUsualDelimiters = ",;\t";
 
-bool EndsField(char byte) { return byte == ',' || byte == '\n' || byte == '\r'; }
+bool IsLineEnd(char byte) { return byte == '\n' || byte == '\r'; }
 
 unsigned long long CountLineEnds(std::string_view text) {
     unsigned long long count = 0;
@@ -44,59 +42,215 @@ unsigned long long CountLineEnds(std::string_view text) {
 
 }  // namespace
 
-CsvReader::CsvReader(const std::string& path, Reading reading, Progress& progress,
+bool IsDelimiter(char byte) {
+    const bool isPartOfName = (byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'z') ||
+                              (byte >= 'A' && byte <= 'Z') || byte == '_' || byte == '.' ||
+                              byte == '-' || byte == '+';
+    return !isPartOfName && byte > '\0' && byte < '\x7F' && byte != '"' && !IsLineEnd(byte);
+}
+
+std::string DelimiterName(char delimiter) {
+    switch (delimiter) {
+        case ',':
+            return "commas";
+        case ';':
+            return "semicolons";
+        case '\t':
+            return "tabs";
+        default:
+            return fmt::format("'{}'", Printable({&delimiter, 1}));
+    }
+}
+
+std::string DelimiterOption(char delimiter) {
+    if (delimiter == '\t') return "--delimiter tab";
+    return fmt::format("--delimiter {}", ShellQuoted({&delimiter, 1}));
+}
+
+CsvReader::CsvReader(std::unique_ptr<InputFile> file, Reading reading, const CsvFormat& format)
+    : mPaths(1), mReading(reading), mFormat(format) {
+    if (reading == Reading::Repeated) file->KeepForRewind();
+    mFiles.push_back(std::move(file));
+    BeginFile();
+}
+
+CsvReader::CsvReader(std::vector<std::string> paths, Reading reading, const CsvFormat& format,
+                     const std::vector<std::string>& optional, Progress& progress,
                      MCQueryCancel& cancel)
-    : CsvReader(std::make_unique<InputFile>(path, reading, progress, cancel)) {}
+    : mPaths(std::move(paths)),
+      mReading(reading),
+      mFormat(format),
+      mOptional(optional),
+      mProgress(&progress),
+      mCancel(&cancel) {
+    BeginFile();
+}
 
-CsvReader::CsvReader(std::unique_ptr<InputFile> file)
-    : mFile(std::move(file)),
-      mMaxFields(kMaxFields),
-      mBuffer(kFirstBufferSize + 1),
-      mNext(mBuffer.data()),
-      mEnd(mBuffer.data()) {
-    Refill();
-    if (MADocuments::BeginsLikeDocument({mNext, static_cast<std::size_t>(mEnd - mNext)})) {
-        throw InputError(mFile->Name() + ": this looks like a stored reference, not data");
-    }
+std::string CsvReader::Name() const {
+    const std::string first = mFiles.front()->Name();
+    return mPaths.size() == 1 ? first : fmt::format("{} and {} more", first, mPaths.size() - 1);
+}
+
+// Opens the file at mFile, or takes it up again at its beginning, and reads its heading.
+void CsvReader::BeginFile() {
+    if (mFile == mFiles.size()) OpenFile();
+    if (mBuffer.empty()) mBuffer.resize(kFirstBufferSize + 1);
+    BeginBuffer();
     ReadHeading();
-    mHeadings.assign(mFields.begin(), mFields.end());
-    mMaxFields = mHeadings.size();
+    const std::vector<std::string> headings(mFields.begin(), mFields.end());
+    if (mFile == mFileHeadings.size()) mFileHeadings.push_back(headings);
+    if (headings != mFileHeadings[mFile]) RefuseChanged();
+    if (mFile == 0) mHeadings = headings;
+    mMaxFields = headings.size();
+    mReadsHeading = false;
+    mPlaces = PlacesIn(*this);
 }
 
-void CsvReader::ReadHeading() {
-    const std::string_view beginning(mNext, static_cast<std::size_t>(mEnd - mNext));
-    if (beginning.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-        mNext += kByteOrderMark.size();
-    }
-    if (!ReadRow(BlankLines::ArePassedOver))
-        throw InputError(mFile->Name() + ": the file is empty, there is no heading");
+void CsvReader::OpenFile() {
+    mFiles.push_back(std::make_unique<InputFile>(mPaths[mFile], *mProgress, *mCancel));
+    if (mReading == Reading::Repeated) mFiles.back()->KeepForRewind();
 }
 
-bool CsvReader::Next() {
-    const bool oneColumn = mHeadings.size() == 1;
-    if (!ReadRow(oneColumn ? BlankLines::AreRows : BlankLines::ArePassedOver)) return false;
-    if (mFields.size() < mHeadings.size()) {
-        Refuse(mFields.size() - 1,
-               fmt::format("the row ends here, the heading has {} columns", mHeadings.size()));
-    }
-    return true;
-}
-
-void CsvReader::Rewind() {
-    mFile->Rewind();
+void CsvReader::BeginBuffer() {
     mNext = mEnd = mBuffer.data();
     mAtEnd = false;
     mLine = 1;
     mAfterCarriageReturn = false;
+    mMaxFields = kMaxFields;
+    mReadsHeading = true;
     Refill();
-    ReadHeading();
-    if (!std::equal(mFields.begin(), mFields.end(), mHeadings.begin(), mHeadings.end())) {
-        RefuseChanged();
+}
+
+void CsvReader::ReadHeading() {
+    const std::string_view beginning(mNext, static_cast<std::size_t>(mEnd - mNext));
+    if (const auto problem = OtherFormat(beginning)) throw InputError(FileName() + ": " + *problem);
+    if (beginning.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+        mNext += kByteOrderMark.size();
+    }
+    bool found = FindRow(BlankLines::ArePassedOver);
+    if (found && PassOverSeparatorLine()) {
+        found = FindRow(BlankLines::ArePassedOver);
+    } else if (found && !mFormat.delimiter) {
+        FindDelimiter();
+    }
+    if (mFormat.delimiter) UseDelimiter(*mFormat.delimiter);
+    if (!found || !ReadRow(BlankLines::ArePassedOver)) {
+        throw InputError(FileName() + ": the file is empty, there is no heading");
     }
 }
 
+// Goes behind a first line that names the delimiter, and takes that.
+bool CsvReader::PassOverSeparatorLine() {
+    constexpr std::size_t kLength = kSeparatorLine.size() + 1;
+    while (!mAtEnd && static_cast<std::size_t>(mEnd - mNext) <= kLength) Refill();
+    const std::string_view rest(mNext, static_cast<std::size_t>(mEnd - mNext));
+    if (rest.size() < kLength || rest.substr(0, kSeparatorLine.size()) != kSeparatorLine ||
+        !IsLineEnd(mNext[kLength])) {
+        return false;
+    }
+    const char delimiter = rest[kSeparatorLine.size()];
+    if (!IsDelimiter(delimiter)) return false;
+    UseDelimiter(delimiter);
+    mNext += kLength;
+    return true;
+}
+
+// Takes the delimiter that the heading at mNext has most of.
+void CsvReader::FindDelimiter() {
+    std::array<std::size_t, kUsualDelimiters.size()> counts{};
+    bool quoted = false;
+    bool fieldBegins = true;
+    for (std::size_t at = 0;; ++at) {
+        // A quote needs the byte behind it.
+        while (!mAtEnd && static_cast<std::size_t>(mEnd - mNext) <= at + 1) Refill();
+        if (mNext + at == mEnd || (!quoted && IsLineEnd(mNext[at]))) break;
+        const char byte = mNext[at];
+        if (byte == '"' && quoted && mNext[at + 1] == '"') {
+            ++at;
+        } else if (byte == '"') {
+            quoted = !quoted && fieldBegins;
+        }
+        const std::size_t usual = quoted ? std::string_view::npos : kUsualDelimiters.find(byte);
+        fieldBegins = usual != std::string_view::npos;
+        if (fieldBegins) ++counts[usual];
+    }
+    const auto most = std::max_element(counts.begin(), counts.end());
+    UseDelimiter(kUsualDelimiters[static_cast<std::size_t>(most - counts.begin())]);
+}
+
+void CsvReader::UseDelimiter(char delimiter) {
+    mDelimiter = delimiter;
+    mStops.fill(false);
+    for (const char stop : {delimiter, '\n', '\r', '"', '\0'}) {
+        mStops[static_cast<unsigned char>(stop)] = true;
+    }
+}
+
+void CsvReader::RequireSameColumns(const CsvReader& further) const { PlacesIn(further); }
+
+// Where the columns stand in the headings of a further file.
+std::vector<std::size_t> CsvReader::PlacesIn(const CsvReader& further) const {
+    const std::vector<std::string>& headings = further.mFileHeadings[further.mFile];
+    if (headings == mHeadings) return {};
+    const std::set<std::string_view> optional(mOptional.begin(), mOptional.end());
+    const std::set<std::string_view> wanted(mHeadings.begin(), mHeadings.end());
+    const std::string& first = mFiles.front()->Name();
+    std::map<std::string_view, std::size_t> places;
+    for (std::size_t place = 0; place < headings.size(); ++place) {
+        const bool isNew = places.emplace(headings[place], place).second;
+        if (optional.count(headings[place]) != 0) continue;
+        if (!isNew) further.FailAt(place, kHeadingTwice);
+        if (wanted.count(headings[place]) == 0) {
+            further.FailAt(place, fmt::format("{} has no such column; {} leaves it out", first,
+                                              ShellOption("--ignore", headings[place])));
+        }
+    }
+    std::vector<std::size_t> found;
+    for (const std::string& heading : mHeadings) {
+        const auto place = places.find(heading);
+        if (place == places.end() && optional.count(heading) == 0) {
+            throw InputError(fmt::format(
+                "{}: there is no column \"{}\", which {} has; {} leaves it out", further.FileName(),
+                Shortened(heading), first, ShellOption("--ignore", heading)));
+        }
+        found.push_back(place == places.end() ? kNoPlace : place->second);
+    }
+    return found;
+}
+
+void CsvReader::PutInOrder() {
+    mOrdered.resize(mPlaces.size());
+    for (std::size_t column = 0; column < mPlaces.size(); ++column) {
+        const std::size_t place = mPlaces[column];
+        mOrdered[column] = place == kNoPlace ? std::string_view() : mFields[place];
+    }
+}
+
+bool CsvReader::Next() {
+    const auto blankLines = [this] {
+        return mMaxFields == 1 ? BlankLines::AreRows : BlankLines::ArePassedOver;
+    };
+    while (!ReadRow(blankLines())) {
+        if (mFile + 1 == mPaths.size()) return false;
+        ++mFile;
+        BeginFile();
+    }
+    if (mFields.size() < mMaxFields) {
+        FailAt(mFields.size() - 1,
+               fmt::format("the row ends here, the heading has {} columns", mMaxFields));
+    }
+    if (!mPlaces.empty()) PutInOrder();
+    return true;
+}
+
+void CsvReader::Rewind() {
+    for (std::size_t i = 0; i < mFiles.size(); ++i) mFiles[i]->Rewind();
+    mFile = 0;
+    BeginFile();
+}
+
 void CsvReader::Refuse(std::size_t column, const std::string& problem) const {
-    Fail(mRowLine, Column(column) + ": " + problem);
+    FailAt(mPlaces.empty() ? column : mPlaces[column], problem);
 }
 
 bool CsvReader::ReadRow(BlankLines blankLines) {
@@ -156,7 +310,7 @@ bool CsvReader::SplitRow() {
                 Fail(line, Column(mFields.size() - 1) + ": text behind the closing quote");
             }
         } else {
-            while (!kStops[static_cast<unsigned char>(*at)]) ++at;
+            while (!mStops[static_cast<unsigned char>(*at)]) ++at;
             if (IsIncomplete(at)) return false;
             AddField(begin, at);
             if (!EndsField(*at)) {
@@ -164,7 +318,7 @@ bool CsvReader::SplitRow() {
                                std::string(*at == '"' ? kQuoteWithin : kNulByte));
             }
         }
-        if (*at != ',') {
+        if (*at != mDelimiter) {
             mNext = at;
             mLine = line;
             return true;
@@ -195,9 +349,9 @@ bool CsvReader::FindClosingQuote(const char*& at, unsigned long long line) {
 }
 
 void CsvReader::RefuseFurtherFields() const {
-    Refuse(mMaxFields,
+    FailAt(mMaxFields,
            fmt::format("the row goes on, {} columns are {}", mMaxFields,
-                       mHeadings.empty() ? "the most that are read" : "all that the heading has"));
+                       mReadsHeading ? "the most that are read" : "all that the heading has"));
 }
 
 // Done in place, once the row is complete: fields only become shorter.
@@ -220,13 +374,13 @@ void CsvReader::UndoubleQuotes() {
 void CsvReader::Refill() {
     const auto kept = static_cast<std::size_t>(mEnd - mNext);
     if (kept > kMaxRowSize) {
-        Refuse(mFields.size(), fmt::format("the row is longer than {} MiB; is a quote not closed?",
+        FailAt(mFields.size(), fmt::format("the row is longer than {} MiB; is a quote not closed?",
                                            kMaxRowSize / kMiB));
     }
     std::memmove(mBuffer.data(), mNext, kept);
     if (kept > mBuffer.size() / 2) mBuffer.resize(2 * mBuffer.size());
     const std::size_t room = mBuffer.size() - 1 - kept;
-    const std::size_t got = mFile->Read(mBuffer.data() + kept, room);
+    const std::size_t got = mFiles[mFile]->Read(mBuffer.data() + kept, room);
     mAtEnd = got < room;
     mNext = mBuffer.data();
     mEnd = mNext + kept + got;
@@ -234,12 +388,18 @@ void CsvReader::Refill() {
 }
 
 void CsvReader::Fail(unsigned long long line, const std::string& problem) const {
-    throw InputError(fmt::format("{}:{}: {}", mFile->Name(), line, problem));
+    throw InputError(fmt::format("{}:{}: {}", FileName(), line, problem));
 }
 
-std::string CsvReader::Column(std::size_t column) const {
-    if (column >= mHeadings.size()) return fmt::format("column {}", column + 1);
-    return fmt::format("column {} \"{}\"", column + 1, Shortened(mHeadings[column]));
+void CsvReader::FailAt(std::size_t place, const std::string& problem) const {
+    Fail(mRowLine, Column(place) + ": " + problem);
+}
+
+std::string CsvReader::Column(std::size_t place) const {
+    if (mFile == mFileHeadings.size() || place >= mFileHeadings[mFile].size()) {
+        return fmt::format("column {}", place + 1);
+    }
+    return fmt::format("column {} \"{}\"", place + 1, Shortened(mFileHeadings[mFile][place]));
 }
 
 }  // namespace app

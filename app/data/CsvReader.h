@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,45 +14,88 @@
 
 namespace app {
 
-/// Reads a file of comma-separated values as RFC 4180 has them, row by row: the first row is the
-/// heading, a quoted field may hold commas, line ends and doubled quotes, and blanks belong to the
-/// field. Lines end with LF, CR LF or CR; a byte-order mark is passed over, and so are blank lines,
-/// except that behind the heading of a single column each is a row whose field is empty. The file
-/// may be of any length, a row of it may not exceed 16 MiB or a million fields.
+/// Whether fields can be set apart by this byte: one of ASCII that is no quote, line end or NUL,
+/// and cannot be part of a number or a name.
+bool IsDelimiter(char byte);
+
+/// How files of data are written.
+struct CsvFormat {
+    /// What stands between fields; nothing if the heading of each file is to tell.
+    std::optional<char> delimiter = {};
+    /// Whether numbers have a comma where others have a point.
+    bool decimalComma = false;
+};
+
+/// How often files are read.
+enum class Reading { Once, Repeated };
+
+/// Reads files of comma-separated values as RFC 4180 has them, row by row: the first row is the
+/// heading, a quoted field may hold delimiters, line ends and doubled quotes, and blanks belong to
+/// the field. Unless it is given, the delimiter is the most frequent one of comma, semicolon and
+/// tab in the heading outside of quotes, the first of these on ties. Lines end with LF, CR LF or
+/// CR; a byte-order mark is passed over, and so are a first line "sep=" with the delimiter behind
+/// it, which some spreadsheets write, and blank lines, except that behind the heading of a single
+/// column each is a row whose field is empty. A file may be of any length, a row of it may not
+/// exceed 16 MiB or a million fields.
+///
+/// Several files are read one behind the other as if they were one. They have the same headings, in
+/// any order, and each a delimiter of its own.
 ///
 /// Whatever is not such a file is refused with InputError: a row with more or fewer fields than the
-/// heading, a quote where none may stand or that is not closed, a NUL byte, a stored reference.
+/// heading, a quote where none may stand or that is not closed, a NUL byte, a stored reference, and
+/// files of other formats that begin with a mark of their own.
 class CsvReader {
 public:
     /// Reads the heading of a file of which nothing has been read yet, or all was put back. Throws
     /// InputError, Cancelled.
-    explicit CsvReader(std::unique_ptr<InputFile> file);
+    CsvReader(std::unique_ptr<InputFile> file, Reading reading, const CsvFormat& format);
 
-    /// The same of a file that is opened here; see InputFile for the arguments.
-    CsvReader(const std::string& path, Reading reading, Progress& progress, MCQueryCancel& cancel);
+    /// The same of the first of one file or more, which are opened here, each when its turn comes;
+    /// see InputFile for the arguments. Columns of the names `optional` may be absent from some of
+    /// the files.
+    CsvReader(std::vector<std::string> paths, Reading reading, const CsvFormat& format,
+              const std::vector<std::string>& optional, Progress& progress, MCQueryCancel& cancel);
 
-    /// The file's name for messages, fit to be shown.
-    const std::string& Name() const { return mFile->Name(); }
+    /// The name of the data for messages, fit to be shown: that of the first file, and how many
+    /// there are besides.
+    std::string Name() const;
 
-    /// The headings, one for each column, one or more; they may be empty and the same.
+    /// The name of the file that the row is from, fit to be shown.
+    const std::string& FileName() const { return mFiles[mFile]->Name(); }
+
+    std::size_t FileCount() const { return mPaths.size(); }
+
+    /// The headings, one for each column, one or more; they may be empty and the same. Of several
+    /// files, those of the first.
     const std::vector<std::string>& Headings() const { return mHeadings; }
 
-    /// Goes to the next row behind the heading, false at the end of the file.
-    /// Throws InputError, Cancelled.
+    /// Refuses the file that another reader begins if it could not be one of these: because of a
+    /// column that only one of them has, or one that stands twice. Throws InputError.
+    void RequireSameColumns(const CsvReader& further) const;
+
+    /// What stands between the fields of the file that the row is from.
+    char Delimiter() const { return mDelimiter; }
+
+    bool HasDecimalComma() const { return mFormat.decimalComma; }
+
+    /// Goes to the next row behind the heading, false at the end of the last file.
+    /// Throws InputError, OutputError, Cancelled.
     bool Next();
 
-    /// The fields of the row, as many as there are headings, without their quotes. They stay in
-    /// place until the next call of Next or Rewind.
-    const std::vector<std::string_view>& Fields() const { return mFields; }
+    /// The fields of the row, as many as there are headings and in their order, without their
+    /// quotes. They stay in place until the next call of Next or Rewind.
+    const std::vector<std::string_view>& Fields() const {
+        return mPlaces.empty() ? mFields : mOrdered;
+    }
 
-    /// Goes back to before the first row of a file that is read repeatedly. Throws InputError, also
-    /// when the file has changed.
+    /// Goes back to before the first row of files that are read repeatedly. Throws InputError, also
+    /// when a file has changed, OutputError, Cancelled.
     void Rewind();
 
     /// Throws the InputError of a file that has changed between its passes.
-    [[noreturn]] void RefuseChanged() const { mFile->RefuseChanged(); }
+    [[noreturn]] void RefuseChanged() const { mFiles[mFile]->RefuseChanged(); }
 
-    /// The line, from 1, on which the row begins.
+    /// The line, from 1, on which the row begins in its file.
     unsigned long long RowLine() const { return mRowLine; }
 
     /// Refuses the row for what it holds in this column, counted from 0. Throws InputError with the
@@ -58,37 +103,74 @@ public:
     [[noreturn]] void Refuse(std::size_t column, const std::string& problem) const;
 
 private:
-    void ReadHeading();
+    static constexpr auto kNoPlace = static_cast<std::size_t>(-1);
+
     enum class BlankLines { ArePassedOver, AreRows };
 
+    void BeginFile();
+    void OpenFile();
+    void BeginBuffer();
+    void ReadHeading();
+    bool PassOverSeparatorLine();
+    void FindDelimiter();
+    void UseDelimiter(char delimiter);
+    std::vector<std::size_t> PlacesIn(const CsvReader& further) const;
+    void PutInOrder();
     bool ReadRow(BlankLines blankLines);
     bool FindRow(BlankLines blankLines);
     bool SplitRow();
     bool FindClosingQuote(const char*& at, unsigned long long line);
+    bool EndsField(char byte) const { return byte == mDelimiter || byte == '\n' || byte == '\r'; }
     void AddField(const char* begin, const char* end);
     [[noreturn]] void RefuseFurtherFields() const;
     void UndoubleQuotes();
     bool IsIncomplete(const char* at) const { return at == mEnd && !mAtEnd; }
     void Refill();
     [[noreturn]] void Fail(unsigned long long line, const std::string& problem) const;
-    std::string Column(std::size_t column) const;
+    [[noreturn]] void FailAt(std::size_t place, const std::string& problem) const;
+    std::string Column(std::size_t place) const;
 
-    std::unique_ptr<InputFile> mFile;
+    // Every file that was opened stays open, so that it can be gone back in.
+    std::vector<std::string> mPaths;
+    std::vector<std::unique_ptr<InputFile>> mFiles;
+    std::size_t mFile = 0;  // the one that is read
+    Reading mReading;
+    CsvFormat mFormat;
+    std::vector<std::string> mOptional;
+    Progress* mProgress = nullptr;
+    MCQueryCancel* mCancel = nullptr;
+
     std::vector<std::string> mHeadings;
+    std::vector<std::vector<std::string>> mFileHeadings;  // of each file that was opened
+    // Where the columns stand in the file that is read; empty if they stand in their order.
+    std::vector<std::size_t> mPlaces;
+    std::vector<std::string_view> mOrdered;
+
     std::vector<std::string_view> mFields;
     std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes
-    std::size_t mMaxFields;
+    std::size_t mMaxFields = 0;
+    bool mReadsHeading = true;
+    char mDelimiter = ',';
+    // The bytes at which an unquoted field ends, or must not go on.
+    std::array<bool, 256> mStops{};
 
     // What has been read and not yet used is from mNext to mEnd. A line end stands at mEnd, so that
     // a search need not look out for the end.
     std::vector<char> mBuffer;
-    const char* mNext;
-    const char* mEnd;
+    const char* mNext = nullptr;
+    const char* mEnd = nullptr;
     bool mAtEnd = false;
 
     unsigned long long mLine = 1;  // the line of mNext, from 1
     unsigned long long mRowLine = 1;
     bool mAfterCarriageReturn = false;
 };
+
+/// The complaint about a heading that cannot tell which column is meant.
+inline constexpr const char* kHeadingTwice = "an earlier column has this heading";
+
+/// The delimiter as messages name it, and the option that sets it.
+std::string DelimiterName(char delimiter);
+std::string DelimiterOption(char delimiter);
 
 }  // namespace app

@@ -15,6 +15,7 @@
 #include "accredit/host/MCVariable.h"
 #include "app/base/Printable.h"
 #include "app/base/ShellText.h"
+#include "app/data/CellText.h"
 
 using MCCommon::Record;
 using MCMTD_NAMESPACE::IMCEncoder;
@@ -23,7 +24,6 @@ using MCMTD_NAMESPACE::MCNumberEncoder;
 using MCMTD_NAMESPACE::MCVariable;
 
 using MADocuments::MissingTokens;
-using MADocuments::ParseNumber;
 using MADocuments::TrimBlanks;
 using MADocuments::UncountedData;
 
@@ -49,7 +49,7 @@ bool IsOneCategory(double number, std::string_view text) {
         text.substr(std::min(text.find_first_of("123456789"), text.size()));
     constexpr std::string_view kDigits = "9007199254740992";
     return digits.substr(0, kDigits.size()) == kDigits &&
-           digits.find_first_not_of("0.", kDigits.size()) == std::string_view::npos;
+           digits.find_first_not_of("0.,", kDigits.size()) == std::string_view::npos;
 }
 
 // What the categories of an encoder take; null has none.
@@ -140,6 +140,9 @@ int CsvRecordIter::Rewind() {
     mHasRow = false;
     mRewound = true;
     mRecordCount = 0;
+    for (Source& source : mSources) {
+        if (source.uncounted.unreadable) source.uncounted.unreadable = 0;
+    }
     mReader.Rewind();
     return 0;
 }
@@ -149,12 +152,12 @@ double CsvRecordIter::Value(Source& source, std::string_view field) {
     if (mMissing.Contains(text)) return MCMV::Missing();
     if (source.texts) return TextCategory(source, field);
     if (source.numbers) return NumberCategory(source, text);
-    const std::optional<double> number = ParseNumber(text);
+    const std::optional<double> number = ParseCell(text, mReader.HasDecimalComma());
     return number ? *number : UnreadableValue(source, text);
 }
 
 double CsvRecordIter::UnreadableValue(Source& source, std::string_view text) {
-    if (!source.isCompared) mReader.RefuseChanged();
+    if (!source.isCompared && source.kind != ColumnKind::Continuous) mReader.RefuseChanged();
     if ((*source.uncounted.unreadable)++ == 0) {
         source.uncounted.firstUnreadableLine = mReader.RowLine();
         source.uncounted.firstUnreadableText = Shortened(text);
@@ -175,7 +178,7 @@ int CsvRecordIter::TextCategory(Source& source, std::string_view field) {
 }
 
 double CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
-    const std::optional<double> number = ParseNumber(text);
+    const std::optional<double> number = ParseCell(text, mReader.HasDecimalComma());
     if (!number) return UnreadableValue(source, text);
     if (!IsOneCategory(*number, text)) {
         mReader.Refuse(source.column,

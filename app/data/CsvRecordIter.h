@@ -26,7 +26,8 @@ namespace app {
 /// In columns that are compared with a reference, categories that the reference lacks get codes as
 /// well, up to the limit for the categories of a reference, which they share with those of the
 /// reference: whatever is new behind that is one category without a name. What is no number in a
-/// column of numbers is counted and read as a missing value.
+/// column of numbers is counted and read as a missing value; so it is in a continuous column of a
+/// reference.
 ///
 /// What is wrong with the file is thrown as InputError, through whoever reads the records: a record
 /// source can otherwise only say that it failed.

@@ -1,5 +1,8 @@
 #include "app/data/LearnReference.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <numeric>
 
 #include "accredit/diststats/MAPredictorDist.h"
@@ -15,27 +18,51 @@ namespace app {
 namespace {
 
 // A file that another program wrote to meanwhile has passes that do not belong together.
-void RequireWholePasses(const MADistStats& stats, const CsvRecordIter& records,
+void RequireWholePasses(const LearnedReference& learned, const CsvRecordIter& records,
                         const CsvReader& reader) {
+    const MADistStats& stats = learned.reference.stats;
     for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
         const std::vector<double>& frequencies = stats.GetFrequencies(slot);
         const unsigned long cases = stats.GetNumberOfCases(slot);
         const double sum = std::accumulate(frequencies.begin(), frequencies.end(), 0.0);
+        const auto column = static_cast<std::size_t>(stats.GetVarListIndex(slot));
+        const std::uint64_t unreadable = learned.reference.uncounted[slot].unreadable.value_or(0);
+        const bool isContinuous = !stats.IsCategorical(slot);
         if (cases > records.RecordCount() ||
+            (isContinuous && unreadable != learned.columns[column].facts.noNumbers) ||
             (!frequencies.empty() && sum != static_cast<double>(cases))) {
             reader.RefuseChanged();
         }
     }
 }
 
-}  // namespace
-
-Reference LearnReference(CsvReader& reader, const ColumnChoices& choices,
-                         const MissingTokens& missing, MCQueryCancel& cancel) {
-    CsvRecordIter records(reader, SettleKinds(reader, choices, missing), missing);
-    if (records.VarList().GetNumInputVars() == 0) {
+void RequireColumnsLeft(const std::vector<SettledColumn>& columns, const CsvReader& reader) {
+    const auto isLeftOut = [](const SettledColumn& column) {
+        return column.leftOut != LeftOut::No;
+    };
+    if (!std::all_of(columns.begin(), columns.end(), isLeftOut)) return;
+    const std::string delimiter = WrongDelimiter(columns);
+    if (!delimiter.empty()) throw InputError(fmt::format("{}: {}", reader.Name(), delimiter));
+    if (std::all_of(columns.begin(), columns.end(), [](const SettledColumn& column) {
+            return column.leftOut == LeftOut::Ignored;
+        })) {
         throw UsageError(reader.Name() + ": every column is ignored");
     }
+    throw InputError(reader.Name() +
+                     ": every column is left out, because its values are dates or keys; "
+                     "--categorical COLUMN takes one as categories");
+}
+
+}  // namespace
+
+LearnedReference LearnReference(CsvReader& reader, const ColumnChoices& choices,
+                                const MissingTokens& missing, MCQueryCancel& cancel) {
+    LearnedReference learned;
+    learned.columns = SettleKinds(reader, choices, missing);
+    RequireColumnsLeft(learned.columns, reader);
+    std::vector<Column> columns;
+    for (const SettledColumn& settled : learned.columns) columns.push_back(settled.column);
+    CsvRecordIter records(reader, columns, missing);
     MAPredictorDist predictor(records.VarList(), records, &cancel);
     const MCStatus status = predictor.ComputeDistStats();
     if (status.GetCode() == MAStatusCancelled) throw Cancelled();
@@ -44,15 +71,15 @@ Reference LearnReference(CsvReader& reader, const ColumnChoices& choices,
     if (records.RecordCount() == 0) {
         throw InputError(reader.Name() + ": there are no rows to learn from");
     }
-    Reference reference;
+    Reference& reference = learned.reference;
     reference.stats = predictor.GetDistStats();
     reference.missing = missing;
-    RequireWholePasses(reference.stats, records, reader);
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
         reference.uncounted.push_back(records.Uncounted(reference.stats.GetVarListIndex(slot),
                                                         reference.stats.GetNumberOfCases(slot)));
     }
-    return reference;
+    RequireWholePasses(learned, records, reader);
+    return learned;
 }
 
 }  // namespace app

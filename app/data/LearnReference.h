@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "accredit/documents/Reference.h"
 #include "accredit/host/MCQueryCancel.h"
 #include "app/data/ColumnKinds.h"
@@ -7,15 +9,21 @@
 
 namespace app {
 
-/// The reference that is learned from a file, which is read up to three times: for the kinds of its
-/// columns, for the summary, and for the bins. Its list has every column; those that the user
-/// ignores are no input variables. Memory does not grow with the number of rows. What made the
-/// reference is left open.
+/// A reference and what was found of the data that it was learned from.
+struct LearnedReference {
+    /// Its list has every column; those that are left out are no input variables. What made it is
+    /// left open.
+    MADocuments::Reference reference;
+    std::vector<SettledColumn> columns;  ///< In the order of the list.
+};
+
+/// The reference that is learned from data, which is read up to three times: for the kinds of its
+/// columns, see SettleKinds, for the summary, and for the bins. Memory does not grow with the
+/// number of rows.
 ///
-/// Throws UsageError for choices that do not fit the file, InputError, also for a file without
-/// rows, and Cancelled.
-MADocuments::Reference LearnReference(CsvReader& reader, const ColumnChoices& choices,
-                                      const MADocuments::MissingTokens& missing,
-                                      MCQueryCancel& cancel);
+/// Throws UsageError for choices that do not fit the data, InputError, also for data without rows
+/// or without a column that is not left out, OutputError, and Cancelled.
+LearnedReference LearnReference(CsvReader& reader, const ColumnChoices& choices,
+                                const MADocuments::MissingTokens& missing, MCQueryCancel& cancel);
 
 }  // namespace app

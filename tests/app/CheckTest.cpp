@@ -72,7 +72,8 @@ TEST(Check, AndLearnCanBeCancelledAtEveryPoll) {
     const fakes::Files files("n,c\n@100(#,x\n)", "");
     app::CheckOptions check;
     app::LearnOptions learn;
-    check.referencePath = learn.dataPath = "A";
+    check.referencePath = "A";
+    learn.dataPaths = {"A"};
     check.newPaths = {"A"};
     app::Progress progress(nullptr);
     for (const auto& run : std::vector<std::function<void(MCQueryCancel&)>>{
@@ -103,7 +104,7 @@ TEST(Check, AReferenceThatChangesIsNotReadHalfAndHalf) {
     options.newPaths = {"B"};
     const auto report = [&options](MCQueryCancel&& query) {
         app::Progress progress(nullptr);
-        return app::JsonReport(app::Check(options, progress, query), options);
+        return app::JsonReport(app::Check(options, progress, query).results, options);
     };
     change(before);
     const std::string old = report(fakes::Query());

@@ -34,7 +34,7 @@ TABLE_TEST(CsvReader, SplitsRowsAsRfc4180SaysOrRefuses, 2) {
     fakes::Query query;
     const std::string expected = fakes::Repeated(row.Text(1));
     try {
-        app::CsvReader reader("A", app::Reading::Repeated, progress, query);
+        app::CsvReader reader({"A"}, app::Reading::Repeated, {}, {}, progress, query);
         EXPECT_EQ(ReadAll(reader), expected);
         reader.Rewind();
         EXPECT_EQ(ReadAll(reader), expected) << "in the second pass";

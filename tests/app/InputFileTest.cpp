@@ -27,7 +27,7 @@ TABLE_TEST(InputFile, ThatChangesWhileItIsReadIsRefused, 4) {
     if (row.Is(0, "-", "F") && !std::freopen("F", "r", stdin)) FAIL() << "not opened";
     app::Progress progress(nullptr);
     fakes::Query query;
-    app::InputFile input(row.Text(0), app::Reading::Once, progress, query);
+    app::InputFile input(row.Text(0), progress, query);
     char bytes[100];
     EXPECT_EQ(input.Read(bytes, 4), 4U);
     for (const double size : row.Numbers(1)) {

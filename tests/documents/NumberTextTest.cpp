@@ -17,10 +17,13 @@ TABLE_TEST(ParseNumber, TakesDecimalNumbersOnly, 2) {
     EXPECT_EQ(parsed ? fakes::ToText({*parsed}) : "refused", row.Text(1));
 }
 
-TABLE_TEST(MissingTokens, AreTheEmptyTextAndNaAndThoseThatAreNamed, 2) {
-    const MADocuments::MissingTokens tokens({"?", " -999 ", "NULL", "?", " "});
+TABLE_TEST(MissingTokens, AreTheEmptyTextTheUsualOnesAndThoseThatAreNamed, 3) {
+    const std::vector<std::string> named{"?", " -999 ", "NULL", "?", " "};
+    const MADocuments::MissingTokens tokens(named);
     EXPECT_EQ(tokens.Contains(row.Text(0)), row.Is(1, "missing", "data"));
-    EXPECT_EQ(tokens.Texts(), (std::vector<std::string>{"", "NA", "?", "-999", "NULL"}));
+    const auto only = MADocuments::MissingTokens::Only(named);
+    EXPECT_EQ(only.Contains(row.Text(0)), row.Is(2, "missing", "data"));
+    EXPECT_EQ(only.Texts(), (std::vector<std::string>{"", "?", "-999", "NULL"}));
 }
 
 }  // namespace

@@ -1,0 +1,225 @@
+#include "app/commands/Account.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+
+#include "app/base/Printable.h"
+#include "app/base/ShellText.h"
+#include "app/commands/Comparison.h"
+#include "app/commands/TextTable.h"
+#include "app/commands/Words.h"
+#include "app/data/CellText.h"
+
+using MADocuments::Reference;
+using MADocuments::UncountedData;
+using MCMTD_NAMESPACE::IMCVariable;
+using MCMTD_NAMESPACE::MCVarList;
+
+namespace app {
+
+namespace {
+
+// Of more columns with few values only so many are named.
+constexpr std::size_t kMaxNamed = 10;
+// Fewer cases a value say nothing of how many values there are.
+constexpr std::uint64_t kCasesToOneValue = 10;
+
+std::string Plural(std::uint64_t count, const char* one, const char* many) {
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+// Up to here different texts are counted, and estimated from there on.
+constexpr std::uint64_t kCountedKeys = 2000;
+
+// What stands in the table of one variable.
+struct Taken {
+    std::string kind;
+    std::string values;
+    std::string missing;
+};
+
+Taken TakenOf(const Reference& reference, unsigned int slot) {
+    const MADistStats& stats = reference.stats;
+    const UncountedData uncounted = UncountedAt(reference, slot);
+    Taken taken;
+    taken.missing = uncounted.missing ? fmt::format("{}", *uncounted.missing) : "-";
+    if (stats.IsCategorical(slot)) {
+        const IMCVariable* const variable =
+            stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot));
+        taken.kind = "categories";
+        taken.values = fmt::format("{} different", std::max(0, variable->GetNumCategories()));
+        return taken;
+    }
+    double minimum = 0.0;
+    double maximum = 0.0;
+    stats.GetMinMax(slot, minimum, maximum);
+    taken.kind = "numbers";
+    taken.values = stats.GetNumberOfCases(slot) == 0
+                       ? "none"
+                       : fmt::format("{:.8g} to {:.8g}", minimum, maximum);
+    return taken;
+}
+
+Taken TakenOf(LeftOut leftOut) {
+    switch (leftOut) {
+        case LeftOut::Keys:
+            return {"left out", "keys", "-"};
+        case LeftOut::Dates:
+            return {"left out", "dates", "-"};
+        default:
+            return {"ignored", "-", "-"};
+    }
+}
+
+std::string FewValues(const Learned& learned) {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < learned.columns.size(); ++i) {
+        const SettledColumn& settled = learned.columns[i];
+        const ColumnFacts& facts = settled.facts;
+        if (settled.column.kind == ColumnKind::Continuous && facts.wholeNumbers > 1 &&
+            facts.wholeNumbers * kCasesToOneValue <= facts.present) {
+            names.push_back(fmt::format("\"{}\"", ShownName(settled.column.name, i + 1)));
+        }
+    }
+    if (names.empty()) return {};
+    std::string words = names.front();
+    for (std::size_t i = 1; i < std::min(names.size(), kMaxNamed); ++i) words += ", " + names[i];
+    if (names.size() > kMaxNamed) {
+        words += fmt::format(" and {} more", names.size() - kMaxNamed);
+    }
+    return words + (names.size() == 1 ? " has" : " have") +
+           " few different whole numbers, which are taken as numbers; --categorical COLUMN makes "
+           "them categories.";
+}
+
+std::string Place(const ShownCell& cell, bool isOneFile) {
+    return fmt::format("\"{}\" on line {}{}", cell.text, cell.line,
+                       isOneFile ? std::string() : " of " + cell.file);
+}
+
+// "--missing 'x' reads them as missing values", if they are all the same.
+std::string MissingRemedy(const ColumnFacts& facts) {
+    if (!facts.allNoNumbersAreOneText) return "--missing TOKEN reads a text as a missing value";
+    return fmt::format("{} reads {} as {}",
+                       ShellOption("--missing", facts.firstNoNumber.text, "TOKEN"),
+                       facts.noNumbers == 1 ? "it" : "them",
+                       facts.noNumbers == 1 ? "a missing value" : "missing values");
+}
+
+// What is to be said of a column; empty if nothing is.
+std::string RemarkOn(const SettledColumn& settled, bool isOneFile) {
+    const ColumnFacts& facts = settled.facts;
+    const std::string categorical = ShellOption("--categorical", settled.column.name);
+    switch (settled.leftOut) {
+        case LeftOut::Ignored:
+            return {};
+        case LeftOut::Keys:
+            return fmt::format(
+                "is left out, because its values are keys: {}{} of {} differ; {} takes them as "
+                "categories",
+                facts.distinct > kCountedKeys ? "about " : "", facts.distinct, facts.distinctAmong,
+                categorical);
+        case LeftOut::Dates:
+            return fmt::format(
+                "is left out, because its values are dates, of which new data has others; {} "
+                "takes them as categories",
+                categorical);
+        case LeftOut::No:
+            break;
+    }
+    if (facts.present == 0) return "has no values, all are missing";
+    if (settled.column.kind == ColumnKind::Continuous) {
+        if (facts.noNumbers == 0) return {};
+        return fmt::format(
+            "{} no number and unreadable, the first {}; {}, {} takes the column as "
+            "categories",
+            facts.noNumbers == 1 ? "1 cell is" : fmt::format("{} cells are", facts.noNumbers),
+            Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts), categorical);
+    }
+    if (settled.isChosen) return {};
+    const std::uint64_t numbers = facts.present - facts.noNumbers;
+    if (2 * numbers > facts.present) {
+        return fmt::format(
+            "is taken as categories, but all cells except {} are numbers, the first other one {}; "
+            "{}, {} says that these are categories",
+            facts.noNumbers, Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts),
+            categorical);
+    }
+    if (2 * (numbers + facts.spreadsheetNumbers) > facts.present) {
+        return fmt::format(
+            "is taken as categories, but most cells are numbers as spreadsheets show them, the "
+            "first {}; export them as plain numbers, or {} says that these are categories",
+            Place(facts.firstSpreadsheetNumber, isOneFile), categorical);
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string AccountOf(const Learned& learned, const Screen& screen) {
+    const Reference& reference = learned.reference;
+    const MCVarList& list = reference.stats.GetVarList();
+    std::vector<Taken> taken(list.Size(), {"not compared", "-", "-"});
+    for (std::size_t i = 0; i < learned.columns.size(); ++i) {
+        taken[i] = TakenOf(learned.columns[i].leftOut);
+    }
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        taken[static_cast<std::size_t>(reference.stats.GetVarListIndex(slot))] =
+            TakenOf(reference, slot);
+    }
+    TextTable table({{"Column", TextTable::Align::Left, 0, 12},
+                     {"Kind"},
+                     {"Values", TextTable::Align::Left, 1},
+                     {"Missing", TextTable::Align::Right, 2}});
+    for (std::size_t i = 0; i < taken.size(); ++i) {
+        const std::string name = list.GetVarAt(static_cast<int>(i))->GetName();
+        table.AddRow({{ShownName(name, i + 1), ""},
+                      {taken[i].kind, ""},
+                      {taken[i].values, ""},
+                      {taken[i].missing, ""}});
+    }
+    const std::string title = fmt::format(
+        "{}: {}, {}{}", learned.name, Plural(RowCount(reference).value_or(0), "row", "rows"),
+        Plural(list.Size(), "column", "columns"),
+        learned.separatedBy.empty() ? "" : ", separated by " + learned.separatedBy);
+    std::string account = Wrapped(title, screen) + "\n" + table.Text(screen);
+    const std::string few = FewValues(learned);
+    if (!few.empty()) account += "\n" + Wrapped(few, screen);
+    return account;
+}
+
+std::vector<std::string> RemarksOn(const std::vector<SettledColumn>& columns, bool isOneFile) {
+    std::vector<std::string> remarks;
+    const std::string delimiter = WrongDelimiter(columns);
+    if (!delimiter.empty()) remarks.push_back(delimiter);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::string remark = RemarkOn(columns[i], isOneFile);
+        if (remark.empty()) continue;
+        remarks.push_back(
+            fmt::format("column \"{}\" {}", ShownName(columns[i].column.name, i + 1), remark));
+    }
+    return remarks;
+}
+
+std::vector<std::string> RemarksOn(const Learned& learned) {
+    std::vector<std::string> remarks = RemarksOn(learned.columns, learned.fileCount == 1);
+    const MADistStats& stats = learned.reference.stats;
+    const bool isReference = !learned.columns.empty();
+    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
+        // A change shows in the bins of a reference; of new data the unreadable cells have not been
+        // told yet.
+        const std::string remark = isReference
+                                       ? CrowdedInWords(stats, slot)
+                                       : UnreadableInWords(learned.reference.uncounted[slot]);
+        if (remark.empty()) continue;
+        const std::string name =
+            stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
+        remarks.push_back(fmt::format("column \"{}\": {}", ShownName(name, slot + 1), remark));
+    }
+    return remarks;
+}
+
+}  // namespace app

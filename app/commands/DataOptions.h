@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "accredit/documents/MissingTokens.h"
+#include "app/data/ColumnKinds.h"
+#include "app/data/CsvReader.h"
+
+namespace app {
+
+/// What the user says about data, for all files of a call.
+struct DataOptions {
+    CsvFormat format;
+    /// Texts that stand for missing values besides the usual ones,
+    std::vector<std::string> missing;
+    /// or in their place.
+    std::optional<std::vector<std::string>> onlyMissing;
+    ColumnChoices columns;
+    /// The first option of the command line that a stored reference has settled, empty if there is
+    /// none. What a configuration file says besides does not count against such a reference.
+    std::string settledOption;
+
+    MADocuments::MissingTokens Missing() const {
+        return onlyMissing ? MADocuments::MissingTokens::Only(*onlyMissing)
+                           : MADocuments::MissingTokens(missing);
+    }
+};
+
+}  // namespace app

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/data/CsvReader.h"
+#include "app/data/DistinctCounter.h"
+
+namespace app {
+
+/// A cell of a column that is to be shown.
+struct ShownCell {
+    std::string file;             ///< Its name, fit to be shown.
+    unsigned long long line = 0;  ///< On which its row begins, from 1.
+    std::string text = {};        ///< Fit to be shown.
+};
+
+/// What a whole reading of a column finds, besides its kind. Missing values do not count.
+struct ColumnFacts {
+    std::uint64_t present = 0;
+    /// Cells that are no number, the first of them, and whether all have its text.
+    std::uint64_t noNumbers = 0;
+    ShownCell firstNoNumber;
+    bool allNoNumbersAreOneText = true;
+    /// Of these, the numbers as spreadsheets show them, the first one, those with a decimal comma
+    /// that is the only thing about them, and those of which that is not certain.
+    std::uint64_t spreadsheetNumbers = 0;
+    ShownCell firstSpreadsheetNumber;
+    std::uint64_t decimalCommas = 0;
+    std::uint64_t ambiguousCommas = 0;
+    /// Exact as long as the column is one of dates but for 100 cells.
+    std::uint64_t dates = 0;
+    /// The different texts from the first cell on that is no number, and the cells from there on.
+    /// See DistinctCounter for how exact that is.
+    std::uint64_t distinct = 0;
+    std::uint64_t distinctAmong = 0;
+    /// The different numbers if all are whole and there are no more than 20; else 0.
+    std::size_t wholeNumbers = 0;
+    /// Of a file of one column, the cells with a semicolon, a tab, or a bar.
+    std::array<std::uint64_t, 3> delimiters{};
+};
+
+/// The delimiters that a column's cells are searched for, in the order of ColumnFacts::delimiters.
+inline constexpr std::string_view kSearchedDelimiters = ";\t|";
+
+/// Finds the facts of one column, whose cells are handed over one by one.
+class ColumnScan {
+public:
+    /// `distinctLimit` is that of a DistinctCounter.
+    explicit ColumnScan(std::size_t distinctLimit) : mDistinctLimit(distinctLimit) {}
+
+    /// Takes a cell of the reader's row that is not missing: `field` as it stands, `text` without
+    /// the blanks around it, and the number that it is.
+    void Take(std::string_view field, std::string_view text, std::optional<double> number,
+              const CsvReader& reader);
+
+    /// The facts of all cells so far.
+    ColumnFacts Facts() const;
+
+private:
+    void TakeNumber(double number);
+    void TakeText(std::string_view text, const CsvReader& reader);
+
+    std::size_t mDistinctLimit;
+    ColumnFacts mFacts;
+    std::string mFirstNoNumber;  // not shortened
+    std::unique_ptr<DistinctCounter> mDistinct;
+    std::vector<double> mWholeNumbers;  // ascending
+    bool mHasFewWholeNumbers = true;
+};
+
+}  // namespace app

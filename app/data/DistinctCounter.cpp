@@ -1,0 +1,20 @@
+#include "app/data/DistinctCounter.h"
+
+#include <functional>
+
+namespace app {
+
+void DistinctCounter::Add(std::string_view text) {
+    const std::uint64_t hash = std::hash<std::string_view>()(text);
+    std::uint64_t& last = mLast[hash % mLast.size()];
+    if (last == hash && hash != 0) return;
+    last = hash;
+    if (!IsSampled(hash)) return;
+    mSample.insert(hash);
+    while (mSample.size() > mLimit) {
+        ++mZeroBits;
+        mSample.erase(mSample.lower_bound(std::uint64_t{1} << (64U - mZeroBits)), mSample.end());
+    }
+}
+
+}  // namespace app

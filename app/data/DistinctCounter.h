@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <string_view>
+
+namespace app {
+
+/// Counts the different texts of a column in bounded memory: exactly up to a limit, from there on
+/// by a sample of them, with a standard error of about the limit's inverse root. The sample holds
+/// the texts whose hashes begin with so many zero bits that no more than the limit do (M. Wegman's
+/// adaptive sampling; P. Flajolet, "On adaptive sampling", Computing 34, 1990). The same texts give
+/// the same count in any order.
+class DistinctCounter {
+public:
+    explicit DistinctCounter(std::size_t limit) : mLimit(limit) {}
+
+    void Add(std::string_view text);
+
+    std::uint64_t Count() const { return std::uint64_t{mSample.size()} << mZeroBits; }
+
+private:
+    bool IsSampled(std::uint64_t hash) const {
+        return mZeroBits == 0 || hash >> (64U - mZeroBits) == 0;
+    }
+
+    std::size_t mLimit;
+    unsigned int mZeroBits = 0;
+    // In order, because a file can be made in which all hashes would fall into one place of a
+    // table.
+    std::set<std::uint64_t> mSample;
+    // The hash that was met last for each value of its last bits: most columns have few texts.
+    std::array<std::uint64_t, 256> mLast{};
+};
+
+}  // namespace app
