@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <iostream>
 
 #include "app/base/Screen.h"
@@ -22,6 +23,8 @@ void OpenStandardStreams() {
 
 int main(int argc, char** argv) {
     OpenStandardStreams();
+    // A file that must not grow further is told by the write that failed.
+    std::signal(SIGXFSZ, SIG_IGN);
     return app::RunProgram(argc, argv, std::cout, std::cerr, app::ScreenOf(STDOUT_FILENO),
                            isatty(STDERR_FILENO) == 1);
 }

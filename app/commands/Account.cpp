@@ -76,8 +76,8 @@ Taken TakenOf(LeftOut leftOut) {
 
 std::string FewValues(const Learned& learned) {
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < learned.columns.size(); ++i) {
-        const SettledColumn& settled = learned.columns[i];
+    for (std::size_t i = 0; i < learned.data.columns.size(); ++i) {
+        const SettledColumn& settled = learned.data.columns[i];
         const ColumnFacts& facts = settled.facts;
         if (settled.column.kind == ColumnKind::Continuous && facts.wholeNumbers > 1 &&
             facts.wholeNumbers * kCasesToOneValue <= facts.present) {
@@ -113,13 +113,21 @@ std::string MissingRemedy(const ColumnFacts& facts) {
 std::string RemarkOn(const SettledColumn& settled, bool isOneFile) {
     const ColumnFacts& facts = settled.facts;
     const std::string categorical = ShellOption("--categorical", settled.column.name);
+    const std::uint64_t numbers = facts.present - facts.noNumbers;
     switch (settled.leftOut) {
         case LeftOut::Ignored:
             return {};
         case LeftOut::Keys:
+            if (2 * numbers > facts.present) {
+                return fmt::format(
+                    "is left out: its values are nearly all different, but all cells except {} are "
+                    "numbers, the first other one {}; {}",
+                    facts.noNumbers, Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts));
+            }
             return fmt::format(
-                "is left out, because its values are keys: {}{} of {} differ; {} takes them as "
-                "categories",
+                "is left out, because its values are keys, {}{} different ones in {} cells; {} "
+                "takes "
+                "them as categories",
                 facts.distinct > kCountedKeys ? "about " : "", facts.distinct, facts.distinctAmong,
                 categorical);
         case LeftOut::Dates:
@@ -140,13 +148,18 @@ std::string RemarkOn(const SettledColumn& settled, bool isOneFile) {
             Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts), categorical);
     }
     if (settled.isChosen) return {};
-    const std::uint64_t numbers = facts.present - facts.noNumbers;
     if (2 * numbers > facts.present) {
         return fmt::format(
             "is taken as categories, but all cells except {} are numbers, the first other one {}; "
             "{}, {} says that these are categories",
             facts.noNumbers, Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts),
             categorical);
+    }
+    if (2 * facts.dates > facts.present) {
+        return fmt::format(
+            "is taken as categories, but most cells are dates, of which new data has others; {} "
+            "leaves it out, {} says that these are categories",
+            ShellOption("--ignore", settled.column.name), categorical);
     }
     if (2 * (numbers + facts.spreadsheetNumbers) > facts.present) {
         return fmt::format(
@@ -163,8 +176,8 @@ std::string AccountOf(const Learned& learned, const Screen& screen) {
     const Reference& reference = learned.reference;
     const MCVarList& list = reference.stats.GetVarList();
     std::vector<Taken> taken(list.Size(), {"not compared", "-", "-"});
-    for (std::size_t i = 0; i < learned.columns.size(); ++i) {
-        taken[i] = TakenOf(learned.columns[i].leftOut);
+    for (std::size_t i = 0; i < learned.data.columns.size(); ++i) {
+        taken[i] = TakenOf(learned.data.columns[i].leftOut);
     }
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
         taken[static_cast<std::size_t>(reference.stats.GetVarListIndex(slot))] =
@@ -191,10 +204,17 @@ std::string AccountOf(const Learned& learned, const Screen& screen) {
     return account;
 }
 
-std::vector<std::string> RemarksOn(const std::vector<SettledColumn>& columns, bool isOneFile) {
+std::vector<std::string> RemarksOn(const SettledColumns& data, bool isOneFile) {
+    const std::vector<SettledColumn>& columns = data.columns;
     std::vector<std::string> remarks;
     const std::string delimiter = WrongDelimiter(columns);
     if (!delimiter.empty()) remarks.push_back(delimiter);
+    if (data.emptyRows > 0) {
+        remarks.push_back(fmt::format(
+            "{} of empty fields only {} counted as missing values, the first on line {}{}",
+            Plural(data.emptyRows, "row", "rows"), data.emptyRows == 1 ? "is" : "are",
+            data.firstEmptyRow.line, isOneFile ? std::string() : " of " + data.firstEmptyRow.file));
+    }
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const std::string remark = RemarkOn(columns[i], isOneFile);
         if (remark.empty()) continue;
@@ -205,9 +225,9 @@ std::vector<std::string> RemarksOn(const std::vector<SettledColumn>& columns, bo
 }
 
 std::vector<std::string> RemarksOn(const Learned& learned) {
-    std::vector<std::string> remarks = RemarksOn(learned.columns, learned.fileCount == 1);
+    std::vector<std::string> remarks = RemarksOn(learned.data, learned.fileCount == 1);
     const MADistStats& stats = learned.reference.stats;
-    const bool isReference = !learned.columns.empty();
+    const bool isReference = !learned.data.columns.empty();
     for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
         // A change shows in the bins of a reference; of new data the unreadable cells have not been
         // told yet.

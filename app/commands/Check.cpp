@@ -177,7 +177,7 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
     if (data) {
         LearnedReference learned =
             LearnReference(*data, options.data.columns, options.data.Missing(), cancel);
-        for (const std::string& remark : RemarksOn(learned.columns, true)) {
+        for (const std::string& remark : RemarksOn(learned.data, true)) {
             checked.remarks.push_back(fmt::format("{}: {}", data->Name(), remark));
         }
         reference = std::move(learned.reference);

@@ -36,7 +36,9 @@ std::string TextOf(const std::string& path, const std::string& name) {
 // The text without what the parser would misunderstand: it ends a value at every #, also within
 // quotes, and takes what is not closed for the value.
 std::string WithoutComments(const std::string& text, const std::string& name) {
-    std::istringstream lines(text);
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    const bool hasMark = text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0;
+    std::istringstream lines(text.substr(hasMark ? kByteOrderMark.size() : 0));
     std::string result;
     int lineNumber = 0;
     int openedOn = 0;
@@ -46,11 +48,11 @@ std::string WithoutComments(const std::string& text, const std::string& name) {
             throw InputError(fmt::format("{}:{}: {}", name, number, problem));
         };
         const std::size_t begin = std::min(line.find_first_not_of(" \t\r"), line.size());
-        const bool isSection =
-            line.find('=') == std::string::npos && line[begin] == '[' && openedOn == 0;
+        const bool isSection = line.find('=') == std::string::npos && begin < line.size() &&
+                               line[begin] == '[' && openedOn == 0;
         char quote = 0;
         std::size_t end = begin;
-        if (begin < line.size() && line[begin] == ';') line.clear();
+        if (begin < line.size() && line[begin] == ';') continue;
         for (; end < line.size() && (quote != 0 || line[end] != '#'); ++end) {
             const char byte = line[end];
             if (byte == '\0') refuse(lineNumber, "a NUL byte, this is not a text file");
@@ -65,7 +67,8 @@ std::string WithoutComments(const std::string& text, const std::string& name) {
             }
         }
         if (quote != 0) refuse(lineNumber, "a quote is not closed");
-        result += line.substr(0, end) + "\n";
+        // A list may go on over lines, for which the parser wants it to begin with a value.
+        result += line.substr(0, end) + (openedOn > 0 ? ' ' : '\n');
     }
     if (openedOn > 0) {
         throw InputError(fmt::format("{}:{}: a bracket is not closed", name, openedOn));

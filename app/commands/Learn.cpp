@@ -112,7 +112,7 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
         LearnedReference reference =
             LearnReference(reader, options.data.columns, options.data.Missing(), cancel);
         learned.reference = std::move(reference.reference);
-        learned.columns = std::move(reference.columns);
+        learned.data = std::move(reference.data);
     } else {
         learned.reference = SummariseWithBinsOf(options, reader, progress, cancel);
     }

@@ -26,8 +26,8 @@ struct Learned {
     MADocuments::Reference reference;
     std::string name;  ///< Of the data, fit to be shown.
     std::size_t fileCount = 1;
-    std::string separatedBy;             ///< In words; empty for several files.
-    std::vector<SettledColumn> columns;  ///< Of a reference, in the order of its list; else none.
+    std::string separatedBy;  ///< In words; empty for several files.
+    SettledColumns data;      ///< Of a reference, in the order of its list; else none.
 };
 
 /// The reference that is learned from the files, see LearnReference; or their summary with the bins

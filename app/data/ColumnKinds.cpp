@@ -106,16 +106,22 @@ std::string NotContinuous(std::string_view text, const CsvReader& reader) {
     return NotANumber(text) + " as it is written; " + NumberRemedy(facts, reader.HasDecimalComma());
 }
 
-// Reads the data to its end. A column that is chosen is no longer looked at once its kind is known.
+bool IsEmptyRow(const std::vector<std::string_view>& fields) {
+    return fields.size() > 1 && std::all_of(fields.begin(), fields.end(),
+                                            [](std::string_view field) { return field.empty(); });
+}
+
+// Reads the data to its end, and tells of rows without any value. A column that is chosen is no
+// longer looked at once its kind is known.
 std::vector<ColumnScan> ScanColumns(CsvReader& reader, const std::vector<Choice>& choices,
-                                    const MissingTokens& missing) {
+                                    const MissingTokens& missing, SettledColumns& settled) {
     std::vector<ColumnScan> scans;
     std::vector<std::size_t> open;
     for (std::size_t i = 0; i < choices.size(); ++i) {
         scans.emplace_back(DistinctLimit(choices.size()));
         if (choices[i] != Choice::Ignored) open.push_back(i);
     }
-    const auto isSettled = [&](std::size_t column) {
+    const auto isKnown = [&](std::size_t column) {
         const std::string_view field = reader.Fields()[column];
         const std::string_view text = TrimBlanks(field);
         if (missing.Contains(text)) return false;
@@ -126,8 +132,12 @@ std::vector<ColumnScan> ScanColumns(CsvReader& reader, const std::vector<Choice>
         scans[column].Take(field, text, number, reader);
         return !number && choices[column] == Choice::Categorical;
     };
-    while (!open.empty() && reader.Next()) {
-        open.erase(std::remove_if(open.begin(), open.end(), isSettled), open.end());
+    if (open.empty()) return scans;
+    while (reader.Next()) {
+        open.erase(std::remove_if(open.begin(), open.end(), isKnown), open.end());
+        if (IsEmptyRow(reader.Fields()) && settled.emptyRows++ == 0) {
+            settled.firstEmptyRow = {reader.FileName(), reader.RowLine()};
+        }
     }
     return scans;
 }
@@ -214,16 +224,16 @@ void CheckNewHeadings(const CsvReader& reader, const std::vector<std::string>& r
     }
 }
 
-std::vector<SettledColumn> SettleKinds(CsvReader& reader, const ColumnChoices& choices,
-                                       const MissingTokens& missing) {
+SettledColumns SettleKinds(CsvReader& reader, const ColumnChoices& choices,
+                           const MissingTokens& missing) {
     const std::vector<Choice> chosen = ChoicesByColumn(reader.Headings(), choices);
-    const std::vector<ColumnScan> scans = ScanColumns(reader, chosen, missing);
+    SettledColumns settled;
+    const std::vector<ColumnScan> scans = ScanColumns(reader, chosen, missing, settled);
     reader.Rewind();
-    std::vector<SettledColumn> columns;
     for (std::size_t i = 0; i < chosen.size(); ++i) {
-        columns.push_back(Settle(reader, i, chosen[i], scans[i]));
+        settled.columns.push_back(Settle(reader, i, chosen[i], scans[i]));
     }
-    return columns;
+    return settled;
 }
 
 std::string WrongDelimiter(const std::vector<SettledColumn>& columns) {

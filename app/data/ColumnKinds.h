@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,14 @@ struct SettledColumn {
     ColumnFacts facts;      ///< None of a column that the user ignores.
 };
 
+/// The columns of a reference's data, in their order, and what else its first reading found.
+struct SettledColumns {
+    std::vector<SettledColumn> columns;
+    /// Rows of several fields that are all empty, as spreadsheets write them behind a table.
+    std::uint64_t emptyRows = 0;
+    ShownCell firstEmptyRow;  ///< Without a text.
+};
+
 /// The columns of a reference with their kinds, for which the data is read to its end and gone
 /// back to the beginning. Missing values do not count.
 ///
@@ -57,8 +66,8 @@ struct SettledColumn {
 /// InputError when a column that was chosen as continuous holds anything but numbers, and when all
 /// cells of one that was not chosen, or all but as few, are numbers as spreadsheets show them;
 /// OutputError, Cancelled.
-std::vector<SettledColumn> SettleKinds(CsvReader& reader, const ColumnChoices& choices,
-                                       const MADocuments::MissingTokens& missing);
+SettledColumns SettleKinds(CsvReader& reader, const ColumnChoices& choices,
+                           const MADocuments::MissingTokens& missing);
 
 /// What must be wrong with the delimiter of a file whose only column is full of another; empty if
 /// nothing is.

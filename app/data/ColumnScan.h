@@ -14,7 +14,7 @@
 
 namespace app {
 
-/// A cell of a column that is to be shown.
+/// A cell, or a row, that is to be shown.
 struct ShownCell {
     std::string file;             ///< Its name, fit to be shown.
     unsigned long long line = 0;  ///< On which its row begins, from 1.

@@ -103,6 +103,7 @@ void CsvReader::BeginFile() {
     if (mFile == 0) mHeadings = headings;
     mMaxFields = headings.size();
     mReadsHeading = false;
+    mHasRows = false;
     mPlaces = PlacesIn(*this);
 }
 
@@ -139,19 +140,22 @@ void CsvReader::ReadHeading() {
     }
 }
 
-// Goes behind a first line that names the delimiter, and takes that.
+// Goes behind a first line that names the delimiter, in quotes or not, and takes that.
 bool CsvReader::PassOverSeparatorLine() {
-    constexpr std::size_t kLength = kSeparatorLine.size() + 1;
-    while (!mAtEnd && static_cast<std::size_t>(mEnd - mNext) <= kLength) Refill();
-    const std::string_view rest(mNext, static_cast<std::size_t>(mEnd - mNext));
-    if (rest.size() < kLength || rest.substr(0, kSeparatorLine.size()) != kSeparatorLine ||
-        !IsLineEnd(mNext[kLength])) {
+    constexpr std::size_t kLongest = kSeparatorLine.size() + 3;
+    while (!mAtEnd && static_cast<std::size_t>(mEnd - mNext) <= kLongest) Refill();
+    std::string_view line(mNext, static_cast<std::size_t>(mEnd - mNext));
+    line = line.substr(0, line.find_first_of("\r\n"));
+    const std::size_t length = line.size();
+    if (length == kLongest && line.front() == '"' && line.back() == '"') {
+        line = line.substr(1, length - 2);
+    }
+    if (line.size() != kSeparatorLine.size() + 1 ||
+        line.substr(0, kSeparatorLine.size()) != kSeparatorLine || !IsDelimiter(line.back())) {
         return false;
     }
-    const char delimiter = rest[kSeparatorLine.size()];
-    if (!IsDelimiter(delimiter)) return false;
-    UseDelimiter(delimiter);
-    mNext += kLength;
+    UseDelimiter(line.back());
+    mNext += length;
     return true;
 }
 
@@ -231,10 +235,12 @@ bool CsvReader::Next() {
         return mMaxFields == 1 ? BlankLines::AreRows : BlankLines::ArePassedOver;
     };
     while (!ReadRow(blankLines())) {
+        if (!mHasRows && mFileWithoutRows.empty()) mFileWithoutRows = FileName();
         if (mFile + 1 == mPaths.size()) return false;
         ++mFile;
         BeginFile();
     }
+    mHasRows = true;
     if (mFields.size() < mMaxFields) {
         FailAt(mFields.size() - 1,
                fmt::format("the row ends here, the heading has {} columns", mMaxFields));

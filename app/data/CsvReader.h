@@ -88,6 +88,10 @@ public:
         return mPlaces.empty() ? mFields : mOrdered;
     }
 
+    /// The name of the first file that turned out to have no rows, fit to be shown; empty if none
+    /// has so far.
+    const std::string& FileWithoutRows() const { return mFileWithoutRows; }
+
     /// Goes back to before the first row of files that are read repeatedly. Throws InputError, also
     /// when a file has changed, OutputError, Cancelled.
     void Rewind();
@@ -150,6 +154,8 @@ private:
     std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes
     std::size_t mMaxFields = 0;
     bool mReadsHeading = true;
+    bool mHasRows = false;         // the file that is read
+    std::string mFileWithoutRows;  // the first one
     char mDelimiter = ',';
     // The bytes at which an unquoted field ends, or must not go on.
     std::array<bool, 256> mStops{};

@@ -127,8 +127,7 @@ bool TakeYearFirst(Scanner& scanner, char separator) {
     return scanner.TakeNumber().IsDay();
 }
 
-// 31.01.2024, 1/31/24, 01-31-24, and 31-Jan-2024. With points or dashes a year of two digits needs
-// two in day and month, so that a number of a version is none.
+// 31.01.2024, 1/31/24, 01-31-24, and 31-Jan-2024.
 bool TakeDayFirst(Scanner& scanner, const Number& first, char separator) {
     if (!first.IsDay()) return false;
     if (scanner.TakeName(kMonths)) {
@@ -139,7 +138,7 @@ bool TakeDayFirst(Scanner& scanner, const Number& first, char separator) {
     if (!scanner.Take({&separator, 1})) return false;
     const Number year = scanner.TakeNumber();
     if (year.IsYear()) return true;
-    return year.digits == 2 && (separator == '/' || (first.digits == 2 && second.digits == 2));
+    return year.digits == 2 && (separator != '-' || (first.digits == 2 && second.digits == 2));
 }
 
 // Jan 31, 2024; Jan 31 12:00:00 CET 2024; Jan-24; January 2024.

@@ -29,7 +29,7 @@ void RequireWholePasses(const LearnedReference& learned, const CsvRecordIter& re
         const std::uint64_t unreadable = learned.reference.uncounted[slot].unreadable.value_or(0);
         const bool isContinuous = !stats.IsCategorical(slot);
         if (cases > records.RecordCount() ||
-            (isContinuous && unreadable != learned.columns[column].facts.noNumbers) ||
+            (isContinuous && unreadable != learned.data.columns[column].facts.noNumbers) ||
             (!frequencies.empty() && sum != static_cast<double>(cases))) {
             reader.RefuseChanged();
         }
@@ -58,19 +58,19 @@ void RequireColumnsLeft(const std::vector<SettledColumn>& columns, const CsvRead
 LearnedReference LearnReference(CsvReader& reader, const ColumnChoices& choices,
                                 const MissingTokens& missing, MCQueryCancel& cancel) {
     LearnedReference learned;
-    learned.columns = SettleKinds(reader, choices, missing);
-    RequireColumnsLeft(learned.columns, reader);
+    learned.data = SettleKinds(reader, choices, missing);
+    if (!reader.FileWithoutRows().empty()) {
+        throw InputError(reader.FileWithoutRows() + ": there are no rows to learn from");
+    }
+    RequireColumnsLeft(learned.data.columns, reader);
     std::vector<Column> columns;
-    for (const SettledColumn& settled : learned.columns) columns.push_back(settled.column);
+    for (const SettledColumn& settled : learned.data.columns) columns.push_back(settled.column);
     CsvRecordIter records(reader, columns, missing);
     MAPredictorDist predictor(records.VarList(), records, &cancel);
     const MCStatus status = predictor.ComputeDistStats();
     if (status.GetCode() == MAStatusCancelled) throw Cancelled();
     if (!status.IsOK()) throw InputError(reader.Name() + ": " + status.GetMessage());
 
-    if (records.RecordCount() == 0) {
-        throw InputError(reader.Name() + ": there are no rows to learn from");
-    }
     Reference& reference = learned.reference;
     reference.stats = predictor.GetDistStats();
     reference.missing = missing;

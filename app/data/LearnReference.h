@@ -14,7 +14,7 @@ struct LearnedReference {
     /// Its list has every column; those that are left out are no input variables. What made it is
     /// left open.
     MADocuments::Reference reference;
-    std::vector<SettledColumn> columns;  ///< In the order of the list.
+    SettledColumns data;  ///< In the order of the list.
 };
 
 /// The reference that is learned from data, which is read up to three times: for the kinds of its

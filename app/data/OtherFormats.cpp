@@ -33,13 +33,15 @@ constexpr const char* kBzip2 =
     "this is a bzip2 archive; give 'bzip2 -dc FILE' through a pipe as '-'";
 constexpr const char* kLz4 = "this is an lz4 archive; give 'lz4 -dc FILE' through a pipe as '-'";
 constexpr const char* kParquet =
-    "this is a Parquet file; a program that reads it can give it through a pipe as '-', such as "
-    "duckdb -csv -c \"FROM 'FILE'\"";
+    "this is a Parquet file; give it through a pipe as '-', for instance by duckdb -c \"COPY (FROM "
+    "'FILE') TO '/dev/stdout' (FORMAT csv, HEADER)\"";
 constexpr const char* kDatabase =
     "this is an SQLite database; give 'sqlite3 -csv -header FILE \"SELECT ...\"' through a pipe as "
     "'-'";
 constexpr const char* kBinary = "this is a binary file; export it as CSV";
 constexpr const char* kPage = "this is a page for a browser; export the table in it as CSV";
+constexpr const char* kArchive =
+    "this is an archive within an archive; decompress it and give it through a pipe as '-'";
 constexpr const char* kJson = "this is JSON; export it as CSV";
 
 // A mark is found before any other that it begins with.
@@ -68,9 +70,20 @@ constexpr std::array<Format, 22> kFormats = {{
     {"<!DOCTYPE html"sv, kPage},
     {"<!doctype html"sv, kPage},
     {"<html"sv, kPage},
-    {"{\""sv, kJson},
-    {"[{\""sv, kJson},
+    {"\x1F\x8B"sv, kArchive},
+    {"\x28\xB5\x2F\xFD"sv, kArchive},
 }};
+
+// Blanks and line ends do not count between the first characters.
+bool BeginsLikeJson(std::string_view text) {
+    std::string characters;
+    for (const char byte : text) {
+        if (byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n') continue;
+        characters += byte;
+        if (characters.size() == 3) break;
+    }
+    return characters.substr(0, 2) == "{\"" || characters == "[{\"" || characters == "[[\"";
+}
 
 }  // namespace
 
@@ -78,6 +91,7 @@ std::optional<std::string> OtherFormat(std::string_view beginning) {
     for (const Format& format : kFormats) {
         if (beginning.substr(0, format.mark.size()) == format.mark) return format.problem;
     }
+    if (BeginsLikeJson(beginning)) return kJson;
     if (MADocuments::BeginsLikeDocument(beginning)) {
         return "this looks like a stored reference, not data";
     }

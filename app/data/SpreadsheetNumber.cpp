@@ -14,9 +14,9 @@ namespace {
 // Longer texts are no numbers that a person looks at.
 constexpr std::size_t kMaxLength = 64;
 
-constexpr std::array<std::string_view, 19> kCurrencyCodes = {
-    "AUD", "BRL", "CAD", "CHF", "CNY", "CZK", "DKK", "EUR", "GBP", "HUF",
-    "INR", "JPY", "NOK", "PLN", "RUB", "SEK", "USD", "kr",  "Fr."};
+constexpr std::array<std::string_view, 23> kCurrencyCodes = {
+    "AUD", "BRL", "CAD", "CHF", "CNY", "CZK", "DKK", "EUR", "GBP", "HUF", "INR", "JPY",
+    "NOK", "PLN", "RUB", "SEK", "USD", "kr",  "Fr.", "US$", "R$",  "A$",  "C$"};
 
 bool IsDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
@@ -78,8 +78,11 @@ bool TakeGroups(std::string_view& text, char& separator) {
     const bool beginsWithZero = !text.empty() && text.front() == '0';
     text.remove_prefix(digits);
     separator = 0;
-    while (digits <= 3 && digits > 0 && !text.empty() && !IsDigit(text.front()) &&
-           (separator == 0 || text.front() == separator)) {
+    const auto separates = [&separator](char byte) {
+        return separator == 0 ? std::string_view(",.' ").find(byte) != std::string_view::npos
+                              : byte == separator;
+    };
+    while (digits <= 3 && digits > 0 && !text.empty() && separates(text.front())) {
         const std::size_t next = CountDigits(text.substr(1));
         const bool goesOn = next == 2 && text.size() > 3 && text[3] == text.front();
         if ((next != 3 && !goesOn) || beginsWithZero) break;
@@ -139,8 +142,8 @@ bool IsSpreadsheetNumber(std::string_view text) {
     if ((!hasWhole && !hasDecimals) || !TakeExponent(rest) || !rest.empty()) return false;
     // A number that is only too large for a double is written as any other.
     const bool isPlain =
-        separator == 0 && simple.find_first_not_of("0123456789+-.eE") == std::string::npos;
-    return !isPlain || simple.back() == '-';
+        separator == 0 && text.find_first_not_of("0123456789+-.eE") == std::string_view::npos;
+    return !isPlain || text.back() == '-';
 }
 
 bool IsAmbiguousComma(std::string_view text) {

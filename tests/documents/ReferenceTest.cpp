@@ -110,7 +110,7 @@ TABLE_TEST(ReadReference, TakesWhatTheLibraryAloneWrites, 3) {
     fakes::KeepDocument(document);
     const Reference reference = ReadReference(document);
     EXPECT_EQ(fakes::Contents(reference.stats), row.Text(2));
-    EXPECT_EQ(reference.missing.Texts(), (std::vector<std::string>{"", "NA"}));
+    EXPECT_EQ(reference.missing.Texts(), MADocuments::MissingTokens().Texts());
 }
 
 TABLE_TEST(ReadReference, RefusesWholeDocuments, 2) {
