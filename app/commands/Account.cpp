@@ -142,9 +142,9 @@ std::string RemarkOn(const SettledColumn& settled, bool isOneFile) {
     if (settled.column.kind == ColumnKind::Continuous) {
         if (facts.noNumbers == 0) return {};
         return fmt::format(
-            "{} no number and unreadable, the first {}; {}, {} takes the column as "
-            "categories",
-            facts.noNumbers == 1 ? "1 cell is" : fmt::format("{} cells are", facts.noNumbers),
+            "has {} no number and unreadable, the first {}; {}, {} takes the column as categories",
+            facts.noNumbers == 1 ? "1 cell that is"
+                                 : fmt::format("{} cells that are", facts.noNumbers),
             Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts), categorical);
     }
     if (settled.isChosen) return {};

@@ -68,8 +68,17 @@ void CheckFurtherHeadings(const LearnOptions& options, const CsvReader& reader, 
     }
 }
 
-MADocuments::Reference SummariseWithBinsOf(const LearnOptions& options, CsvReader& reader,
-                                           Progress& progress, MCQueryCancel& cancel) {
+// Refuses an ignored column that no file has. The last one may be known only at the end.
+void RequireIgnored(const std::vector<std::string>& ignored, const CsvReader& reader) {
+    std::vector<const std::vector<std::string>*> lists;
+    for (const std::vector<std::string>& headings : reader.FileHeadings()) {
+        lists.push_back(&headings);
+    }
+    RequireColumns(ignored, lists, reader.Name() + ": the file has no column");
+}
+
+Reference SummariseWithBinsOf(const LearnOptions& options, CsvReader& reader, Progress& progress,
+                              MCQueryCancel& cancel) {
     if (!options.data.settledOption.empty()) {
         throw UsageError(fmt::format("{}: the reference of --bins-of has settled this",
                                      options.data.settledOption));
@@ -107,10 +116,11 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
     if (paths.size() == 1) learned.separatedBy = DelimiterName(reader.Delimiter());
     if (isReference) {
         CheckHeadings(reader, options.data.columns.ignored);
-        RequireColumns(options.data.columns.ignored, {&reader.Headings()},
-                       reader.Name() + ": the file has no column");
+        const std::vector<std::string>& ignored = options.data.columns.ignored;
+        if (paths.size() == 1) RequireIgnored(ignored, reader);
         LearnedReference reference =
             LearnReference(reader, options.data.columns, options.data.Missing(), cancel);
+        RequireIgnored(ignored, reader);
         learned.reference = std::move(reference.reference);
         learned.data = std::move(reference.data);
     } else {

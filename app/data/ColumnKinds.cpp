@@ -103,7 +103,8 @@ std::string NotContinuous(std::string_view text, const CsvReader& reader) {
         return fmt::format("{}; {} reads it as a missing value", NotANumber(text),
                            ShellOption("--missing", text, "TOKEN"));
     }
-    return NotANumber(text) + " as it is written; " + NumberRemedy(facts, reader.HasDecimalComma());
+    return fmt::format("\"{}\" is a number as spreadsheets show it; {}", Shortened(text),
+                       NumberRemedy(facts, reader.HasDecimalComma()));
 }
 
 bool IsEmptyRow(const std::vector<std::string_view>& fields) {

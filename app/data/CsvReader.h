@@ -69,6 +69,9 @@ public:
     /// files, those of the first.
     const std::vector<std::string>& Headings() const { return mHeadings; }
 
+    /// The headings of all files that have been opened so far, in their order.
+    const std::vector<std::vector<std::string>>& FileHeadings() const { return mFileHeadings; }
+
     /// Refuses the file that another reader begins if it could not be one of these: because of a
     /// column that only one of them has, or one that stands twice. Throws InputError.
     void RequireSameColumns(const CsvReader& further) const;

@@ -230,7 +230,8 @@ void CsvRecordIter::CountCategory(Source& source, std::size_t length) {
         [](const Source& left, const Source& right) { return left.bytes < right.bytes; });
     mReader.Refuse(largest->column,
                    fmt::format("the categories take more than {} MiB, most of them in this column; "
-                               "--ignore leaves it out",
+                               "--ignore leaves it out; if it has numbers and texts for missing "
+                               "ones, --missing reads those",
                                kMaxCategoryBytes / kMiB));
 }
 

@@ -83,24 +83,30 @@ public:
         return true;
     }
 
-    // What may stand for a zone behind a time of day: Z, +01:00, UTC, Europe/Berlin.
-    bool TakeZone() {
-        if (Take("+-")) {
-            const Number hours = TakeNumber();
-            if (Take(":")) return hours.digits == 2 && TakeNumber().digits == 2;
-            return hours.digits == 2 || hours.digits == 4;
-        }
+    // Up to so many letters, or any number with slashes and underscores between them.
+    bool TakeWord(std::size_t longest) {
         const auto end = std::find_if_not(mRest.begin(), mRest.end(), [](char byte) {
             return IsLetter(byte) || byte == '/' || byte == '_';
         });
-        if (end == mRest.begin()) return false;
-        mRest.remove_prefix(static_cast<std::size_t>(end - mRest.begin()));
+        const auto length = static_cast<std::size_t>(end - mRest.begin());
+        if (length == 0) return false;
+        const bool isName = mRest.substr(0, length).find('/') != std::string_view::npos;
+        if (length > longest && !isName) return false;
+        mRest.remove_prefix(length);
         return true;
     }
 
 private:
     std::string_view mRest;
 };
+
+// Z, +01:00, -05, UTC, Europe/Berlin.
+bool TakeZone(Scanner& scanner) {
+    if (!scanner.Take("+-")) return scanner.TakeWord(5);
+    const Number hours = scanner.TakeNumber();
+    if (scanner.Take(":")) return hours.digits == 2 && scanner.TakeNumber().digits == 2;
+    return hours.digits == 2 || hours.digits == 4;
+}
 
 // 12:34, 12:34:56.789, 0:00 PM, and a zone.
 bool TakeTime(Scanner& scanner) {
@@ -111,13 +117,13 @@ bool TakeTime(Scanner& scanner) {
         if (scanner.Take(".,") && scanner.TakeNumber().digits == 0) return false;
     }
     scanner.TakeBlanks();
-    if (IsLetter(scanner.Next()) || scanner.Next() == '+' || scanner.Next() == '-') {
-        if (!scanner.TakeZone()) return false;
+    Scanner half = scanner;
+    if (half.Take("AaPp") && half.Take("Mm") && !IsLetter(half.Next())) {
+        scanner = half;
         scanner.TakeBlanks();
-        // AM and PM come before the zone.
-        if (!scanner.AtEnd() && !IsDigit(scanner.Next()) && !scanner.TakeZone()) return false;
     }
-    return true;
+    if (scanner.AtEnd() || IsDigit(scanner.Next())) return true;
+    return TakeZone(scanner);
 }
 
 // 2024-01-31, 2024/1/31, 2024.01.31, and 2024-01 alone.
