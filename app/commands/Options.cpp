@@ -42,10 +42,11 @@ constexpr std::string_view kCheckHelp =
 Usage: accredit check [OPTIONS] REFERENCE NEW...
 
 REFERENCE is what 'accredit learn' stored, or the data itself; NEW is data, or a
-summary that 'accredit learn --bins-of REFERENCE' stored. Data is a file of
-comma-separated values with a heading; columns are matched by name, in any
-order. Blanks around numbers do not count, those of headings and categories do.
-One NEW may be '-' for standard input, or a stored REFERENCE instead.
+summary that 'accredit learn --bins-of REFERENCE' stored. Data is a CSV file
+with a heading, or a pipe; columns are matched by name, in any order. Blanks
+around numbers do not count, those of headings and categories do. What is
+compressed by gzip or zstd is read as it is. One of the files may be '-' for
+standard input.
 
 The first line says what changed. Every variable of the reference is unchanged,
 or changed in a minor, moderate or major way, or could not be tested: by a test
@@ -60,11 +61,20 @@ Columns:
   --weight COLUMN=W      weigh a column in the accreditation; the others weigh 1
 
 Columns, when REFERENCE is data; a stored reference has settled these:
-  --categorical COLUMN   take the numbers of a column as categories
-  --continuous COLUMN    insist that a column holds numbers
-  --missing TOKEN        a text that stands for a missing value, besides 'NA'
-                         and the empty field; compared as text (-9 is not
-                         -9.0), blanks around it do not count
+  --categorical COLUMN   take a column as categories, whatever it holds
+  --continuous COLUMN    insist that a column holds nothing but numbers
+  --missing TOKEN        a text that stands for a missing value, besides the
+                         usual ones; compared as text (-9 is not -9.0), blanks
+                         around it do not count
+  --only-missing TOKEN   the same, in place of the usual ones; '' for none
+
+Files:
+  --delimiter CHAR       what stands between fields: one character, or 'tab'; if
+                         not given, the comma, semicolon or tab that the heading
+                         of a file has most of
+  --decimal-comma        numbers have a decimal comma: 1,5
+  --config FILE          read options of columns and files from a file, a line
+                         each: ignore = ["id", "day"]
 
 Result:
   --fail-on VERDICT      exit with status 1 if a variable is that or worse:
@@ -80,9 +90,9 @@ Result:
   -h, --help             show this help
   --version              show the version
 
-Options that name a column or a token may be repeated. A column of the data that
-holds nothing but numbers is continuous, any other is categorical. In a file of
-one column a blank line is a missing value; in any other it is passed over.
+Options that name a column or a token may be repeated. The usual texts of a
+missing value are the empty field, NA, NaN, nan, NULL, null, N/A, n/a, #N/A and
+<NA>. The kinds of a data reference's columns are those of 'accredit learn'.
 
 Exit status: 0 if no rule is broken; 1 if --fail-on or --fail-below is, or,
 without --fail-on, if there is no accreditation: a variable is absent, has an
@@ -98,38 +108,56 @@ constexpr std::string_view kLearnHelp =
     R"(accredit learn - summarise the data a model is built on and store that as a
 reference
 
-Usage: accredit learn [OPTIONS] DATA.csv --output REFERENCE.pmml
+Usage: accredit learn [OPTIONS] DATA... --output REFERENCE.pmml
 
-DATA is a file of comma-separated values with a heading. The reference is a PMML
-3.1 document with a summary of every column; new data is later checked against
-it without the old data. It is written as a whole or not at all, and replaces a
-file that is there.
+DATA is a CSV file with a heading, a pipe, or '-' for standard input; what is
+compressed by gzip or zstd is read as it is. Several files with the same
+headings are read one behind the other as one. The reference is a PMML 3.1
+document with a summary of every column; new data is later checked against it
+without the old data. It is written as a whole or not at all, and replaces a
+file that is there. What was taken of every column is printed, and to standard
+error what should be looked at.
 
   --output REFERENCE     the file to write; '-' is standard output
   --bins-of REFERENCE    summarise new data with the bins of a stored reference,
                          so that 'accredit check' can compare the summary with
-                         it; DATA may then be '-' for standard input
+                         it; DATA may then have no rows
+
+Files:
+  --delimiter CHAR       what stands between fields: one character, or 'tab'; if
+                         not given, the comma, semicolon or tab that the heading
+                         of a file has most of
+  --decimal-comma        numbers have a decimal comma: 1,5
+  --config FILE          read options of columns and files from a file, a line
+                         each: ignore = ["id", "day"]
 
 Columns:
   --ignore COLUMN        leave a column out
 
 Columns, without --bins-of, whose reference has settled these:
-  --categorical COLUMN   take the numbers of a column as categories
-  --continuous COLUMN    insist that a column holds numbers
-  --missing TOKEN        a text that stands for a missing value, besides 'NA'
-                         and the empty field; compared as text (-9 is not
-                         -9.0), blanks around it do not count
+  --categorical COLUMN   take a column as categories, whatever it holds
+  --continuous COLUMN    insist that a column holds nothing but numbers
+  --missing TOKEN        a text that stands for a missing value, besides the
+                         usual ones; compared as text (-9 is not -9.0), blanks
+                         around it do not count
+  --only-missing TOKEN   the same, in place of the usual ones; '' for none
 
   -h, --help             show this help
   --version              show the version
 
-Options that name a column or a token may be repeated. A column that holds
-nothing but numbers is continuous, any other is categorical. Blanks around
-numbers do not count, those of headings and categories do. In a file of one
-column a blank line is a missing value; in any other it is passed over. Headings
-and categories must be UTF-8 without control characters other than tab and line
-end. Standard error tells of columns in which one bin holds nearly all cases:
-their counts can hardly show a change.
+Options that name a column or a token may be repeated. The usual texts of a
+missing value are the empty field, NA, NaN, nan, NULL, null, N/A, n/a, #N/A and
+<NA>. A column of numbers is continuous, also if a few of its cells are none (at
+most 100, and one in a thousand), which are counted as unreadable. A column of
+dates is left out, and so is one of keys: more than half of its texts, and more
+than 1000, differ. Any other column has categories. Numbers as spreadsheets show
+them (1,234.50 or 12 %) are refused. Blanks around numbers do not count, those
+of headings and categories do. In a file of one column a blank line is a missing
+value; in any other it is passed over. Headings and categories must be UTF-8
+without control characters other than tab and line end.
+
+Of pipes a temporary copy is made where data is read more than once, in the
+folder that TMPDIR names, or in /var/tmp.
 
 Exit status: 0 if the reference was written; 2 for wrong usage, unreadable or
 malformed data, data without rows (unless --bins-of is given) or that a
