@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -19,10 +20,19 @@ void OpenStandardStreams() {
     }
 }
 
+// Files that make one reference stay open until it is learned.
+void AllowManyFiles() {
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     OpenStandardStreams();
+    AllowManyFiles();
     // A file that must not grow further is told by the write that failed.
     std::signal(SIGXFSZ, SIG_IGN);
     return app::RunProgram(argc, argv, std::cout, std::cerr, app::ScreenOf(STDOUT_FILENO),

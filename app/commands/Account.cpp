@@ -96,7 +96,7 @@ std::string FewValues(const Learned& learned) {
 }
 
 std::string Place(const ShownCell& cell, bool isOneFile) {
-    return fmt::format("\"{}\" on line {}{}", cell.text, cell.line,
+    return fmt::format("\"{}\" on line {}{}", Shortened(cell.text), cell.line,
                        isOneFile ? std::string() : " of " + cell.file);
 }
 
@@ -126,8 +126,7 @@ std::string RemarkOn(const SettledColumn& settled, bool isOneFile) {
             }
             return fmt::format(
                 "is left out, because its values are keys, {}{} different ones in {} cells; {} "
-                "takes "
-                "them as categories",
+                "takes them as categories",
                 facts.distinct > kCountedKeys ? "about " : "", facts.distinct, facts.distinctAmong,
                 categorical);
         case LeftOut::Dates:

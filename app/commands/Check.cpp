@@ -69,8 +69,7 @@ std::vector<double> WeightsInOrder(Weights byColumn, const MADistStats& referenc
         const std::string_view column = byColumn.begin()->first;
         throw UsageError(
             fmt::format("the weighted column \"{}\" is left out of the reference, because its "
-                        "values are keys or "
-                        "dates; {} takes them as categories",
+                        "values are keys or dates; {} takes them as categories",
                         Printable(column), ShellOption("--categorical", column)));
     }
     return weights;

@@ -150,7 +150,7 @@ std::vector<ColumnScan> ScanColumns(CsvReader& reader, const std::vector<Choice>
     throw InputError(fmt::format(
         "{}:{}: column {} \"{}\": \"{}\" is a number as spreadsheets show it, and so are all "
         "others; {}; {} takes the column as categories",
-        first.file, first.line, column + 1, Shortened(name), first.text,
+        first.file, first.line, column + 1, Shortened(name), Shortened(first.text),
         NumberRemedy(facts, reader.HasDecimalComma()), ShellOption("--categorical", name)));
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "app/base/Printable.h"
 #include "app/data/CellText.h"
 
 namespace app {
@@ -15,7 +14,7 @@ constexpr std::uint64_t kMaxOdd = 100;
 constexpr std::size_t kMaxWholeNumbers = 20;
 
 ShownCell CellAt(const CsvReader& reader, std::string_view text) {
-    return {reader.FileName(), reader.RowLine(), Shortened(text)};
+    return {reader.FileName(), reader.RowLine(), std::string(text)};
 }
 
 }  // namespace
@@ -49,10 +48,9 @@ void ColumnScan::TakeNumber(double number) {
 void ColumnScan::TakeText(std::string_view text, const CsvReader& reader) {
     if (mFacts.noNumbers++ == 0) {
         mFacts.firstNoNumber = CellAt(reader, text);
-        mFirstNoNumber = text;
         mDistinct = std::make_unique<DistinctCounter>(mDistinctLimit);
     } else if (mFacts.allNoNumbersAreOneText) {
-        mFacts.allNoNumbersAreOneText = text == mFirstNoNumber;
+        mFacts.allNoNumbersAreOneText = text == mFacts.firstNoNumber.text;
     }
     // With a decimal comma, a number that has a point is one of another program.
     if (mFacts.noNumbers - mFacts.spreadsheetNumbers <= kMaxOdd + 1 &&

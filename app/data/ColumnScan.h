@@ -18,7 +18,7 @@ namespace app {
 struct ShownCell {
     std::string file;             ///< Its name, fit to be shown.
     unsigned long long line = 0;  ///< On which its row begins, from 1.
-    std::string text = {};        ///< Fit to be shown.
+    std::string text = {};        ///< As it stands.
 };
 
 /// What a whole reading of a column finds, besides its kind. Missing values do not count.
@@ -69,7 +69,6 @@ private:
 
     std::size_t mDistinctLimit;
     ColumnFacts mFacts;
-    std::string mFirstNoNumber;  // not shortened
     std::unique_ptr<DistinctCounter> mDistinct;
     std::vector<double> mWholeNumbers;  // ascending
     bool mHasFewWholeNumbers = true;
