@@ -75,12 +75,12 @@ std::size_t DistinctLimit(std::size_t columns) {
 
 // What to do about a number that is written as spreadsheets show it.
 std::string NumberRemedy(const ColumnFacts& facts, bool decimalComma) {
-    const std::string export_ =
+    const char* const plain =
         "export the numbers without separators of thousands and signs of a unit";
     if (decimalComma) {
-        return "with --decimal-comma a point is no decimal sign; " + export_;
+        return std::string("with --decimal-comma a point is no decimal sign; ") + plain;
     }
-    if (facts.decimalCommas != facts.spreadsheetNumbers) return export_;
+    if (facts.decimalCommas != facts.spreadsheetNumbers) return plain;
     if (facts.ambiguousCommas != facts.spreadsheetNumbers) {
         return "--decimal-comma reads a comma as the decimal sign";
     }

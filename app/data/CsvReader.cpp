@@ -250,7 +250,7 @@ bool CsvReader::Next() {
 }
 
 void CsvReader::Rewind() {
-    for (std::size_t i = 0; i < mFiles.size(); ++i) mFiles[i]->Rewind();
+    for (const std::unique_ptr<InputFile>& file : mFiles) file->Rewind();
     mFile = 0;
     BeginFile();
 }

@@ -71,9 +71,15 @@ class Program:
             self.run("data", "learn", "--bins-of=../reference.pmml", "new", "--output=../stored/new")
         for form in ("json", "text"):
             given = ["check", f"--format={form}", "--all", *options.of_check()]
-            wanted = self.run("data", *given, *options.of_learn(), "../reference.csv", "new")
+            status, out, err = self.run("data", *given, *options.of_learn(), "../reference.csv",
+                                        "new")
+            # What is said of the reference's data was said when it was learned.
+            lines = [line for line in err.splitlines(keepends=True)
+                     if not line.startswith(b"accredit: ../reference.csv: column ")]
+            wanted = status, out, b"".join(lines)
             for where in ("data", "stored") if has_summary else ("data",):
-                if self.run(where, *given, "../reference.pmml", "new") != wanted:
+                stored = self.run(where, *given, "../reference.pmml", "new")
+                if stored != wanted:
                     yield f"{form} of a stored reference and {where}", "other bytes", "the same"
 
 
@@ -184,9 +190,15 @@ def broken_pairs(old, new):
     for spared in (["sun"], ["snow", "fog", "drizzle"]):
         kept = [row for row in new[1] if row[4] in spared]
         yield old, (new[0], kept)
-    yield old, changed(new, "wind", lambda row, cell: "n/a" if row % 10 == 4 else f"\t{cell} ")
+    yield old, changed(new, "wind", lambda row, cell: "n.a." if row % 10 == 4 else f"\t{cell} ")
     yield old, changed(new, "wind", lambda row, cell: "1e999" if row == 300 else cell)
     yield old, changed(new, "wind", lambda row, cell: "0x1F")
+    # One cell of 1,096 leaves a column one of numbers, two do not.
+    few = changed(old, "wind", lambda row, cell: "calm" if row == 400 else cell)
+    yield few, changed(new, "wind", lambda row, cell: "calm" if row % 9 == 0 else cell)
+    yield changed(few, "wind", lambda row, cell: "storm" if row == 700 else cell), new
+    yield (with_columns(old, key=lambda row: f"k{row}", half=lambda row: f"k{row // 2}"),
+           with_columns(new, key=lambda row: f"k{row}", half=lambda row: f"k{row // 2}"))
     yield old, without_columns(new, "wind")
     yield old, without_columns(new, "weather", "precipitation")
     yield old, (["another"], [["1"]] * 9)
@@ -309,8 +321,11 @@ def main():
         files = [read(os.path.join(census[0], name)) for name in ("adult-train.csv", "adult-test.csv")]
     else:
         print("ACCREDIT_TEST_DATA names no folder, so the census files were not compared")
-    pairs = [(pair, Options(categorical=["digit", "rating"] if "digit" in pair[0][0] else [], **more))
-             for pair, more in zip(weather_pairs(weather), options_of_pairs(False))]
+    # In the second pair the days are dates, which are left out.
+    pairs = [(pair, Options(categorical={"digit", "rating", *(["date"] if index == 0 else [])} &
+                            set(pair[0][0]), **more))
+             for index, (pair, more) in enumerate(zip(weather_pairs(weather),
+                                                      options_of_pairs(False)))]
     if files:
         pairs += [(pair, Options(missing="?", **more))
                   for pair, more in zip(census_pairs(files), options_of_pairs(True))]

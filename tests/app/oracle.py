@@ -18,15 +18,17 @@ mpmath.mp.dps = 30
 OK, ABSENT, NO_CASES, FEW_CASES, UNKNOWN_CATEGORY = 0, 180015, 180018, 180019, 180020
 VERDICTS = ("unchanged", "minor", "moderate", "not tested", "major")
 NAMED = 20
+USUAL_MISSING = {"", "NA", "NaN", "nan", "NULL", "null", "N/A", "n/a", "#N/A", "<NA>"}
+DAY = re.compile("[0-9]{4}-[0-9]{2}-[0-9]{2}")
 DECIMAL = re.compile(r"[+-]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][+-]?[0-9]+)?")
 
 
 class Options:
-    """What a user may settle; `missing` are the tokens besides NA and the empty field."""
+    """What a user may settle; `missing` are the tokens besides the usual ones."""
 
     def __init__(self, missing=(), categorical=(), weights=None, alpha=0.01, fail_on=None,
                  fail_below=None):
-        self.missing = {"", "NA", *missing}
+        self.missing = {*USUAL_MISSING, *missing}
         self.categorical = set(categorical)
         self.weights = weights or {}
         self.alpha = alpha
@@ -35,7 +37,7 @@ class Options:
 
     def of_learn(self):
         """The arguments of a command that learns a reference."""
-        return [*(f"--missing={token}" for token in sorted(self.missing - {"", "NA"})),
+        return [*(f"--missing={token}" for token in sorted(self.missing - USUAL_MISSING)),
                 *(f"--categorical={name}" for name in sorted(self.categorical))]
 
     def of_check(self):
@@ -333,10 +335,15 @@ def failed_rules(accreditation, variables, options):
 
 
 def kind_of(cells, name, options):
-    texts = {cell.strip(" \t") for cell in cells} - options.missing
-    if any(number(text) is None for text in texts):
-        return "text"
-    return "categories" if name in options.categorical else "numbers"
+    """That of a reference's column, None if it is left out."""
+    present = [cell for cell in cells if cell.strip(" \t") not in options.missing]
+    odd = sum(number(cell.strip(" \t")) is None for cell in present)
+    if name in options.categorical:
+        return "text" if odd else "categories"
+    if odd <= min(100, len(present) / 1000):
+        return "numbers"
+    keys = len(set(present)) > 1000 and len(set(present)) > len(present) / 2
+    return None if keys or all(map(DAY.fullmatch, present)) else "text"
 
 
 def report(reference, new, options):
@@ -347,6 +354,8 @@ def report(reference, new, options):
     described = []
     for name in reference[0]:
         kind = kind_of(columns[0][name], name, options)
+        if kind is None:
+            continue
         before = Sample(columns[0][name], kind, options.missing)
         after = (Sample(columns[1][name], kind, options.missing) if name in columns[1] else None)
         described.append(describe(name, kind, before, after,
