@@ -25,6 +25,7 @@ TABLE_TEST(AllocationFailure, IsToldAndLosesNothing, 1) {
     const fakes::Files files("a name that takes memory,c\n1,x\n2,\"y \"\"z\"\"\"\n4,x\n",
                              "c,a name that takes memory\nx,3\nunknown,7\n");
     ASSERT_EQ(fakes::Run("learn A --output S").status, 0);
+    fakes::WriteFile("C", "categorical = [\"c\", \"a name that takes memory\"]  # both\n");
     const fakes::CommandLine command(row.Text(0));
     const int expected = fakes::Run(row.Text(0)).status;
     for (long n = 0;; ++n) {
