@@ -83,6 +83,15 @@ Character FirstCharacter(std::string_view text) {
     return {code, static_cast<std::size_t>(length)};
 }
 
+bool IsUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const Character first = FirstCharacter(text);
+        if (first.code < 0) return false;
+        text.remove_prefix(first.length);
+    }
+    return true;
+}
+
 Cluster FirstCluster(std::string_view text) {
     if (IsAscii(text[0]) && (text.size() == 1 || IsAscii(text[1]))) {
         const bool hidden = IsHidden(text[0]);

@@ -15,6 +15,9 @@ struct Character {
 /// What `text`, which is not empty, begins with.
 Character FirstCharacter(std::string_view text);
 
+/// Whether all of the text is UTF-8.
+bool IsUtf8(std::string_view text);
+
 /// The first character of a text together with the marks that stand on it.
 struct Cluster {
     std::size_t shown;   ///< So many bytes may be shown as they are,

@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 
+#include "accredit/documents/NumberText.h"
 #include "app/base/Printable.h"
 #include "app/base/ShellText.h"
 #include "app/commands/Comparison.h"
@@ -31,8 +33,8 @@ std::string Plural(std::uint64_t count, const char* one, const char* many) {
     return fmt::format("{} {}", count, count == 1 ? one : many);
 }
 
-// Up to here different texts are counted, and estimated from there on.
-constexpr std::uint64_t kCountedKeys = 2000;
+// So many different categories, and more than half of all values, may be keys.
+constexpr std::uint64_t kFewKeys = 50;
 
 // What stands in the table of one variable.
 struct Taken {
@@ -109,62 +111,110 @@ std::string MissingRemedy(const ColumnFacts& facts) {
                        facts.noNumbers == 1 ? "a missing value" : "missing values");
 }
 
-// What is to be said of a column; empty if nothing is.
-std::string RemarkOn(const SettledColumn& settled, bool isOneFile) {
+// What most cells of a column look like that was not taken as that, and what to do; empty if
+// nothing is to be said.
+std::string MostCells(const SettledColumn& settled, bool isOneFile) {
     const ColumnFacts& facts = settled.facts;
-    const std::string categorical = ShellOption("--categorical", settled.column.name);
     const std::uint64_t numbers = facts.present - facts.noNumbers;
-    switch (settled.leftOut) {
-        case LeftOut::Ignored:
-            return {};
-        case LeftOut::Keys:
-            if (2 * numbers > facts.present) {
-                return fmt::format(
-                    "is left out: its values are nearly all different, but all cells except {} are "
-                    "numbers, the first other one {}; {}",
-                    facts.noNumbers, Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts));
-            }
-            return fmt::format(
-                "is left out, because its values are keys, {}{} different ones in {} cells; {} "
-                "takes them as categories",
-                facts.distinct > kCountedKeys ? "about " : "", facts.distinct, facts.distinctAmong,
-                categorical);
-        case LeftOut::Dates:
-            return fmt::format(
-                "is left out, because its values are dates, of which new data has others; {} "
-                "takes them as categories",
-                categorical);
-        case LeftOut::No:
-            break;
+    if (2 * facts.dates > facts.present) {
+        return fmt::format("most cells are dates, of which new data has others; {} leaves it out",
+                           ShellOption("--ignore", settled.column.name));
     }
-    if (facts.present == 0) return "has no values, all are missing";
-    if (settled.column.kind == ColumnKind::Continuous) {
-        if (facts.noNumbers == 0) return {};
+    if (facts.spreadsheetNumbers > 0 && 2 * (numbers + facts.spreadsheetNumbers) > facts.present) {
+        return fmt::format(
+            "all cells except {} are numbers, or look so: the first one as spreadsheets show them "
+            "is {}; export them as plain numbers{}",
+            facts.noNumbers - facts.spreadsheetNumbers,
+            Place(facts.firstSpreadsheetNumber, isOneFile),
+            facts.decimalCommas == facts.spreadsheetNumbers ? ", or use --decimal-comma" : "");
+    }
+    // A single text among numbers stands for something that is not known.
+    const bool isOneToken = facts.allNoNumbersAreOneText && 10 * numbers > facts.present;
+    if (2 * numbers > facts.present || isOneToken) {
+        return fmt::format("all cells except {} are numbers, the first other one {}; {}",
+                           facts.noNumbers, Place(facts.firstNoNumber, isOneFile),
+                           MissingRemedy(facts));
+    }
+    return {};
+}
+
+std::string RemarkOnCategories(const SettledColumn& settled, bool isOneFile) {
+    const ColumnFacts& facts = settled.facts;
+    const std::string most = MostCells(settled, isOneFile);
+    const std::string categorical = ShellOption("--categorical", settled.column.name);
+    const std::string distinct =
+        fmt::format("{}{} different ones in {} cells", facts.distinctIsExact ? "" : "about ",
+                    facts.distinct, facts.distinctAmong);
+    if (settled.leftOut == LeftOut::Keys && !most.empty()) {
+        return "is left out, because its values are nearly all different, but " + most;
+    }
+    if (settled.leftOut == LeftOut::Keys) {
+        return fmt::format(
+            "is left out, because its values are keys, {}; {} takes them as categories", distinct,
+            categorical);
+    }
+    if (!most.empty()) {
+        return fmt::format("is taken as categories, but {}; {} says that these are categories",
+                           most, categorical);
+    }
+    if (facts.distinct > kFewKeys && 2 * facts.distinct > facts.distinctAmong) {
+        return fmt::format("has categories that may be keys, {}; {} leaves it out", distinct,
+                           ShellOption("--ignore", settled.column.name));
+    }
+    return {};
+}
+
+std::string RemarkOnNumbers(const SettledColumn& settled, bool isOneFile) {
+    const ColumnFacts& facts = settled.facts;
+    if (facts.noNumbers > 0) {
         return fmt::format(
             "has {} no number and unreadable, the first {}; {}, {} takes the column as categories",
             facts.noNumbers == 1 ? "1 cell that is"
                                  : fmt::format("{} cells that are", facts.noNumbers),
-            Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts), categorical);
+            Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts),
+            ShellOption("--categorical", settled.column.name));
     }
-    if (settled.isChosen) return {};
-    if (2 * numbers > facts.present) {
-        return fmt::format(
-            "is taken as categories, but all cells except {} are numbers, the first other one {}; "
-            "{}, {} says that these are categories",
-            facts.noNumbers, Place(facts.firstNoNumber, isOneFile), MissingRemedy(facts),
-            categorical);
+    if (facts.mayHaveThousands) {
+        return "has three digits behind every point; if the points set thousands apart, export the "
+               "numbers without them";
     }
-    if (2 * facts.dates > facts.present) {
-        return fmt::format(
-            "is taken as categories, but most cells are dates, of which new data has others; {} "
-            "leaves it out, {} says that these are categories",
-            ShellOption("--ignore", settled.column.name), categorical);
+    return {};
+}
+
+// What is to be said of a column; empty if nothing is.
+std::string RemarkOn(const SettledColumn& settled, bool isOneFile) {
+    switch (settled.leftOut) {
+        case LeftOut::Ignored:
+            return {};
+        case LeftOut::Dates:
+            return fmt::format(
+                "is left out, because its values are dates, of which new data has others; {} "
+                "takes them as categories",
+                ShellOption("--categorical", settled.column.name));
+        case LeftOut::Keys:
+            return RemarkOnCategories(settled, isOneFile);
+        case LeftOut::No:
+            break;
     }
-    if (2 * (numbers + facts.spreadsheetNumbers) > facts.present) {
+    if (settled.facts.present == 0) return "has no values, all are missing";
+    if (settled.column.kind == ColumnKind::Continuous) return RemarkOnNumbers(settled, isOneFile);
+    return settled.isChosen ? std::string() : RemarkOnCategories(settled, isOneFile);
+}
+
+// A row of data in the place of the headings: a heading that is a missing value, or a number other
+// than a whole one, such as a year.
+std::string HeadingsLikeData(const std::vector<SettledColumn>& columns) {
+    const MADocuments::MissingTokens missing;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::string& name = columns[i].column.name;
+        const std::optional<double> number = MADocuments::ParseNumber(name);
+        if (name.empty() ||
+            !(missing.Contains(name) || (number && *number != std::trunc(*number)))) {
+            continue;
+        }
         return fmt::format(
-            "is taken as categories, but most cells are numbers as spreadsheets show them, the "
-            "first {}; export them as plain numbers, or {} says that these are categories",
-            Place(facts.firstSpreadsheetNumber, isOneFile), categorical);
+            "the heading \"{}\" looks like a value; is the line of headings missing?",
+            ShownName(name, i + 1));
     }
     return {};
 }
@@ -206,8 +256,9 @@ std::string AccountOf(const Learned& learned, const Screen& screen) {
 std::vector<std::string> RemarksOn(const SettledColumns& data, bool isOneFile) {
     const std::vector<SettledColumn>& columns = data.columns;
     std::vector<std::string> remarks;
-    const std::string delimiter = WrongDelimiter(columns);
-    if (!delimiter.empty()) remarks.push_back(delimiter);
+    for (const std::string& remark : {HeadingsLikeData(columns), WrongDelimiter(data)}) {
+        if (!remark.empty()) remarks.push_back(remark);
+    }
     if (data.emptyRows > 0) {
         remarks.push_back(fmt::format(
             "{} of empty fields only {} counted as missing values, the first on line {}{}",
@@ -230,13 +281,14 @@ std::vector<std::string> RemarksOn(const Learned& learned) {
     for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
         // A change shows in the bins of a reference; of new data the unreadable cells have not been
         // told yet.
-        const std::string remark = isReference
-                                       ? CrowdedInWords(stats, slot)
-                                       : UnreadableInWords(learned.reference.uncounted[slot]);
+        std::string remark = isReference ? CrowdedInWords(stats, slot)
+                                         : UnreadableInWords(learned.reference.uncounted[slot]);
         if (remark.empty()) continue;
-        const std::string name =
-            stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
-        remarks.push_back(fmt::format("column \"{}\": {}", ShownName(name, slot + 1), remark));
+        if (!isReference && learned.fileCount > 1) remark += " of " + learned.unreadableFiles[slot];
+        const int position = stats.GetVarListIndex(slot);
+        const std::string name = stats.GetVarList().GetVarAt(position)->GetName();
+        remarks.push_back(fmt::format(
+            "column \"{}\": {}", ShownName(name, static_cast<std::size_t>(position) + 1), remark));
     }
     return remarks;
 }

@@ -104,7 +104,7 @@ std::string WrongDelimiter(const CsvReader& data, const std::vector<std::string>
         return {};
     }
     const std::size_t found = heading.find_first_of(kSearchedDelimiters);
-    if (found == std::string::npos) return {};
+    if (found == std::string::npos || heading[found] == data.Delimiter()) return {};
     return fmt::format("{}: there is one column only, \"{}\"; {} sets its parts apart", data.Name(),
                        Shortened(heading), DelimiterOption(heading[found]));
 }
@@ -126,7 +126,7 @@ public:
         // A stored summary has lost the columns that the reference lacks, and one may be meant.
         mHasSummary = mHasSummary || file.summary;
         if (++mFiles == mOptions.newPaths.size() && !mHasSummary) {
-            RequireColumns(mOptions.data.columns.ignored, {&mReference, &mHeadings},
+            RequireColumns(mOptions.data.ignoredByOption, {&mReference, &mHeadings},
                            "neither file has a column");
         }
     }
@@ -191,7 +191,7 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
             CheckNewHeadings(*file.data, columns.OfReference(), ignored);
             const std::string delimiter = WrongDelimiter(*file.data, columns.OfReference());
             if (!delimiter.empty()) checked.remarks.push_back(delimiter);
-            file.summary = SummariseLike(*shared, *file.data, cancel);
+            file.summary = SummariseLike(*shared, *file.data, cancel).summary;
         } else {
             RequireBinsOf(*shared, *file.summary, file.name);
         }

@@ -18,6 +18,10 @@ struct DataOptions {
     /// or in their place.
     std::optional<std::vector<std::string>> onlyMissing;
     ColumnChoices columns;
+    /// Those of the ignored columns that the command line names, which must be there.
+    std::vector<std::string> ignoredByOption;
+    /// Empty for none.
+    std::string configPath;
     /// The first option of the command line that a stored reference has settled, empty if there is
     /// none. What a configuration file says besides does not count against such a reference.
     std::string settledOption;

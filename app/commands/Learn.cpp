@@ -3,10 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <functional>
+#include <optional>
+#include <set>
 #include <utility>
 
 #include "accredit/diststats/MAProblems.h"
 #include "accredit/documents/Reference.h"
+#include "app/base/Characters.h"
 #include "app/base/Errors.h"
 #include "app/base/InputFile.h"
 #include "app/base/Printable.h"
@@ -17,6 +21,7 @@
 #include "app/data/NewSummary.h"
 
 using MADocuments::Reference;
+using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCVarList;
 
 namespace app {
@@ -56,29 +61,19 @@ std::string Unwritable(const Reference& reference) {
     }
 }
 
-// What can be told of the headings of all files is told before the long passes. A pipe is opened
-// when its turn comes.
-void CheckFurtherHeadings(const LearnOptions& options, const CsvReader& reader, Progress& progress,
-                          MCQueryCancel& cancel) {
-    for (std::size_t i = 1; i < options.dataPaths.size(); ++i) {
-        const std::string& path = options.dataPaths[i];
-        if (!IsRegularFile(path)) continue;
-        reader.RequireSameColumns(CsvReader({path}, Reading::Once, options.data.format,
-                                            options.data.columns.ignored, progress, cancel));
-    }
-}
-
 // Refuses an ignored column that no file has. The last one may be known only at the end.
-void RequireIgnored(const std::vector<std::string>& ignored, const CsvReader& reader) {
-    std::vector<const std::vector<std::string>*> lists;
+void RequireIgnored(const LearnOptions& options, const CsvReader& reader,
+                    const std::vector<std::string>& reference) {
+    std::vector<const std::vector<std::string>*> lists{&reference};
     for (const std::vector<std::string>& headings : reader.FileHeadings()) {
         lists.push_back(&headings);
     }
-    RequireColumns(ignored, lists, reader.Name() + ": the file has no column");
+    RequireColumns(options.data.ignoredByOption, lists,
+                   reference.empty() ? reader.Name() + ": the file has no column"
+                                     : "neither file has a column");
 }
 
-Reference SummariseWithBinsOf(const LearnOptions& options, CsvReader& reader, Progress& progress,
-                              MCQueryCancel& cancel) {
+Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
     if (!options.data.settledOption.empty()) {
         throw UsageError(fmt::format("{}: the reference of --bins-of has settled this",
                                      options.data.settledOption));
@@ -86,16 +81,33 @@ Reference SummariseWithBinsOf(const LearnOptions& options, CsvReader& reader, Pr
     InputFile file(options.binsOfPath, progress, cancel);
     const auto document = LoadDocument(file);
     if (!document) throw InputError(file.Name() + ": this is not a stored reference");
-    const std::vector<std::string>& ignored = options.data.columns.ignored;
-    const Reference reference = ReferenceIn(*document, ignored);
+    return ReferenceIn(*document, options.data.columns.ignored);
+}
+
+void SummariseWithBins(const LearnOptions& options, const Reference& reference, CsvReader& reader,
+                       MCQueryCancel& cancel, Learned& learned) {
     const std::vector<std::string> names = NamesOf(reference.stats.GetVarList());
-    CheckNewHeadings(reader, names, ignored);
-    RequireColumns(ignored, {&names, &reader.Headings()}, "neither file has a column");
-    Reference summary = SummariseLike(reference, reader, cancel);
-    if (summary.stats.GetVarCount() == 0) {
+    CheckNewHeadings(reader, names, options.data.columns.ignored);
+    if (options.dataPaths.size() == 1) RequireIgnored(options, reader, names);
+    NewSummary made = SummariseLike(reference, reader, cancel);
+    RequireIgnored(options, reader, names);
+    if (made.summary.stats.GetVarCount() == 0) {
         throw InputError(reader.Name() + ": the file has no column of the reference");
     }
-    return summary;
+    learned.reference = std::move(made.summary);
+    learned.unreadableFiles = std::move(made.unreadableFiles);
+}
+
+// What a document cannot hold is told before the passes, as far as the headings show it.
+void RequireUtf8(const LearnOptions& options, const CsvReader& reader) {
+    const std::vector<std::string>& ignored = options.data.columns.ignored;
+    for (std::size_t i = 0; i < reader.Headings().size(); ++i) {
+        const std::string& heading = reader.Headings()[i];
+        if (!IsUtf8(heading) &&
+            std::find(ignored.begin(), ignored.end(), heading) == ignored.end()) {
+            reader.Refuse(i, std::string("the heading is ") + kNotText + kOtherEncoding);
+        }
+    }
 }
 
 }  // namespace
@@ -107,24 +119,43 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
         throw UsageError("only one of the files can be standard input");
     }
     const bool isReference = options.binsOfPath.empty();
+    std::optional<Reference> bins;
+    std::function<bool(const std::string&)> isOptional;
+    if (isReference) {
+        const std::vector<std::string>& ignored = options.data.columns.ignored;
+        isOptional = [ignored = std::set<std::string>(ignored.begin(), ignored.end())](
+                         const std::string& name) { return ignored.count(name) != 0; };
+    } else {
+        bins = LoadBins(options, progress, cancel);
+        isOptional = [&list = bins->stats.GetVarList()](const std::string& name) {
+            const int position = list.FindVariable(name);
+            return position < 0 || list.GetVariableRole(position) != IMCVariable::VariableRoleInput;
+        };
+    }
     CsvReader reader(paths, isReference ? Reading::Repeated : Reading::Once, options.data.format,
-                     options.data.columns.ignored, progress, cancel);
-    CheckFurtherHeadings(options, reader, progress, cancel);
+                     isOptional, progress, cancel);
+    for (std::size_t i = 1; i < paths.size(); ++i) {
+        // What can be told of all headings is told before the long passes; a pipe is opened when
+        // its turn comes.
+        if (!IsRegularFile(paths[i])) continue;
+        reader.RequireSameColumns(CsvReader({paths[i]}, Reading::Once, options.data.format,
+                                            isOptional, progress, cancel));
+    }
     Learned learned;
     learned.name = reader.Name();
     learned.fileCount = paths.size();
     if (paths.size() == 1) learned.separatedBy = DelimiterName(reader.Delimiter());
     if (isReference) {
         CheckHeadings(reader, options.data.columns.ignored);
-        const std::vector<std::string>& ignored = options.data.columns.ignored;
-        if (paths.size() == 1) RequireIgnored(ignored, reader);
+        RequireUtf8(options, reader);
+        if (paths.size() == 1) RequireIgnored(options, reader, {});
         LearnedReference reference =
             LearnReference(reader, options.data.columns, options.data.Missing(), cancel);
-        RequireIgnored(ignored, reader);
+        RequireIgnored(options, reader, {});
         learned.reference = std::move(reference.reference);
         learned.data = std::move(reference.data);
     } else {
-        learned.reference = SummariseWithBinsOf(options, reader, progress, cancel);
+        SummariseWithBins(options, *bins, reader, cancel, learned);
     }
     learned.reference.application = ThisProgram();
     return learned;

@@ -28,6 +28,8 @@ struct Learned {
     std::size_t fileCount = 1;
     std::string separatedBy;  ///< In words; empty for several files.
     SettledColumns data;      ///< Of a reference, in the order of its list; else none.
+    /// Of new data, for each slot the file of the first unreadable cell, fit to be shown.
+    std::vector<std::string> unreadableFiles;
 };
 
 /// The reference that is learned from the files, see LearnReference; or their summary with the bins

@@ -224,10 +224,6 @@ void AddRepeated(CLI::App& command, const std::string& name,
         ->take_all();
 }
 
-void AddRepeated(CLI::App& command, const std::string& name, std::vector<std::string>& values) {
-    AddRepeated(command, name, [&values](const std::string& value) { values.push_back(value); });
-}
-
 // One argument or more, to the end of the command line.
 void AddPaths(CLI::App& command, const std::string& name, std::vector<std::string>& paths) {
     command
@@ -281,7 +277,14 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
     });
     addSettled("--categorical", addTo(data.columns.categorical));
     addSettled("--continuous", addTo(data.columns.continuous));
-    AddRepeated(command, "--ignore", data.columns.ignored);
+    AddRepeated(command, "--ignore", [&data](const std::string& value) {
+        data.columns.ignored.push_back(value);
+        data.ignoredByOption.push_back(value);
+    });
+    AddSingle(command, "--config", [&data](const std::string& text) {
+        if (text.empty()) throw UsageError("--config: a file is needed");
+        data.configPath = text;
+    });
     AddSingle(command, "--delimiter",
               [&data](const std::string& text) { data.format.delimiter = ParseDelimiter(text); });
     command.add_flag("--decimal-comma", data.format.decimalComma);
@@ -294,9 +297,9 @@ bool ParseSwitch(const std::string& key, const std::string& text) {
 }
 
 // Adds what a configuration file says. Where only one of two can hold, the command line does.
-void TakeConfigFile(const std::string& path, const std::string& command, DataOptions& data,
+void TakeConfigFile(const std::string& command, DataOptions& data,
                     std::vector<ColumnWeight>& weights) {
-    if (path.empty()) return;
+    if (data.configPath.empty()) return;
     const DataOptions given = data;
     const std::vector<ColumnWeight> givenWeights = weights;
     const auto addTo = [](std::vector<std::string>& values) {
@@ -306,9 +309,13 @@ void TakeConfigFile(const std::string& path, const std::string& command, DataOpt
         {"ignore", addTo(data.columns.ignored)},
         {"categorical", addTo(data.columns.categorical)},
         {"continuous", addTo(data.columns.continuous)},
-        {"missing", addTo(data.missing)},
+        {"missing",
+         [&](const std::string& value) {
+             if (!given.onlyMissing) data.missing.push_back(value);
+         }},
         {"only-missing",
-         [&data](const std::string& value) {
+         [&](const std::string& value) {
+             if (!given.missing.empty()) return;
              if (!data.onlyMissing) data.onlyMissing.emplace();
              data.onlyMissing->push_back(value);
          }},
@@ -330,7 +337,7 @@ void TakeConfigFile(const std::string& path, const std::string& command, DataOpt
              if (ParseSwitch("decimal-comma", value)) data.format.decimalComma = true;
          }},
     };
-    ReadConfigFile(path, command, keys);
+    ReadConfigFile(data.configPath, command, keys);
 }
 
 void RequireOneMissing(const DataOptions& data) {
@@ -436,13 +443,6 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     for (CLI::App* command : {&program, &check, &learn, &show}) {
         command->set_version_flag("--version", std::string(kVersion));
     }
-    std::string configPath;
-    for (CLI::App* command : {&check, &learn}) {
-        AddSingle(*command, "--config", [&configPath](const std::string& text) {
-            if (text.empty()) throw UsageError("--config: a file is needed");
-            configPath = text;
-        });
-    }
     AddOptions(check, checkOptions);
     AddOptions(learn, learnOptions);
     AddOptions(show, showOptions);
@@ -469,11 +469,11 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     if (show.parsed()) return showOptions;
     std::vector<ColumnWeight> noWeights;
     if (learn.parsed()) {
-        TakeConfigFile(configPath, "learn", learnOptions.data, noWeights);
+        TakeConfigFile("learn", learnOptions.data, noWeights);
         RequireOneMissing(learnOptions.data);
         return learnOptions;
     }
-    TakeConfigFile(configPath, "check", checkOptions.data, checkOptions.weights);
+    TakeConfigFile("check", checkOptions.data, checkOptions.weights);
     RequireOneMissing(checkOptions.data);
     return checkOptions;
 }

@@ -40,7 +40,8 @@ OutputFile OutputBeside(const std::vector<std::string>& inputs, const std::strin
                         const char* option) {
     for (const std::string& input : inputs) {
         std::error_code ignored;
-        if (std::filesystem::equivalent(input, path, ignored)) {
+        const std::string place = input == "-" ? "/dev/stdin" : input;
+        if (std::filesystem::equivalent(place, path, ignored)) {
             throw UsageError(fmt::format("{}: this is a file that is read", option));
         }
     }
@@ -93,6 +94,7 @@ int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
     if (!options.reportPath.empty()) {
         std::vector<std::string> inputs = options.newPaths;
         inputs.push_back(options.referencePath);
+        inputs.push_back(options.data.configPath);
         page.emplace(OutputBeside(inputs, options.reportPath, "--report"));
     }
     Progress progress(terminal);
@@ -119,6 +121,7 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
     if (options.outputPath != "-") {
         std::vector<std::string> inputs = options.dataPaths;
         inputs.push_back(options.binsOfPath);
+        inputs.push_back(options.data.configPath);
         file.emplace(OutputBeside(inputs, options.outputPath, "--output"));
     }
     Progress progress(terminal);

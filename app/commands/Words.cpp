@@ -374,6 +374,8 @@ std::string UnreadableInWords(const UncountedData& data) {
                              data.firstUnreadableLine);
         if (ParseCell(data.firstUnreadableText, true)) {
             words += " (--decimal-comma reads such numbers)";
+        } else if (ParseCell(data.firstUnreadableText, false)) {
+            words += " (with --decimal-comma a point is no decimal sign)";
         }
     }
     return words;

@@ -29,12 +29,24 @@ enum class Choice { None, Ignored, Categorical, Continuous };
 // stranger's, who could choose them so that a hash map becomes slow.
 using Positions = std::multimap<std::string_view, std::size_t>;
 
+std::string NoColumn(const std::string& name, const Positions& positions) {
+    std::string words = fmt::format("the data has no column \"{}\"", Shortened(name));
+    if (positions.size() > 1) return words;
+    const std::string_view only = positions.begin()->first;
+    words += fmt::format("; its only one is \"{}\"", Shortened(only));
+    const std::size_t found = only.find_first_of(kSearchedDelimiters);
+    if (found != std::string_view::npos) {
+        words += fmt::format(", whose parts {} sets apart", DelimiterOption(only[found]));
+    }
+    return words;
+}
+
 void Choose(const std::vector<std::string>& names, Choice choice, const Positions& positions,
             std::vector<Choice>& choices) {
     for (const std::string& name : names) {
         const auto [first, last] = positions.equal_range(name);
         if (first == last && choice != Choice::Ignored) {
-            throw UsageError(fmt::format("the data has no column \"{}\"", Shortened(name)));
+            throw UsageError(NoColumn(name, positions));
         }
         for (auto position = first; position != last; ++position) {
             Choice& chosen = choices[position->second];
@@ -69,14 +81,18 @@ bool AreFew(std::uint64_t odd, std::uint64_t present) {
 // So many different texts of a column are counted exactly: fewer where there are many columns,
 // whose memory adds up.
 std::size_t DistinctLimit(std::size_t columns) {
-    constexpr std::size_t kAll = std::size_t{1} << 19U;
-    return std::clamp<std::size_t>(kAll / columns, 2 * kMaxKeptKeys, std::size_t{1} << 14U);
+    constexpr std::size_t kAll = std::size_t{1} << 22U;
+    return std::clamp<std::size_t>(kAll / columns, std::size_t{1} << 8U, std::size_t{1} << 14U);
 }
 
 // What to do about a number that is written as spreadsheets show it.
 std::string NumberRemedy(const ColumnFacts& facts, bool decimalComma) {
     const char* const plain =
         "export the numbers without separators of thousands and signs of a unit";
+    if (decimalComma && facts.points == facts.spreadsheetNumbers) {
+        return "with --decimal-comma a point is no decimal sign; leave that out, or write all "
+               "numbers with commas";
+    }
     if (decimalComma) {
         return std::string("with --decimal-comma a point is no decimal sign; ") + plain;
     }
@@ -92,6 +108,8 @@ std::string NumberRemedy(const ColumnFacts& facts, bool decimalComma) {
 ColumnFacts FactsOf(std::string_view text) {
     ColumnFacts facts;
     facts.spreadsheetNumbers = IsSpreadsheetNumber(text) ? 1 : 0;
+    facts.points = ParseCell(text, false) ? 1 : 0;
+    facts.spreadsheetNumbers = facts.points | facts.spreadsheetNumbers;
     facts.decimalCommas = ParseCell(text, true) ? 1 : 0;
     facts.ambiguousCommas = IsAmbiguousComma(text) ? 1 : 0;
     return facts;
@@ -148,9 +166,10 @@ std::vector<ColumnScan> ScanColumns(CsvReader& reader, const std::vector<Choice>
     const std::string& name = reader.Headings()[column];
     const ShownCell& first = facts.firstSpreadsheetNumber;
     throw InputError(fmt::format(
-        "{}:{}: column {} \"{}\": \"{}\" is a number as spreadsheets show it, and so are all "
-        "others; {}; {} takes the column as categories",
+        "{}:{}: column {} \"{}\": \"{}\" is a number {}; {}; {} takes the "
+        "column as categories",
         first.file, first.line, column + 1, Shortened(name), Shortened(first.text),
+        facts.points == facts.spreadsheetNumbers ? "with a point" : "as spreadsheets show it",
         NumberRemedy(facts, reader.HasDecimalComma()), ShellOption("--categorical", name)));
 }
 
@@ -187,6 +206,16 @@ SettledColumn Settle(const CsvReader& reader, std::size_t column, Choice choice,
     return settled;
 }
 
+// Above a table there may be a title, in the first of its fields.
+std::string EmptyHeading(const std::vector<std::string>& headings) {
+    const auto empty = std::count(headings.begin(), headings.end(), "");
+    return 2 * static_cast<std::size_t>(empty) > headings.size()
+               ? "the heading is empty, as most are; does a title stand above the headings? 'tail "
+                 "-n "
+                 "+2 FILE' and a pipe to '-' leave a line out"
+               : "the heading is empty; --ignore '' leaves it out";
+}
+
 }  // namespace
 
 void RequireColumns(const std::vector<std::string>& names,
@@ -207,7 +236,7 @@ void CheckHeadings(const CsvReader& reader, const std::vector<std::string>& igno
     for (std::size_t i = 0; i < reader.Headings().size(); ++i) {
         const std::string& heading = reader.Headings()[i];
         if (exempt.count(heading) != 0) continue;
-        if (heading.empty()) reader.Refuse(i, "the heading is empty; --ignore '' leaves it out");
+        if (heading.empty()) reader.Refuse(i, EmptyHeading(reader.Headings()));
         if (!known.insert(heading).second) reader.Refuse(i, kHeadingTwice);
     }
 }
@@ -229,6 +258,7 @@ SettledColumns SettleKinds(CsvReader& reader, const ColumnChoices& choices,
                            const MissingTokens& missing) {
     const std::vector<Choice> chosen = ChoicesByColumn(reader.Headings(), choices);
     SettledColumns settled;
+    settled.delimiter = reader.Delimiter();
     const std::vector<ColumnScan> scans = ScanColumns(reader, chosen, missing, settled);
     reader.Rewind();
     for (std::size_t i = 0; i < chosen.size(); ++i) {
@@ -237,12 +267,21 @@ SettledColumns SettleKinds(CsvReader& reader, const ColumnChoices& choices,
     return settled;
 }
 
-std::string WrongDelimiter(const std::vector<SettledColumn>& columns) {
-    if (columns.size() != 1) return {};
-    const ColumnFacts& facts = columns.front().facts;
+std::string WrongDelimiter(const SettledColumns& data) {
+    if (data.columns.size() != 1) return {};
+    const SettledColumn& only = data.columns.front();
     for (std::size_t i = 0; i < kSearchedDelimiters.size(); ++i) {
-        if (2 * facts.delimiters[i] <= facts.present) continue;
         const char delimiter = kSearchedDelimiters[i];
+        if (delimiter == data.delimiter || 2 * only.facts.delimiters[i] <= only.facts.present) {
+            continue;
+        }
+        if (only.column.name.find(delimiter) == std::string::npos) {
+            return fmt::format(
+                "the only column is full of {}, but its heading has none; does a "
+                "title stand above the headings? 'tail -n +2 FILE' and a pipe to "
+                "'-' leave a line out",
+                DelimiterName(delimiter));
+        }
         return fmt::format("the only column is full of {}; {} sets its parts apart",
                            DelimiterName(delimiter), DelimiterOption(delimiter));
     }

@@ -47,6 +47,7 @@ struct SettledColumn {
 /// The columns of a reference's data, in their order, and what else its first reading found.
 struct SettledColumns {
     std::vector<SettledColumn> columns;
+    char delimiter = ',';  ///< Of the first file.
     /// Rows of several fields that are all empty, as spreadsheets write them behind a table.
     std::uint64_t emptyRows = 0;
     ShownCell firstEmptyRow;  ///< Without a text.
@@ -71,6 +72,6 @@ SettledColumns SettleKinds(CsvReader& reader, const ColumnChoices& choices,
 
 /// What must be wrong with the delimiter of a file whose only column is full of another; empty if
 /// nothing is.
-std::string WrongDelimiter(const std::vector<SettledColumn>& columns);
+std::string WrongDelimiter(const SettledColumns& data);
 
 }  // namespace app

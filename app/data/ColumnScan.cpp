@@ -9,7 +9,7 @@ namespace app {
 
 namespace {
 
-// With more cells of another look a column is taken for what these are.
+// With more cells of another look, and most of them, a column is not searched for one any longer.
 constexpr std::uint64_t kMaxOdd = 100;
 constexpr std::size_t kMaxWholeNumbers = 20;
 
@@ -24,6 +24,7 @@ void ColumnScan::Take(std::string_view field, std::string_view text, std::option
     ++mFacts.present;
     if (number) {
         TakeNumber(*number);
+        if (reader.Delimiter() == ';' && mHasNoOtherPoints) TakePoint(text);
     } else {
         TakeText(text, reader);
     }
@@ -45,6 +46,17 @@ void ColumnScan::TakeNumber(double number) {
     if (mHasFewWholeNumbers) mWholeNumbers.insert(place, number);
 }
 
+void ColumnScan::TakePoint(std::string_view number) {
+    constexpr std::size_t kGroup = 3;
+    if (number.front() == '-') number.remove_prefix(1);
+    const std::size_t point = number.find('.');
+    const std::size_t whole = std::min(point, number.size());
+    const bool hasPoint = point != std::string_view::npos;
+    mHasPoints = mHasPoints || hasPoint;
+    mHasNoOtherPoints = whole > 0 && whole <= kGroup &&
+                        (!hasPoint || (number.size() == whole + 1 + kGroup && number[0] != '0'));
+}
+
 void ColumnScan::TakeText(std::string_view text, const CsvReader& reader) {
     if (mFacts.noNumbers++ == 0) {
         mFacts.firstNoNumber = CellAt(reader, text);
@@ -52,19 +64,28 @@ void ColumnScan::TakeText(std::string_view text, const CsvReader& reader) {
     } else if (mFacts.allNoNumbersAreOneText) {
         mFacts.allNoNumbersAreOneText = text == mFacts.firstNoNumber.text;
     }
+    const auto isWorthIt = [&](std::uint64_t found) {
+        const std::uint64_t others = mFacts.noNumbers - 1 - found;
+        return others <= kMaxOdd || found > others;
+    };
     // With a decimal comma, a number that has a point is one of another program.
-    if (mFacts.noNumbers - mFacts.spreadsheetNumbers <= kMaxOdd + 1 &&
-        (IsSpreadsheetNumber(text) || ParseCell(text, false))) {
+    const bool hasPoint = ParseCell(text, false).has_value();
+    if (isWorthIt(mFacts.spreadsheetNumbers) && (hasPoint || IsSpreadsheetNumber(text))) {
         if (mFacts.spreadsheetNumbers++ == 0) mFacts.firstSpreadsheetNumber = CellAt(reader, text);
+        if (hasPoint) ++mFacts.points;
         if (ParseCell(text, true)) ++mFacts.decimalCommas;
         if (IsAmbiguousComma(text)) ++mFacts.ambiguousCommas;
     }
-    if (mFacts.present - mFacts.dates <= kMaxOdd + 1 && IsDate(text)) ++mFacts.dates;
+    if (isWorthIt(mFacts.dates) && IsDate(text)) ++mFacts.dates;
 }
 
 ColumnFacts ColumnScan::Facts() const {
     ColumnFacts facts = mFacts;
-    if (mDistinct) facts.distinct = mDistinct->Count();
+    if (mDistinct) {
+        facts.distinct = mDistinct->Count();
+        facts.distinctIsExact = mDistinct->IsExact();
+    }
+    facts.mayHaveThousands = mHasPoints && mHasNoOtherPoints;
     if (mHasFewWholeNumbers) facts.wholeNumbers = mWholeNumbers.size();
     return facts;
 }

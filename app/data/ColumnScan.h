@@ -34,20 +34,26 @@ struct ColumnFacts {
     ShownCell firstSpreadsheetNumber;
     std::uint64_t decimalCommas = 0;
     std::uint64_t ambiguousCommas = 0;
-    /// Exact as long as the column is one of dates but for 100 cells.
+    /// Those that are plain numbers with a point, where a comma is the decimal sign.
+    std::uint64_t points = 0;
     std::uint64_t dates = 0;
-    /// The different texts from the first cell on that is no number, and the cells from there on.
-    /// See DistinctCounter for how exact that is.
+    /// The different texts from the first cell on that is no number, the cells from there on, and
+    /// whether that is counted and not estimated; see DistinctCounter.
     std::uint64_t distinct = 0;
     std::uint64_t distinctAmong = 0;
+    bool distinctIsExact = true;
     /// The different numbers if all are whole and there are no more than 20; else 0.
     std::size_t wholeNumbers = 0;
-    /// Of a file of one column, the cells with a semicolon, a tab, or a bar.
-    std::array<std::uint64_t, 3> delimiters{};
+    /// Whether points of the numbers may set thousands apart: each has three digits behind it and
+    /// up to three before it, and no number without one has more than three. Looked at only where
+    /// semicolons are between fields.
+    bool mayHaveThousands = false;
+    /// Of a file of one column, the cells with each of the searched delimiters.
+    std::array<std::uint64_t, 4> delimiters{};
 };
 
 /// The delimiters that a column's cells are searched for, in the order of ColumnFacts::delimiters.
-inline constexpr std::string_view kSearchedDelimiters = ";\t|";
+inline constexpr std::string_view kSearchedDelimiters = ",;\t|";
 
 /// Finds the facts of one column, whose cells are handed over one by one.
 class ColumnScan {
@@ -65,6 +71,7 @@ public:
 
 private:
     void TakeNumber(double number);
+    void TakePoint(std::string_view number);
     void TakeText(std::string_view text, const CsvReader& reader);
 
     std::size_t mDistinctLimit;
@@ -72,6 +79,8 @@ private:
     std::unique_ptr<DistinctCounter> mDistinct;
     std::vector<double> mWholeNumbers;  // ascending
     bool mHasFewWholeNumbers = true;
+    bool mHasPoints = false;
+    bool mHasNoOtherPoints = true;
 };
 
 }  // namespace app

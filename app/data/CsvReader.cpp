@@ -24,7 +24,9 @@ constexpr std::size_t kMaxFields = 1'000'000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kSeparatorLine = "sep=";
 constexpr std::string_view kNulByte = ": a NUL byte, this is not a text file in UTF-8";
-constexpr std::string_view kQuoteWithin = ": a quote in a field that does not begin with one";
+constexpr std::string_view kQuoteWithin =
+    ": a quote in a field that does not begin with one; CSV has such a field in quotes, and its "
+    "own quotes doubled";
 
 // Those that are found without being told, the preferred one first.
 constexpr std::string_view kUsualDelimiters = ",;\t";
@@ -75,12 +77,12 @@ CsvReader::CsvReader(std::unique_ptr<InputFile> file, Reading reading, const Csv
 }
 
 CsvReader::CsvReader(std::vector<std::string> paths, Reading reading, const CsvFormat& format,
-                     const std::vector<std::string>& optional, Progress& progress,
+                     std::function<bool(const std::string&)> isOptional, Progress& progress,
                      MCQueryCancel& cancel)
     : mPaths(std::move(paths)),
       mReading(reading),
       mFormat(format),
-      mOptional(optional),
+      mIsOptional(std::move(isOptional)),
       mProgress(&progress),
       mCancel(&cancel) {
     BeginFile();
@@ -196,13 +198,15 @@ void CsvReader::RequireSameColumns(const CsvReader& further) const { PlacesIn(fu
 std::vector<std::size_t> CsvReader::PlacesIn(const CsvReader& further) const {
     const std::vector<std::string>& headings = further.mFileHeadings[further.mFile];
     if (headings == mHeadings) return {};
-    const std::set<std::string_view> optional(mOptional.begin(), mOptional.end());
+    const auto isOptional = [this](const std::string& name) {
+        return mIsOptional && mIsOptional(name);
+    };
     const std::set<std::string_view> wanted(mHeadings.begin(), mHeadings.end());
     const std::string& first = mFiles.front()->Name();
     std::map<std::string_view, std::size_t> places;
     for (std::size_t place = 0; place < headings.size(); ++place) {
         const bool isNew = places.emplace(headings[place], place).second;
-        if (optional.count(headings[place]) != 0) continue;
+        if (isOptional(headings[place])) continue;
         if (!isNew) further.FailAt(place, kHeadingTwice);
         if (wanted.count(headings[place]) == 0) {
             further.FailAt(place, fmt::format("{} has no such column; {} leaves it out", first,
@@ -212,7 +216,7 @@ std::vector<std::size_t> CsvReader::PlacesIn(const CsvReader& further) const {
     std::vector<std::size_t> found;
     for (const std::string& heading : mHeadings) {
         const auto place = places.find(heading);
-        if (place == places.end() && optional.count(heading) == 0) {
+        if (place == places.end() && !isOptional(heading)) {
             throw InputError(fmt::format(
                 "{}: there is no column \"{}\", which {} has; {} leaves it out", further.FileName(),
                 Shortened(heading), first, ShellOption("--ignore", heading)));
@@ -356,7 +360,8 @@ bool CsvReader::FindClosingQuote(const char*& at, unsigned long long line) {
 
 void CsvReader::RefuseFurtherFields() const {
     FailAt(mMaxFields,
-           fmt::format("the row goes on, {} columns are {}", mMaxFields,
+           fmt::format("the row goes on, {} {}",
+                       mMaxFields == 1 ? "1 column is" : fmt::format("{} columns are", mMaxFields),
                        mReadsHeading ? "the most that are read" : "all that the heading has"));
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,10 +52,11 @@ public:
     CsvReader(std::unique_ptr<InputFile> file, Reading reading, const CsvFormat& format);
 
     /// The same of the first of one file or more, which are opened here, each when its turn comes;
-    /// see InputFile for the arguments. Columns of the names `optional` may be absent from some of
-    /// the files.
+    /// see InputFile for the arguments. `isOptional` says of which names columns may be absent from
+    /// some of the files; null stands for none.
     CsvReader(std::vector<std::string> paths, Reading reading, const CsvFormat& format,
-              const std::vector<std::string>& optional, Progress& progress, MCQueryCancel& cancel);
+              std::function<bool(const std::string&)> isOptional, Progress& progress,
+              MCQueryCancel& cancel);
 
     /// The name of the data for messages, fit to be shown: that of the first file, and how many
     /// there are besides.
@@ -143,7 +145,7 @@ private:
     std::size_t mFile = 0;  // the one that is read
     Reading mReading;
     CsvFormat mFormat;
-    std::vector<std::string> mOptional;
+    std::function<bool(const std::string&)> mIsOptional;
     Progress* mProgress = nullptr;
     MCQueryCancel* mCancel = nullptr;
 

@@ -125,11 +125,14 @@ const Record* CsvRecordIter::GetNextRecord() {
     return &mRecord;
 }
 
-UncountedData CsvRecordIter::Uncounted(int position, std::uint64_t cases) const {
-    const auto source = std::lower_bound(
+const CsvRecordIter::Source& CsvRecordIter::At(int position) const {
+    return *std::lower_bound(
         mSources.begin(), mSources.end(), static_cast<std::size_t>(position),
         [](const Source& each, std::size_t column) { return each.column < column; });
-    UncountedData uncounted = source->uncounted;
+}
+
+UncountedData CsvRecordIter::Uncounted(int position, std::uint64_t cases) const {
+    UncountedData uncounted = At(position).uncounted;
     uncounted.missing = mRecordCount - cases - uncounted.unreadable.value_or(0);
     return uncounted;
 }
@@ -161,6 +164,7 @@ double CsvRecordIter::UnreadableValue(Source& source, std::string_view text) {
     if ((*source.uncounted.unreadable)++ == 0) {
         source.uncounted.firstUnreadableLine = mReader.RowLine();
         source.uncounted.firstUnreadableText = Shortened(text);
+        source.unreadableFile = mReader.FileName();
     }
     return MCMV::Missing();
 }

@@ -49,6 +49,9 @@ public:
     /// file found so many of.
     MADocuments::UncountedData Uncounted(int position, std::uint64_t cases) const;
 
+    /// The file of the first unreadable datum of the column at this position, empty without one.
+    std::string FirstUnreadableFile(int position) const { return At(position).unreadableFile; }
+
     /// Throws InputError, Cancelled.
     bool HasMoreRecords() override;
     /// Throws InputError, Cancelled.
@@ -68,7 +71,10 @@ private:
         bool isCompared;
         std::size_t bytes = 0;  // what its categories take
         MADocuments::UncountedData uncounted = {};
+        std::string unreadableFile = {};
     };
+
+    const Source& At(int position) const;
 
     void AddVariable(const Column& column, std::size_t position);
     double Value(Source& source, std::string_view field);

@@ -1,5 +1,6 @@
 #include "app/data/DistinctCounter.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace app {
@@ -10,10 +11,14 @@ void DistinctCounter::Add(std::string_view text) {
     if (last == hash && hash != 0) return;
     last = hash;
     if (!IsSampled(hash)) return;
-    mSample.insert(hash);
+    const auto place = std::lower_bound(mSample.begin(), mSample.end(), hash);
+    if (place != mSample.end() && *place == hash) return;
+    mSample.insert(place, hash);
     while (mSample.size() > mLimit) {
         ++mZeroBits;
-        mSample.erase(mSample.lower_bound(std::uint64_t{1} << (64U - mZeroBits)), mSample.end());
+        mSample.erase(
+            std::lower_bound(mSample.begin(), mSample.end(), std::uint64_t{1} << (64U - mZeroBits)),
+            mSample.end());
     }
 }
 

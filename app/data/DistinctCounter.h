@@ -3,8 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <set>
 #include <string_view>
+#include <vector>
 
 namespace app {
 
@@ -21,6 +21,9 @@ public:
 
     std::uint64_t Count() const { return std::uint64_t{mSample.size()} << mZeroBits; }
 
+    /// Whether the count is no estimate.
+    bool IsExact() const { return mZeroBits == 0; }
+
 private:
     bool IsSampled(std::uint64_t hash) const {
         return mZeroBits == 0 || hash >> (64U - mZeroBits) == 0;
@@ -28,11 +31,11 @@ private:
 
     std::size_t mLimit;
     unsigned int mZeroBits = 0;
-    // In order, because a file can be made in which all hashes would fall into one place of a
+    // Ascending, because a file can be made in which all hashes would fall into one place of a
     // table.
-    std::set<std::uint64_t> mSample;
+    std::vector<std::uint64_t> mSample;
     // The hash that was met last for each value of its last bits: most columns have few texts.
-    std::array<std::uint64_t, 256> mLast{};
+    std::array<std::uint64_t, 64> mLast{};
 };
 
 }  // namespace app

@@ -36,12 +36,13 @@ void RequireWholePasses(const LearnedReference& learned, const CsvRecordIter& re
     }
 }
 
-void RequireColumnsLeft(const std::vector<SettledColumn>& columns, const CsvReader& reader) {
+void RequireColumnsLeft(const SettledColumns& data, const CsvReader& reader) {
+    const std::vector<SettledColumn>& columns = data.columns;
     const auto isLeftOut = [](const SettledColumn& column) {
         return column.leftOut != LeftOut::No;
     };
     if (!std::all_of(columns.begin(), columns.end(), isLeftOut)) return;
-    const std::string delimiter = WrongDelimiter(columns);
+    const std::string delimiter = WrongDelimiter(data);
     if (!delimiter.empty()) throw InputError(fmt::format("{}: {}", reader.Name(), delimiter));
     if (std::all_of(columns.begin(), columns.end(), [](const SettledColumn& column) {
             return column.leftOut == LeftOut::Ignored;
@@ -62,7 +63,7 @@ LearnedReference LearnReference(CsvReader& reader, const ColumnChoices& choices,
     if (!reader.FileWithoutRows().empty()) {
         throw InputError(reader.FileWithoutRows() + ": there are no rows to learn from");
     }
-    RequireColumnsLeft(learned.data.columns, reader);
+    RequireColumnsLeft(learned.data, reader);
     std::vector<Column> columns;
     for (const SettledColumn& settled : learned.data.columns) columns.push_back(settled.column);
     CsvRecordIter records(reader, columns, missing);

@@ -42,15 +42,16 @@ CutPoints UsableCutPoints(const MADistStats& reference) {
     return usable;
 }
 
-Reference SummariseLike(const Reference& reference, CsvReader& reader, MCQueryCancel& cancel) {
+NewSummary SummariseLike(const Reference& reference, CsvReader& reader, MCQueryCancel& cancel) {
     CsvRecordIter records(reader, ColumnsLike(reference.stats.GetVarList(), reader.Headings()),
                           reference.missing);
-    Reference summary;
+    NewSummary made;
+    Reference& summary = made.summary;
     summary.missing = reference.missing;
     if (records.VarList().GetNumInputVars() == 0) {
         // A malformed file is refused all the same.
         while (records.GetNextRecord()) continue;
-        return summary;
+        return made;
     }
     std::vector<int> slots;
     MAAccreditor::MatchVariables(records.VarList(), reference.stats.GetVarList(), slots);
@@ -61,10 +62,12 @@ Reference SummariseLike(const Reference& reference, CsvReader& reader, MCQueryCa
 
     summary.stats = Pass(records, cutPoints, reader, cancel);
     for (unsigned int slot = 0; slot < summary.stats.GetVarCount(); ++slot) {
-        summary.uncounted.push_back(records.Uncounted(summary.stats.GetVarListIndex(slot),
-                                                      summary.stats.GetNumberOfCases(slot)));
+        const int position = summary.stats.GetVarListIndex(slot);
+        summary.uncounted.push_back(
+            records.Uncounted(position, summary.stats.GetNumberOfCases(slot)));
+        made.unreadableFiles.push_back(records.FirstUnreadableFile(position));
     }
-    return summary;
+    return made;
 }
 
 }  // namespace app

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "accredit/diststats/MADistStats.h"
@@ -15,12 +16,18 @@ namespace app {
 /// then.
 std::vector<std::vector<double>> UsableCutPoints(const MADistStats& reference);
 
-/// A new file summarised with the bins of a reference, in one pass. Its list has every column of
-/// the file; those that are input variables of the reference are so here. Without any, the summary
-/// is empty. Memory does not grow with the number of rows. What made it is left open.
-///
-/// Throws InputError, Cancelled.
-MADocuments::Reference SummariseLike(const MADocuments::Reference& reference, CsvReader& reader,
-                                     MCQueryCancel& cancel);
+/// New data with the bins of a reference.
+struct NewSummary {
+    /// Its list has every column of the data; those that are input variables of the reference are
+    /// so here. Without any, it is empty. What made it is left open.
+    MADocuments::Reference summary;
+    /// For each slot the file of the first unreadable datum, fit to be shown; empty without one.
+    std::vector<std::string> unreadableFiles;
+};
+
+/// New data summarised with the bins of a reference, in one pass. Memory does not grow with the
+/// number of rows. Throws InputError, OutputError, Cancelled.
+NewSummary SummariseLike(const MADocuments::Reference& reference, CsvReader& reader,
+                         MCQueryCancel& cancel);
 
 }  // namespace app

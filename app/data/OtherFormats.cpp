@@ -57,7 +57,7 @@ constexpr std::array<Format, 22> kFormats = {{
      kXz},
     {"BZh91AY&SY"sv, kBzip2},
     {"\x04\x22\x4D\x18"sv, kLz4},
-    {"PAR1"sv, kParquet},
+    {"PAR1\x15"sv, kParquet},
     {"SQLite format 3\0"sv, kDatabase},
     {"ARROW1\0"sv, kBinary},
     {"Obj\x01"sv, kBinary},
