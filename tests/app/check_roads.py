@@ -256,9 +256,12 @@ def check_archives(program):
     further = "the bytes from here on belong to no archive"
     gz, zst = gzip.compress(SMALL), zstd(SMALL)
     long_frame = skippable_frame(bytes(PIECE - 8 - len(zst) + 4)) + zst  # ends with the first piece
+    shorter_frame = skippable_frame(bytes(PIECE - 8 - len(zst) + 2)) + zst  # two bytes before that
     for contents, whole in ((gz + b"1.5,a\n", len(gz)), (gz + bytes(9) + b"\n", len(gz) + 9),
                            (gz + zst, len(gz)), (zst + b"1.5,a\n", len(zst)), (zst + gz, len(zst)),
-                           (long_frame + b"1.5,a\n", len(long_frame))):
+                           (long_frame + b"1.5,a\n", len(long_frame)), (zst + b"\n", len(zst)),
+                           (zst + b"\xFF\xFF\xFF", len(zst)),
+                           (shorter_frame + b"1.5,a\n", len(shorter_frame))):
         require_refusal(program, contents, f"byte {whole + 1}: {further}")
     for name, file in (("gzip", "comma.gz"), ("zstd", "comma.zst")):
         require_refusal(program, program.read(file)[:PIECE + 7],
