@@ -87,8 +87,8 @@ public:
         ZSTD_inBuffer in = {archive.data(), archive.size(), 0};
         ZSTD_outBuffer written = {out, size, 0};
         const std::size_t status = ZSTD_decompressStream(mContext.get(), &written, &in);
-        archive.remove_prefix(in.pos);
         if (ZSTD_isError(status) != 0) Fail(status);
+        archive.remove_prefix(in.pos);
         mBetween = status == 0;
         return written.pos;
     }

@@ -275,15 +275,14 @@ std::string WrongDelimiter(const SettledColumns& data) {
         if (delimiter == data.delimiter || 2 * only.facts.delimiters[i] <= only.facts.present) {
             continue;
         }
+        std::string words = fmt::format("the only column is full of {}; {} sets its parts apart",
+                                        DelimiterName(delimiter), DelimiterOption(delimiter));
         if (only.column.name.find(delimiter) == std::string::npos) {
-            return fmt::format(
-                "the only column is full of {}, but its heading has none; does a "
-                "title stand above the headings? 'tail -n +2 FILE' and a pipe to "
-                "'-' leave a line out",
-                DelimiterName(delimiter));
+            words +=
+                "; if a title stands above the headings, 'tail -n +2 FILE' and a pipe to '-' leave "
+                "it out";
         }
-        return fmt::format("the only column is full of {}; {} sets its parts apart",
-                           DelimiterName(delimiter), DelimiterOption(delimiter));
+        return words;
     }
     return {};
 }
