@@ -183,7 +183,7 @@ MissingTokens UsualTokens(const std::vector<Field>& fields) {
 // The tokens are those of the file that was learned, so all fields have the same.
 MissingTokens MissingTokensOf(const std::vector<Field>& fields) {
     const std::vector<std::string>& texts = fields.front().missing;
-    const MissingTokens missing = texts.empty() ? UsualTokens(fields) : MissingTokens::Only(texts);
+    MissingTokens missing = texts.empty() ? UsualTokens(fields) : MissingTokens::Only(texts);
     for (const Field& field : fields) {
         if (field.missing != texts)
             field.element.Refuse("the fields differ in their missing values");
