@@ -201,8 +201,15 @@ std::vector<std::size_t> CsvReader::PlacesIn(const CsvReader& further) const {
     const auto isOptional = [this](const std::string& name) {
         return mIsOptional && mIsOptional(name);
     };
-    const std::set<std::string_view> wanted(mHeadings.begin(), mHeadings.end());
     const std::string& first = mFiles.front()->Name();
+    std::set<std::string_view> wanted;
+    for (std::size_t column = 0; column < mHeadings.size(); ++column) {
+        const std::string& heading = mHeadings[column];
+        if (!wanted.insert(heading).second && !isOptional(heading)) {
+            throw InputError(fmt::format("{}: column {} \"{}\": {}", first, column + 1,
+                                         Shortened(heading), kHeadingTwice));
+        }
+    }
     std::map<std::string_view, std::size_t> places;
     for (std::size_t place = 0; place < headings.size(); ++place) {
         const bool isNew = places.emplace(headings[place], place).second;
