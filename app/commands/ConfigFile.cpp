@@ -33,13 +33,23 @@ std::string TextOf(const std::string& path, const std::string& name) {
     return text;
 }
 
+// Whether the value of a line begins with a list that is not all of it. The parser would go on to
+// the next line that ends with a bracket.
+bool HasTextBehindList(std::string_view line) {
+    constexpr std::string_view kBlanks = " \t\r";
+    const std::size_t begin = line.find_first_not_of(kBlanks, line.find('=') + 1);
+    return line.find('=') < begin && begin < line.size() && line[begin] == '[' &&
+           line[line.find_last_not_of(kBlanks)] != ']';
+}
+
 // The text without what the parser would misunderstand: it ends a value at every #, also within
-// quotes, and takes what is not closed for the value.
+// quotes, takes what is not closed for the value, and makes values of blanks before commas.
 std::string WithoutComments(const std::string& text, const std::string& name) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     const bool hasMark = text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0;
     std::istringstream lines(text.substr(hasMark ? kByteOrderMark.size() : 0));
     std::string result;
+    std::size_t resultLine = 0;  // where the last line of the result begins
     int lineNumber = 0;
     int openedOn = 0;
     for (std::string line; std::getline(lines, line);) {
@@ -64,11 +74,22 @@ std::string WithoutComments(const std::string& text, const std::string& name) {
                 openedOn = lineNumber;
             } else if (byte == ']') {
                 openedOn = 0;
+            } else if (byte == ',') {
+                result.erase(result.find_last_not_of(" \t\r") + 1);
             }
+            result += byte;
         }
         if (quote != 0) refuse(lineNumber, "a quote is not closed");
         // A list may go on over lines, for which the parser wants it to begin with a value.
-        result += line.substr(0, end) + (openedOn > 0 ? ' ' : '\n');
+        if (openedOn > 0) {
+            result += ' ';
+            continue;
+        }
+        if (HasTextBehindList(std::string_view(result).substr(resultLine))) {
+            refuse(lineNumber, "there is text behind the bracket that closes a list");
+        }
+        result += '\n';
+        resultLine = result.size();
     }
     if (openedOn > 0) {
         throw InputError(fmt::format("{}:{}: a bracket is not closed", name, openedOn));
