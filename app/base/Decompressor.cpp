@@ -21,6 +21,8 @@ constexpr std::string_view kZstdMark = "\x28\xB5\x2F\xFD";
 // A frame that holds no data begins with one of sixteen bytes and these.
 constexpr std::string_view kSkippableMark = "\x2A\x4D\x18";
 
+bool BeginsSkippable(char first) { return (static_cast<unsigned char>(first) & 0xF0U) == 0x50U; }
+
 constexpr const char* kFurtherBytes = "the bytes from here on belong to no archive";
 
 // Any number of members one behind the other, which zeros may follow, as tapes have them (RFC
@@ -83,7 +85,15 @@ public:
     bool IsWhole() const override { return mBetween; }
 
     std::size_t Decompress(std::string_view& archive, char* out, std::size_t size) override {
-        if (mBetween && archive.empty()) return 0;
+        if (mBetween) {
+            if (archive.empty()) return 0;
+            // The library also knows frames of the format's drafts, for which it takes further
+            // memory.
+            const char first = archive.front();
+            if (first != kZstdMark.front() && !BeginsSkippable(first)) {
+                throw ArchiveError(kFurtherBytes);
+            }
+        }
         ZSTD_inBuffer in = {archive.data(), archive.size(), 0};
         ZSTD_outBuffer written = {out, size, 0};
         const std::size_t status = ZSTD_decompressStream(mContext.get(), &written, &in);
@@ -122,7 +132,7 @@ bool Begins(std::string_view beginning, std::string_view mark) {
 }
 
 bool IsSkippable(std::string_view beginning) {
-    return !beginning.empty() && (static_cast<unsigned char>(beginning.front()) & 0xF0U) == 0x50U &&
+    return !beginning.empty() && BeginsSkippable(beginning.front()) &&
            beginning.substr(1) == kSkippableMark;
 }
 
