@@ -252,11 +252,20 @@ std::vector<std::string> FilesFrom(std::string_view input) {
     return files;
 }
 
-// The size of a buffer, at least `size`, that holds enough of the beginnings to know their formats.
+// The size of a buffer, at least `size`, that holds enough of all beginnings to know their formats,
+// also when it has grown.
 std::size_t BufferSize(const std::vector<std::string>& files, std::size_t size) {
+    // So many bytes besides blanks tell every format.
+    constexpr std::size_t kTelling = 16;
     for (const std::string& file : files) {
         const bool isOther = app::OtherFormat(file).has_value();
-        while (app::OtherFormat(file.substr(0, size - 1)).has_value() != isOther) ++size;
+        std::size_t telling = 0;
+        for (std::size_t i = 0; i < file.size() && telling < kTelling; ++i) {
+            if (" \t\r\n"sv.find(file[i]) == std::string_view::npos) ++telling;
+            const bool seemsOther = app::OtherFormat(file.substr(0, i)).has_value();
+            // A line end stands behind what the buffer holds.
+            if (seemsOther != isOther) size = std::max(size, i + 2);
+        }
     }
     return size;
 }

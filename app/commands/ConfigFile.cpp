@@ -85,7 +85,12 @@ std::string WithoutComments(const std::string& text, const std::string& name) {
             result += ' ';
             continue;
         }
-        if (HasTextBehindList(std::string_view(result).substr(resultLine))) {
+        const std::string_view made = std::string_view(result).substr(resultLine);
+        // The parser would take each part for a section within another.
+        if (made.substr(0, made.find('=')).find('.') != std::string_view::npos) {
+            refuse(lineNumber, "there is no key or section with a point in its name");
+        }
+        if (HasTextBehindList(made)) {
             refuse(lineNumber, "there is text behind the bracket that closes a list");
         }
         result += '\n';
