@@ -144,7 +144,7 @@ std::string RemarkOnCategories(const SettledColumn& settled, bool isOneFile) {
     const std::string categorical = ShellOption("--categorical", settled.column.name);
     const std::string distinct =
         fmt::format("{}{} different ones in {} cells", facts.distinctIsExact ? "" : "about ",
-                    facts.distinct, facts.distinctAmong);
+                    facts.distinct, facts.present);
     if (settled.leftOut == LeftOut::Keys && !most.empty()) {
         return "is left out, because its values are nearly all different, but " + most;
     }
@@ -157,7 +157,7 @@ std::string RemarkOnCategories(const SettledColumn& settled, bool isOneFile) {
         return fmt::format("is taken as categories, but {}; {} says that these are categories",
                            most, categorical);
     }
-    if (facts.distinct > kFewKeys && 2 * facts.distinct > facts.distinctAmong) {
+    if (facts.distinct > kFewKeys && 2 * facts.distinct > facts.present) {
         return fmt::format("has categories that may be keys, {}; {} leaves it out", distinct,
                            ShellOption("--ignore", settled.column.name));
     }

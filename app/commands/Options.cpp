@@ -258,6 +258,15 @@ char ParseDelimiter(const std::string& text) {
         Printable(text)));
 }
 
+std::function<void(const std::string&)> AddTo(std::vector<std::string>& values) {
+    return [&values](const std::string& value) { values.push_back(value); };
+}
+
+void AddOnlyMissing(DataOptions& data, const std::string& value) {
+    if (!data.onlyMissing) data.onlyMissing.emplace();
+    data.onlyMissing->push_back(value);
+}
+
 void AddDataOptions(CLI::App& command, DataOptions& data) {
     // Of several such options the first is named where a stored reference has settled them.
     const auto addSettled = [&](const std::string& name,
@@ -267,16 +276,11 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
             take(value);
         });
     };
-    const auto addTo = [](std::vector<std::string>& values) {
-        return [&values](const std::string& value) { values.push_back(value); };
-    };
-    addSettled("--missing", addTo(data.missing));
-    addSettled("--only-missing", [&data](const std::string& value) {
-        if (!data.onlyMissing) data.onlyMissing.emplace();
-        data.onlyMissing->push_back(value);
-    });
-    addSettled("--categorical", addTo(data.columns.categorical));
-    addSettled("--continuous", addTo(data.columns.continuous));
+    addSettled("--missing", AddTo(data.missing));
+    addSettled("--only-missing",
+               [&data](const std::string& value) { AddOnlyMissing(data, value); });
+    addSettled("--categorical", AddTo(data.columns.categorical));
+    addSettled("--continuous", AddTo(data.columns.continuous));
     AddRepeated(command, "--ignore", [&data](const std::string& value) {
         data.columns.ignored.push_back(value);
         data.ignoredByOption.push_back(value);
@@ -302,22 +306,17 @@ void TakeConfigFile(const std::string& command, DataOptions& data,
     if (data.configPath.empty()) return;
     const DataOptions given = data;
     const std::vector<ColumnWeight> givenWeights = weights;
-    const auto addTo = [](std::vector<std::string>& values) {
-        return [&values](const std::string& value) { values.push_back(value); };
-    };
     const ConfigKeys keys = {
-        {"ignore", addTo(data.columns.ignored)},
-        {"categorical", addTo(data.columns.categorical)},
-        {"continuous", addTo(data.columns.continuous)},
+        {"ignore", AddTo(data.columns.ignored)},
+        {"categorical", AddTo(data.columns.categorical)},
+        {"continuous", AddTo(data.columns.continuous)},
         {"missing",
          [&](const std::string& value) {
              if (!given.onlyMissing) data.missing.push_back(value);
          }},
         {"only-missing",
          [&](const std::string& value) {
-             if (!given.missing.empty()) return;
-             if (!data.onlyMissing) data.onlyMissing.emplace();
-             data.onlyMissing->push_back(value);
+             if (given.missing.empty()) AddOnlyMissing(data, value);
          }},
         {"weight",
          [&](const std::string& value) {

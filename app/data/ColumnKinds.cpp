@@ -104,25 +104,21 @@ std::string NumberRemedy(const ColumnFacts& facts, bool decimalComma) {
            "apart, export the numbers without it";
 }
 
-// The one cell that is about to be refused, as the facts of a column.
-ColumnFacts FactsOf(std::string_view text) {
-    ColumnFacts facts;
-    facts.spreadsheetNumbers = IsSpreadsheetNumber(text) ? 1 : 0;
-    facts.points = ParseCell(text, false) ? 1 : 0;
-    facts.spreadsheetNumbers = facts.points | facts.spreadsheetNumbers;
-    facts.decimalCommas = ParseCell(text, true) ? 1 : 0;
-    facts.ambiguousCommas = IsAmbiguousComma(text) ? 1 : 0;
-    return facts;
+// What is wrong with such a number, and what to do.
+std::string NotPlain(std::string_view text, const ColumnFacts& facts, const CsvReader& reader) {
+    return fmt::format(
+        "\"{}\" is a number {}; {}", Shortened(text),
+        facts.points == facts.spreadsheetNumbers ? "with a point" : "as spreadsheets show it",
+        NumberRemedy(facts, reader.HasDecimalComma()));
 }
 
 std::string NotContinuous(std::string_view text, const CsvReader& reader) {
-    const ColumnFacts facts = FactsOf(text);
-    if (facts.spreadsheetNumbers == 0) {
-        return fmt::format("{}; {} reads it as a missing value", NotANumber(text),
-                           ShellOption("--missing", text, "TOKEN"));
-    }
-    return fmt::format("\"{}\" is a number as spreadsheets show it; {}", Shortened(text),
-                       NumberRemedy(facts, reader.HasDecimalComma()));
+    ColumnScan cell(1);
+    cell.Take(text, text, std::nullopt, reader);
+    const ColumnFacts facts = cell.Facts();
+    if (facts.spreadsheetNumbers > 0) return NotPlain(text, facts, reader);
+    return fmt::format("{}; {} reads it as a missing value", NotANumber(text),
+                       ShellOption("--missing", text, "TOKEN"));
 }
 
 bool IsEmptyRow(const std::vector<std::string_view>& fields) {
@@ -165,12 +161,12 @@ std::vector<ColumnScan> ScanColumns(CsvReader& reader, const std::vector<Choice>
                                            const ColumnFacts& facts) {
     const std::string& name = reader.Headings()[column];
     const ShownCell& first = facts.firstSpreadsheetNumber;
+    // The columns of a further file may stand in another order.
+    const std::string place =
+        reader.FileCount() == 1 ? fmt::format("column {}", column + 1) : "column";
     throw InputError(fmt::format(
-        "{}:{}: column {} \"{}\": \"{}\" is a number {}; {}; {} takes the "
-        "column as categories",
-        first.file, first.line, column + 1, Shortened(name), Shortened(first.text),
-        facts.points == facts.spreadsheetNumbers ? "with a point" : "as spreadsheets show it",
-        NumberRemedy(facts, reader.HasDecimalComma()), ShellOption("--categorical", name)));
+        "{}:{}: {} \"{}\": {}; {} takes the column as categories", first.file, first.line, place,
+        Shortened(name), NotPlain(first.text, facts, reader), ShellOption("--categorical", name)));
 }
 
 SettledColumn Settle(const CsvReader& reader, std::size_t column, Choice choice,
@@ -198,7 +194,7 @@ SettledColumn Settle(const CsvReader& reader, std::size_t column, Choice choice,
         settled.column.kind = ColumnKind::Continuous;
     } else if (AreFew(present - facts.dates, present)) {
         settled.leftOut = LeftOut::Dates;
-    } else if (facts.distinct > kMaxKeptKeys && 2 * facts.distinct > facts.distinctAmong) {
+    } else if (facts.distinct > kMaxKeptKeys && 2 * facts.distinct > present) {
         settled.leftOut = LeftOut::Keys;
     } else {
         settled.column.kind = ColumnKind::TextCategory;
@@ -210,9 +206,8 @@ SettledColumn Settle(const CsvReader& reader, std::size_t column, Choice choice,
 std::string EmptyHeading(const std::vector<std::string>& headings) {
     const auto empty = std::count(headings.begin(), headings.end(), "");
     return 2 * static_cast<std::size_t>(empty) > headings.size()
-               ? "the heading is empty, as most are; does a title stand above the headings? 'tail "
-                 "-n "
-                 "+2 FILE' and a pipe to '-' leave a line out"
+               ? "the heading is empty, as most are; does a title stand above the headings? "
+                 "'tail -n +2 FILE' and a pipe to '-' leave a line out"
                : "the heading is empty; --ignore '' leaves it out";
 }
 

@@ -9,9 +9,11 @@ namespace app {
 
 namespace {
 
-// With more cells of another look, and most of them, a column is not searched for one any longer.
+// Beyond so many cells that are neither, a column is searched for dates, or for numbers as
+// spreadsheets show them, only as long as most of its texts are such.
 constexpr std::uint64_t kMaxOdd = 100;
 constexpr std::size_t kMaxWholeNumbers = 20;
+constexpr std::size_t kLimitOfNumbers = 2048;
 
 ShownCell CellAt(const CsvReader& reader, std::string_view text) {
     return {reader.FileName(), reader.RowLine(), std::string(text)};
@@ -19,18 +21,19 @@ ShownCell CellAt(const CsvReader& reader, std::string_view text) {
 
 }  // namespace
 
+ColumnScan::ColumnScan(std::size_t distinctLimit)
+    : mDistinctLimit(distinctLimit), mDistinct(std::min(distinctLimit, kLimitOfNumbers)) {}
+
 void ColumnScan::Take(std::string_view field, std::string_view text, std::optional<double> number,
                       const CsvReader& reader) {
     ++mFacts.present;
     if (number) {
         TakeNumber(*number);
+        mDistinct.Add(*number);
         if (reader.Delimiter() == ';' && mHasNoOtherPoints) TakePoint(text);
     } else {
         TakeText(text, reader);
-    }
-    if (mDistinct) {
-        mDistinct->Add(field);
-        ++mFacts.distinctAmong;
+        mDistinct.Add(field);
     }
     if (reader.Headings().size() > 1) return;
     for (std::size_t i = 0; i < kSearchedDelimiters.size(); ++i) {
@@ -60,7 +63,7 @@ void ColumnScan::TakePoint(std::string_view number) {
 void ColumnScan::TakeText(std::string_view text, const CsvReader& reader) {
     if (mFacts.noNumbers++ == 0) {
         mFacts.firstNoNumber = CellAt(reader, text);
-        mDistinct = std::make_unique<DistinctCounter>(mDistinctLimit);
+        mDistinct.SetLimit(mDistinctLimit);
     } else if (mFacts.allNoNumbersAreOneText) {
         mFacts.allNoNumbersAreOneText = text == mFacts.firstNoNumber.text;
     }
@@ -81,10 +84,8 @@ void ColumnScan::TakeText(std::string_view text, const CsvReader& reader) {
 
 ColumnFacts ColumnScan::Facts() const {
     ColumnFacts facts = mFacts;
-    if (mDistinct) {
-        facts.distinct = mDistinct->Count();
-        facts.distinctIsExact = mDistinct->IsExact();
-    }
+    facts.distinct = mDistinct.Count();
+    facts.distinctIsExact = mDistinct.IsExact();
     facts.mayHaveThousands = mHasPoints && mHasNoOtherPoints;
     if (mHasFewWholeNumbers) facts.wholeNumbers = mWholeNumbers.size();
     return facts;

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,10 +36,9 @@ struct ColumnFacts {
     /// Those that are plain numbers with a point, where a comma is the decimal sign.
     std::uint64_t points = 0;
     std::uint64_t dates = 0;
-    /// The different texts from the first cell on that is no number, the cells from there on, and
-    /// whether that is counted and not estimated; see DistinctCounter.
+    /// The different texts and numbers, and whether they are counted and not estimated; see
+    /// DistinctCounter.
     std::uint64_t distinct = 0;
-    std::uint64_t distinctAmong = 0;
     bool distinctIsExact = true;
     /// The different numbers if all are whole and there are no more than 20; else 0.
     std::size_t wholeNumbers = 0;
@@ -58,8 +56,9 @@ inline constexpr std::string_view kSearchedDelimiters = ",;\t|";
 /// Finds the facts of one column, whose cells are handed over one by one.
 class ColumnScan {
 public:
-    /// `distinctLimit` is that of a DistinctCounter.
-    explicit ColumnScan(std::size_t distinctLimit) : mDistinctLimit(distinctLimit) {}
+    /// `distinctLimit` is that of a DistinctCounter; a column of which all cells so far are numbers
+    /// has a lower one, so that the many that stay so cost little.
+    explicit ColumnScan(std::size_t distinctLimit);
 
     /// Takes a cell of the reader's row that is not missing: `field` as it stands, `text` without
     /// the blanks around it, and the number that it is.
@@ -76,7 +75,7 @@ private:
 
     std::size_t mDistinctLimit;
     ColumnFacts mFacts;
-    std::unique_ptr<DistinctCounter> mDistinct;
+    DistinctCounter mDistinct;
     std::vector<double> mWholeNumbers;  // ascending
     bool mHasFewWholeNumbers = true;
     bool mHasPoints = false;

@@ -8,16 +8,20 @@
 
 namespace app {
 
-/// Counts the different texts of a column in bounded memory: exactly up to a limit, from there on
-/// by a sample of them, with a standard error of about the limit's inverse root. The sample holds
-/// the texts whose hashes begin with so many zero bits that no more than the limit do (M. Wegman's
-/// adaptive sampling; P. Flajolet, "On adaptive sampling", Computing 34, 1990). The same texts give
-/// the same count in any order.
+/// Counts the different texts and numbers of a column in bounded memory: exactly up to a limit,
+/// from there on by a sample of them, with a standard error of about the limit's inverse root. The
+/// sample holds the texts whose hashes begin with so many zero bits that no more than the limit do
+/// (M. Wegman's adaptive sampling; P. Flajolet, "On adaptive sampling", Computing 34, 1990). The
+/// same texts give the same count in any order.
 class DistinctCounter {
 public:
     explicit DistinctCounter(std::size_t limit) : mLimit(limit) {}
 
+    /// The limit from here on. What has been estimated stays so.
+    void SetLimit(std::size_t limit) { mLimit = limit; }
+
     void Add(std::string_view text);
+    void Add(double number);
 
     std::uint64_t Count() const { return std::uint64_t{mSample.size()} << mZeroBits; }
 
@@ -25,6 +29,10 @@ public:
     bool IsExact() const { return mZeroBits == 0; }
 
 private:
+    void AddHash(std::uint64_t hash) {
+        if (IsSampled(hash)) AddSampled(hash);
+    }
+    void AddSampled(std::uint64_t hash);
     bool IsSampled(std::uint64_t hash) const {
         return mZeroBits == 0 || hash >> (64U - mZeroBits) == 0;
     }
