@@ -101,6 +101,15 @@ Accumulators::Accumulators(const std::vector<int>& varIndex,
     });
 }
 
+void Accumulators::ReserveCategories(const double* values) {
+    for (Categories& categories : mCategories) {
+        const std::size_t index = CategoryIndex(values[categories.variable.position]);
+        std::vector<double>& counts = categories.counts;
+        if (index < counts.capacity() || index >= kBeyondCodes) continue;
+        counts.reserve(std::max(index + 1, 2 * counts.capacity()));
+    }
+}
+
 void Accumulators::CountCategories(const double* values) {
     for (Categories& categories : mCategories) {
         const double value = values[categories.variable.position];

@@ -26,7 +26,8 @@ class XMLElement;
 
 namespace MADetail {
 class Accumulators;
-}
+struct SummaryMembers;
+}  // namespace MADetail
 
 /// The distribution of every input variable of a list in one body of data.
 ///
@@ -163,6 +164,8 @@ public:
     MCCommon::MCStatus ExportAsXML(const MCApplicInfo4XML* info, std::ostream& out) const;
 
 private:
+    friend struct MADetail::SummaryMembers;
+
     void CollectInputVariables(const MCMTD_NAMESPACE::MCVarList& varList);
     MCCommon::MCStatus MakeADataPass(const MCMTD_NAMESPACE::MCVarList& varList,
                                      MCCommon::MultiPassRecordIter& iter, bool updateSummaries,

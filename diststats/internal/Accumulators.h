@@ -26,7 +26,10 @@ public:
     Accumulators(const std::vector<int>& varIndex, const std::vector<std::int16_t>& categorical,
                  const std::vector<std::vector<double>>& cutPoints);
 
-    /// Counts a record's categories. This and the next two take the values of one record.
+    /// Takes the memory that CountCategories needs for a record, so that it cannot fail. This and
+    /// the next three take the values of one record.
+    void ReserveCategories(const double* values);
+    /// Counts a record's categories.
     void CountCategories(const double* values);
     /// Folds a record's continuous values in.
     void Fold(const double* values);
