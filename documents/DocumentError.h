@@ -9,19 +9,24 @@
 
 namespace MADocuments {
 
-/// A document is not one of a reference, or cannot hold one. The text is one line of UTF-8 that
-/// says what is wrong; names and values of the document stand in it as they are, but for their
-/// length.
+/// What to do about a document in which something stands that no exporter writes.
+inline constexpr const char* kRestoreDocument =
+    "restore the document from a copy, or write it again";
+
+/// A document is not one of a reference, or cannot hold one. All texts are one line of UTF-8; names
+/// and values of the document stand in them as they are, but for their length.
 class DocumentError : public std::runtime_error {
 public:
     /// Something at this place of a document, both counted from 1; a column is a code point.
-    DocumentError(std::size_t line, std::size_t column, const std::string& problem)
-        : std::runtime_error(std::to_string(line) + ":" + std::to_string(column) + ": " + problem),
-          mLine(line),
-          mColumn(column) {}
+    DocumentError(std::size_t line, std::size_t column, const std::string& problem,
+                  const std::string& remedy = kRestoreDocument);
 
     /// Something without a place.
-    explicit DocumentError(const std::string& problem) : std::runtime_error(problem) {}
+    DocumentError(const std::string& problem, const std::string& remedy);
+
+    DocumentError(const DocumentError& other) noexcept;
+    DocumentError& operator=(const DocumentError& other) noexcept;
+    ~DocumentError() override;
 
     /// The line, 0 if there is no place.
     std::size_t Line() const { return mLine; }
@@ -29,9 +34,19 @@ public:
     /// The column, 0 if there is no place.
     std::size_t Column() const { return mColumn; }
 
+    /// What is wrong. The text of what() has the place before it, "line:column: ", and "; " and the
+    /// remedy behind it.
+    std::string Problem() const;
+
+    /// What to do about it.
+    std::string Remedy() const;
+
 private:
+    // Copies of an exception must not fail, so the parts are kept as places in its one text.
     std::size_t mLine = 0;
     std::size_t mColumn = 0;
+    std::size_t mProblemBegin = 0;
+    std::size_t mProblemSize = 0;
 };
 
 }  // namespace MADocuments

@@ -5,7 +5,6 @@
 #include <limits>
 #include <optional>
 
-#include "accredit/documents/DocumentError.h"
 #include "accredit/documents/NumberText.h"
 
 namespace MADocuments {
@@ -18,8 +17,8 @@ std::string Shortened(std::string_view text) {
     return std::string(text.substr(0, end)) + "...";
 }
 
-void Element::Refuse(const std::string& problem) const {
-    throw DocumentError(mNode->line, mNode->column, problem);
+void Element::Refuse(const std::string& problem, const std::string& remedy) const {
+    throw DocumentError(mNode->line, mNode->column, problem, remedy);
 }
 
 const XmlTree::Attribute* Element::Find(std::string_view attribute) const {

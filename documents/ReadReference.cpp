@@ -40,6 +40,9 @@ namespace {
 constexpr std::string_view kNamespace = "http://www.dmg.org/PMML-3_1";
 constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLSchema-instance";
 
+// For documents of other programs.
+constexpr const char* kOtherMaker = "write the reference with this library";
+
 struct Field {
     explicit Field(const Element& source) : element(source), name(source.Text("name")) {}
 
@@ -60,13 +63,19 @@ struct Field {
 
 Element RootOf(const XmlTree& tree) {
     const Element root(tree, &tree.Root());
-    if (root.Name() != "PMML") root.Refuse("the document must be one element \"PMML\"");
+    if (root.Name() != "PMML") {
+        root.Refuse("the document must be one element \"PMML\"",
+                    "give a document that holds a reference");
+    }
     root.AllowAttributes({"version", "xmlns", "xmlns:xsi", "xsi:schemaLocation"});
     const std::string version = root.Text("version");
     if (version != "3.1") {
-        root.Refuse("PMML version \"" + Shortened(version) + "\", only 3.1 is understood");
+        root.Refuse("PMML version \"" + Shortened(version) + "\", only 3.1 is understood",
+                    kOtherMaker);
     }
-    if (root.Text("xmlns") != kNamespace) root.Refuse("the namespace is not that of PMML 3.1");
+    if (root.Text("xmlns") != kNamespace) {
+        root.Refuse("the namespace is not that of PMML 3.1", kOtherMaker);
+    }
     if (root.Has("xmlns:xsi") ? root.Text("xmlns:xsi") != kSchemaInstance
                               : root.Has("xsi:schemaLocation")) {
         root.Refuse("the prefix xsi does not stand for instances of XML schemas");
@@ -185,19 +194,23 @@ MissingTokens MissingTokensOf(const std::vector<Field>& fields) {
     const std::vector<std::string>& texts = fields.front().missing;
     MissingTokens missing = texts.empty() ? UsualTokens(fields) : MissingTokens::Only(texts);
     for (const Field& field : fields) {
-        if (field.missing != texts)
-            field.element.Refuse("the fields differ in their missing values");
+        if (field.missing != texts) {
+            field.element.Refuse("the fields differ in their missing values",
+                                 "give all fields the same ones in the same order");
+        }
         if (!field.missing.empty() && field.missing != missing.Texts()) {
             field.element.Refuse(
                 "the missing values must begin with the empty text, and each may stand only once "
-                "and without blanks around it");
+                "and without blanks around it",
+                "write them so, in all fields");
         }
         if (!field.texts) continue;
         for (int code = 0; code < field.texts->GetNumCategories(); ++code) {
             const std::string category = field.texts->DecodeString(code);
             if (missing.Contains(TrimBlanks(category))) {
-                field.element.Refuse("the value \"" + Shortened(category) +
-                                     "\" is also a missing value");
+                field.element.Refuse(
+                    "the value \"" + Shortened(category) + "\" is also a missing value",
+                    "give the category another text, or the fields other missing values");
             }
         }
     }
@@ -264,7 +277,7 @@ MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string
             std::make_shared<MCVariable>(field.name, field.measureLevel, role, categories),
             encoder);
     }
-    if (list.GetNumInputVars() == 0) throw DocumentError("every column is ignored");
+    if (list.GetNumInputVars() == 0) throw DocumentError("every column is ignored", "ignore fewer");
     return list;
 }
 

@@ -163,7 +163,8 @@ void ReadInterval(const Element& element, std::vector<double>& margins) {
     element.AllowAttributes({"closure", "leftMargin", "rightMargin"});
     element.RequireEmpty();
     if (element.Text("closure") != "openClosed") {
-        element.Refuse("only intervals with the closure openClosed can be compared");
+        element.Refuse("only intervals with the closure openClosed can be compared",
+                       "count the data again in bins that hold their upper margin");
     }
     if (margins.empty()) margins.push_back(MCMV::Missing());
     const double left = element.Has("leftMargin") ? element.Number("leftMargin") : MCMV::Missing();

@@ -35,7 +35,10 @@ ElementPtr Made(Step step) {
     XMLElement* element = nullptr;
     const MCStatus status = step(element);
     ElementPtr made(element);
-    if (!status.IsOK() || !made) throw DocumentError("a document cannot hold this reference");
+    if (!status.IsOK() || !made) {
+        throw DocumentError("a document cannot hold this reference",
+                            "MAFindExportProblem names the variable and what is wrong with it");
+    }
     return made;
 }
 

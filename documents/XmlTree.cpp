@@ -19,6 +19,12 @@ constexpr std::size_t kMaxDepth = 32;
 constexpr std::size_t kMaxPieces = 16'000'000;
 constexpr std::string_view kWhiteSpace = " \t\r\n";
 
+constexpr const char* kOtherEncoding = "the encoding must be UTF-8";
+constexpr const char* kConvert = "convert the document to UTF-8, and name that in its first line";
+constexpr const char* kTakeOut = "take it out, a reference needs none";
+constexpr const char* kWriteAsText = "write its text with character references instead";
+constexpr const char* kLeaveOut = "leave out variables that have many categories";
+
 bool IsUtf8(std::string_view encoding) {
     constexpr std::string_view kName = "utf-8";
     return std::equal(
@@ -78,7 +84,7 @@ private:
             if (!version || std::string_view(version) != "1.0") {
                 builder.Refuse("not a declaration of XML 1.0");
             }
-            if (encoding && !IsUtf8(encoding)) builder.Refuse("the encoding must be UTF-8");
+            if (encoding && !IsUtf8(encoding)) builder.Refuse(kOtherEncoding, kConvert);
         });
     }
 
@@ -100,18 +106,22 @@ private:
     }
 
     static void Cdata(void* self) {
-        Guard(self, [](Builder& builder) { builder.Refuse("CDATA sections are not understood"); });
+        Guard(self, [](Builder& builder) {
+            builder.Refuse("CDATA sections are not understood", kWriteAsText);
+        });
     }
 
     static void Instruction(void* self, const char* /*target*/, const char* /*data*/) {
         Guard(self, [](Builder& builder) {
-            builder.Refuse("processing instructions are not understood");
+            builder.Refuse("processing instructions are not understood", kTakeOut);
         });
     }
 
     static void Doctype(void* self, const char* /*name*/, const char* /*system*/,
                         const char* /*public*/, int /*internal*/) {
-        Guard(self, [](Builder& builder) { builder.Refuse("document types are not understood"); });
+        Guard(self, [](Builder& builder) {
+            builder.Refuse("document types are not understood", kTakeOut);
+        });
     }
 
     std::uint32_t Line() const {
@@ -121,12 +131,13 @@ private:
         return static_cast<std::uint32_t>(XML_GetCurrentColumnNumber(mParser.get())) + 1;
     }
 
-    [[noreturn]] void Refuse(const std::string& problem) const {
-        throw DocumentError(Line(), Column(), problem);
+    [[noreturn]] void Refuse(const std::string& problem,
+                             const std::string& remedy = kRestoreDocument) const {
+        throw DocumentError(Line(), Column(), problem, remedy);
     }
 
     void Count() {
-        if (++mPieces > kMaxPieces) Refuse("the document has too many elements");
+        if (++mPieces > kMaxPieces) Refuse("the document has too many elements", kLeaveOut);
     }
 
     Span Keep(std::string_view text) {
@@ -204,12 +215,13 @@ private:
 
 XmlTree::XmlTree(std::string_view document) {
     if (document.size() > kMaxDocumentSize) {
-        throw DocumentError("a document of more than " +
-                            std::to_string(kMaxDocumentSize / 1'048'576) + " MiB");
+        throw DocumentError(
+            "a document of more than " + std::to_string(kMaxDocumentSize / 1'048'576) + " MiB",
+            kLeaveOut);
     }
     // The parser would take the byte-order mark of UTF-16 for bytes that are no characters.
     if (document.substr(0, 2) == "\xFF\xFE" || document.substr(0, 2) == "\xFE\xFF") {
-        throw DocumentError(1, 1, "the encoding must be UTF-8");
+        throw DocumentError(1, 1, kOtherEncoding, kConvert);
     }
     Builder(*this).Run(document);
 }

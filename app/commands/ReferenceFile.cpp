@@ -84,7 +84,8 @@ Reference ReferenceIn(const Document& document, const std::vector<std::string>& 
             if (!IsShownText(data.firstUnreadableText)) {
                 throw InputError(document.fileName +
                                  ": the text of an unreadable cell is not one that 'accredit "
-                                 "learn' stores");
+                                 "learn' stores; " +
+                                 MADocuments::kRestoreDocument);
             }
         }
         return reference;

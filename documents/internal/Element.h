@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "accredit/documents/DocumentError.h"
 #include "accredit/documents/internal/XmlTree.h"
 
 namespace MADocuments {
@@ -24,7 +25,8 @@ public:
 
     std::string_view Name() const { return mTree->Text(mNode->name); }
 
-    [[noreturn]] void Refuse(const std::string& problem) const;
+    [[noreturn]] void Refuse(const std::string& problem,
+                             const std::string& remedy = kRestoreDocument) const;
 
     /// Refuses attributes that are not among the known ones.
     void AllowAttributes(const std::vector<std::string_view>& known) const;

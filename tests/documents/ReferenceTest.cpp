@@ -35,7 +35,13 @@ std::string WhyRefused(const std::string& document) {
         const std::string written = WriteReference(ReadReference(document));
         EXPECT_EQ(WriteReference(ReadReference(written)), written);
     } catch (const MADocuments::DocumentError& error) {
-        return error.what();
+        const std::string why = (error.Line() == 0 ? ""
+                                                   : std::to_string(error.Line()) + ":" +
+                                                         std::to_string(error.Column()) + ": ") +
+                                error.Problem();
+        EXPECT_EQ(error.what(), why + "; " + error.Remedy());
+        EXPECT_NE(error.Remedy(), "");
+        return why;
     }
     return "";
 }
