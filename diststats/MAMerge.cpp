@@ -263,14 +263,14 @@ MCVarList ListOf(const MADistStats& first, const std::vector<Part>& parts) {
     return merged;
 }
 
-MAMerged Refused(MAMergeProblem problem, int slot) { return {{}, problem, slot}; }
+MAMerged Refused(MAMergeProblem problem, int slot) { return {{}, {}, problem, slot}; }
 
 }  // namespace
 
 MAMerged MAMergeDistStats(const MADistStats& first, const MADistStats& second) {
-    if (first.GetVarCount() == 0) return {second, MAMergeProblem::None, -1};
-    if (second.GetVarCount() == 0) return {first, MAMergeProblem::None, -1};
-    const std::vector<int> partners = Partners(first, second);
+    if (first.GetVarCount() == 0) return {second, {}, MAMergeProblem::None, -1};
+    if (second.GetVarCount() == 0) return {first, {}, MAMergeProblem::None, -1};
+    std::vector<int> partners = Partners(first, second);
     std::set<int> found;
     for (unsigned int slot = 0; slot < first.GetVarCount(); ++slot) {
         if (partners[slot] < 0 || !found.insert(partners[slot]).second) {
@@ -294,5 +294,5 @@ MAMerged MAMergeDistStats(const MADistStats& first, const MADistStats& second) {
         SummaryMembers::Frequencies(*merged)[slot] = std::move(parts[slot].frequencies);
         SummaryMembers::Summaries(*merged)[slot] = parts[slot].summary;
     }
-    return {MADistStats(merged.release()), MAMergeProblem::None, -1};
+    return {MADistStats(merged.release()), std::move(partners), MAMergeProblem::None, -1};
 }

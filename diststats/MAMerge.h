@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "accredit/diststats/MADistStats.h"
 #include "accredit/host/AccreditExport.h"
 
@@ -19,6 +21,9 @@ enum class MAMergeProblem : int {
 /// What comes of merging two summaries.
 struct ACCREDIT_EXPORT MAMerged {
     MADistStats stats;  ///< Empty if there is a problem.
+    /// For each slot of `stats`, which are those of the first: the slot in the second; empty if one
+    /// of the two was skipped.
+    std::vector<int> secondSlots;
     MAMergeProblem problem = MAMergeProblem::None;
     int slot = -1;  ///< Of the variable with the problem: in the first, or in the second if the
                     ///< first lacks it; -1 if there is none.

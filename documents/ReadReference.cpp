@@ -264,6 +264,22 @@ void ReadNewData(const Element& newData, std::vector<Field>& fields) {
     children.End();
 }
 
+std::vector<std::string> ReadSources(const Element& extension) {
+    std::vector<std::string> sources;
+    std::set<std::string> seen;
+    Children children(extension);
+    while (const Element element = children.Take("Extension")) {
+        if (NameOf(element) != "source") element.Refuse("this extension is not understood");
+        element.RequireEmpty();
+        sources.push_back(element.Text("value"));
+        if (sources.back().empty()) element.Refuse("a source without a text");
+        if (!seen.insert(sources.back()).second) element.Refuse("this source stands twice");
+    }
+    children.End();
+    if (sources.empty()) extension.Refuse("an extension that says nothing");
+    return sources;
+}
+
 MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string>& ignored) {
     const std::set<std::string_view> left(ignored.begin(), ignored.end());
     MCVarList list;
@@ -389,7 +405,15 @@ Reference ReadReference(std::string_view document, const std::vector<std::string
     if (extension.Text("name") != "containerModel") {
         extension.Refuse("this extension is not understood");
     }
-    if (const Element newData = children.Take("Extension")) ReadNewData(newData, fields);
+    Element further = children.Take("Extension");
+    if (further && NameOf(further) != "sources") {
+        ReadNewData(further, fields);
+        further = children.Take("Extension");
+    }
+    if (further) {
+        if (NameOf(further) != "sources") further.Refuse("this extension is not understood");
+        reference.sources = ReadSources(further);
+    }
     children.End();
     auto stats = std::make_unique<MADistStatsImp>(ListOf(fields, ignored), nullptr);
     Children content(extension);

@@ -43,11 +43,21 @@ struct Reference {
     MADistStats stats;
     /// The texts that stand for a missing datum.
     MissingTokens missing;
+    /// Whether the document names them. That of a summary which an application exports by itself
+    /// names none.
+    bool namesMissing = true;
     /// What is known of each input variable besides, by slot.
     std::vector<UncountedData> uncounted;
+    /// What tells apart the data that the summary was made of: texts that are not empty, each once,
+    /// such as a fingerprint of each file. Summaries with a source in common are not merged. None
+    /// if nothing is known.
+    std::vector<std::string> sources;
     /// What made the reference, and when.
     MCApplicInfo4XML application;
 };
+
+/// What is known of a slot besides its cases; nothing where `uncounted` does not reach.
+UncountedData UncountedAt(const Reference& reference, unsigned int slot);
 
 /// A document may not be longer than this many bytes.
 inline constexpr std::size_t kMaxDocumentSize = 256 * std::size_t{1'048'576};
@@ -64,8 +74,9 @@ bool BeginsLikeDocument(std::string_view beginning);
 /// The document is the one that the library writes, with additions in places that PMML has for
 /// them: in every DataField the missing tokens, as values with the property "missing"; in every
 /// Counts the missing data as missingFreq and the unreadable ones as invalidFreq, both part of
-/// totalFreq; and behind the statistics an extension "newData" with the first unreadable datum and
-/// the cases of categories that were not kept, of the fields that have them. Without missingFreq
+/// totalFreq; behind the statistics an extension "newData" with the first unreadable datum and the
+/// cases of categories that were not kept, of the fields that have them; and behind that an
+/// extension "sources" with the sources. Without missingFreq
 /// nothing is known of a field's missing and unreadable data, and without tokens they are those of
 /// a default MissingTokens that are no categories of the document.
 ///

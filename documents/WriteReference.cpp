@@ -49,10 +49,6 @@ ElementPtr Extension(MCPMMLExporter& exporter, const std::string& name, const st
     });
 }
 
-UncountedData UncountedAt(const Reference& reference, unsigned int slot) {
-    return slot < reference.uncounted.size() ? reference.uncounted[slot] : UncountedData();
-}
-
 // The input variables with the categories that their fields show: without the one that has no name.
 MCVarList FieldsOf(const Reference& reference) {
     const MCVarList& list = reference.stats.GetVarList();
@@ -128,7 +124,21 @@ ElementPtr NewDataExtension(MCPMMLExporter& exporter, const Reference& reference
     return all;
 }
 
+// The sources of the data; null if there are none.
+ElementPtr SourcesExtension(MCPMMLExporter& exporter, const Reference& reference) {
+    if (reference.sources.empty()) return nullptr;
+    ElementPtr all = Extension(exporter, "sources", "");
+    for (const std::string& source : reference.sources) {
+        all->AddElement(Extension(exporter, "source", source).release());
+    }
+    return all;
+}
+
 }  // namespace
+
+UncountedData UncountedAt(const Reference& reference, unsigned int slot) {
+    return slot < reference.uncounted.size() ? reference.uncounted[slot] : UncountedData();
+}
 
 std::string WriteReference(const Reference& reference) {
     MCPMMLExporter exporter(nullptr);
@@ -158,6 +168,8 @@ std::string WriteReference(const Reference& reference) {
     root->AddElement(extension.release());
     if (ElementPtr newData = NewDataExtension(exporter, reference))
         root->AddElement(newData.release());
+    if (ElementPtr sources = SourcesExtension(exporter, reference))
+        root->AddElement(sources.release());
 
     std::ostringstream out;
     out.exceptions(std::ios::badbit);  // Memory that runs out is no document that is cut off.

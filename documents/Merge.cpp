@@ -1,0 +1,123 @@
+#include "accredit/documents/Merge.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+#include "accredit/diststats/MAMerge.h"
+
+using MCMTD_NAMESPACE::IMCEncoder;
+
+namespace MADocuments {
+
+namespace {
+
+std::string NameAt(const MADistStats& stats, int slot) {
+    const int position = stats.GetVarListIndex(static_cast<unsigned int>(slot));
+    return stats.GetVarList().GetVarAt(position)->GetName();
+}
+
+constexpr const char* kSameBins = "summarise all parts with the bins of the same reference";
+
+[[noreturn]] void Refuse(const MAMerged& merged, const Reference& first, const Reference& second) {
+    const auto slot = static_cast<unsigned int>(merged.slot);
+    const bool isOfFirst = slot < first.stats.GetVarCount();
+    const std::string name = NameAt(isOfFirst ? first.stats : second.stats, merged.slot);
+    const std::string variable = "the variable \"" + name + "\"";
+    switch (merged.problem) {
+        case MAMergeProblem::OtherVariables:
+            throw DocumentError("not both have " + variable, kSameBins);
+        case MAMergeProblem::OtherKind:
+            throw DocumentError(variable + " is of another kind in one of the two", kSameBins);
+        case MAMergeProblem::OtherCutPoints:
+            throw DocumentError("the cut points of " + variable + " are not the same in both",
+                                kSameBins);
+        case MAMergeProblem::TooManyCategories:
+            throw DocumentError(variable + " has too many categories in both together",
+                                "leave the variable out");
+        default:
+            throw DocumentError(variable + " has too many cases in both together to be counted",
+                                "keep the summaries apart");
+    }
+}
+
+// Nothing if one of the counts is not known.
+std::optional<std::uint64_t> Sum(std::optional<std::uint64_t> first,
+                                 std::optional<std::uint64_t> second) {
+    if (!first || !second) return std::nullopt;
+    if (*second > std::numeric_limits<std::uint64_t>::max() - *first) {
+        throw DocumentError(
+            "there are too many missing or unreadable data in both together to be counted",
+            "keep the summaries apart");
+    }
+    return *first + *second;
+}
+
+// The code of the category without a name, which merging puts behind all others; -1 if there is
+// none.
+int NamelessCategory(const MADistStats& stats, unsigned int slot) {
+    if (!stats.IsCategorical(slot)) return -1;
+    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
+    const int last = encoder.GetNumCategories() - 1;
+    if (last < 0) return -1;
+    const double code = encoder.GetValueType() == IMCEncoder::ValueTypeNumber
+                            ? encoder.EncodeNumber(encoder.DecodeNumber(last))
+                            : encoder.EncodeString(encoder.DecodeString(last));
+    return code == last ? -1 : last;
+}
+
+void RequireOtherSources(const Reference& first, const Reference& second) {
+    const std::set<std::string> known(first.sources.begin(), first.sources.end());
+    for (const std::string& source : second.sources) {
+        if (known.count(source) == 0) continue;
+        throw DocumentError("both were made of the same data, " + source, "leave one of them out");
+    }
+}
+
+std::vector<MAUncountedData> Counts(const Reference& summary) {
+    std::vector<MAUncountedData> counts;
+    for (const UncountedData& data : summary.uncounted) {
+        counts.push_back({data.missing, data.unreadable});
+    }
+    return counts;
+}
+
+}  // namespace
+
+Reference Merge(const Reference& first, const Reference& second) {
+    if (second.stats.GetVarCount() == 0) return first;
+    if (first.stats.GetVarCount() == 0) return second;
+    RequireOtherSources(first, second);
+    if (first.namesMissing != second.namesMissing ||
+        (first.namesMissing && first.missing.Texts() != second.missing.Texts())) {
+        throw DocumentError("the missing values of the two are not the same", kSameBins);
+    }
+    MAMerged merged = MAMergeDistStats(first.stats, second.stats);
+    if (merged.problem != MAMergeProblem::None) Refuse(merged, first, second);
+    Reference both = first;
+    both.stats = std::move(merged.stats);
+    both.sources.insert(both.sources.end(), second.sources.begin(), second.sources.end());
+    both.uncounted.clear();
+    for (unsigned int slot = 0; slot < both.stats.GetVarCount(); ++slot) {
+        UncountedData data = UncountedAt(first, slot);
+        const UncountedData more =
+            UncountedAt(second, static_cast<unsigned int>(merged.secondSlots[slot]));
+        data.missing = Sum(data.missing, more.missing);
+        data.unreadable = Sum(data.unreadable, more.unreadable);
+        if (data.firstUnreadableLine == 0) {
+            data.firstUnreadableLine = more.firstUnreadableLine;
+            data.firstUnreadableText = more.firstUnreadableText;
+        }
+        data.otherCategories = NamelessCategory(both.stats, slot);
+        both.uncounted.push_back(data);
+    }
+    return both;
+}
+
+std::vector<MAVariableComparison> Compare(const Reference& reference, const Reference& summary,
+                                          double alpha) {
+    return MACompareVariables(reference.stats, summary.stats, Counts(reference), Counts(summary),
+                              alpha);
+}
+
+}  // namespace MADocuments

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <vector>
+
+#include "accredit/accreditation/MAComparison.h"
+#include "accredit/documents/Reference.h"
+#include "accredit/host/AccreditExport.h"
+
+/// @file
+/// What is done with two references: merging and comparing them.
+
+namespace MADocuments {
+
+/// The summary of the data of both; see MAMergeDistStats for what is exact and what is near. Counts
+/// of missing and unreadable data are added, and not known where one of them is not. The first
+/// unreadable datum is that of `first`, if it has one. The cases of categories without a name are
+/// put together. The sources are those of both; what made it is what made `first`. A Reference
+/// without variables is skipped.
+///
+/// Throws DocumentError, without a place, if the two cannot be merged: because of other variables,
+/// kinds, cut points or missing tokens, because both were made of the same source, or because a
+/// count would be too large. Throws std::bad_alloc.
+ACCREDIT_EXPORT Reference Merge(const Reference& first, const Reference& second);
+
+/// What MACompareVariables says of a summary that was made with the cut points of `reference`, with
+/// all that is known of missing and unreadable data: one entry for each slot of `reference`, in
+/// slot order.
+ACCREDIT_EXPORT std::vector<MAVariableComparison> Compare(const Reference& reference,
+                                                          const Reference& summary,
+                                                          double alpha = 0.01);
+
+}  // namespace MADocuments
