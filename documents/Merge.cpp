@@ -94,10 +94,13 @@ Reference Merge(const Reference& first, const Reference& second) {
     }
     MAMerged merged = MAMergeDistStats(first.stats, second.stats);
     if (merged.problem != MAMergeProblem::None) Refuse(merged, first, second);
-    Reference both = first;
+    Reference both;
     both.stats = std::move(merged.stats);
+    both.missing = first.missing;
+    both.namesMissing = first.namesMissing;
+    both.application = first.application;
+    both.sources = first.sources;
     both.sources.insert(both.sources.end(), second.sources.begin(), second.sources.end());
-    both.uncounted.clear();
     for (unsigned int slot = 0; slot < both.stats.GetVarCount(); ++slot) {
         UncountedData data = UncountedAt(first, slot);
         const UncountedData more =

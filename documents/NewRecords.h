@@ -47,9 +47,10 @@ private:
     std::string_view mText;
 };
 
-/// What the names of categories may take of memory, by which new ones are bounded: so much for all,
+/// What the categories of a reference and of new data may take of memory. What has more has keys or
+/// free texts among its variables, and no summary of those can be compared.
 inline constexpr std::size_t kMaxCategoryBytes = 128 * std::size_t{1'048'576};
-/// and for each this beside its text.
+/// What a category takes of it besides its text: about its places in the encoder and the summary.
 inline constexpr std::size_t kCategorySize = 128;
 
 /// The cut points of each input variable of a reference with which new data is summarised, by slot;

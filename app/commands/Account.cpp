@@ -276,6 +276,13 @@ std::vector<std::string> RemarksOn(const SettledColumns& data, bool isOneFile) {
 
 std::vector<std::string> RemarksOn(const Learned& learned) {
     std::vector<std::string> remarks = RemarksOn(learned.data, learned.fileCount == 1);
+    if (learned.repeatedFiles > 0) {
+        remarks.push_back(
+            fmt::format("{} the same content as an earlier one, and its rows count again",
+                        learned.repeatedFiles == 1
+                            ? "one of the files has"
+                            : fmt::format("{} of the files have", learned.repeatedFiles)));
+    }
     const MADistStats& stats = learned.reference.stats;
     const bool isReference = !learned.data.columns.empty();
     for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {

@@ -6,8 +6,9 @@
 #include <utility>
 
 #include "accredit/accreditation/MAVariableResult.h"
+#include "accredit/documents/Merge.h"
+#include "accredit/documents/NewRecords.h"
 #include "accredit/host/MAStatus.h"
-#include "app/data/NewSummary.h"
 
 using MADocuments::Reference;
 using MADocuments::UncountedData;
@@ -16,14 +17,6 @@ using MCCommon::MCStatus;
 namespace app {
 
 namespace {
-
-std::vector<MAUncountedData> UncountedOf(const Reference& summary) {
-    std::vector<MAUncountedData> counts;
-    for (const UncountedData& data : summary.uncounted) {
-        counts.push_back({data.missing, data.unreadable});
-    }
-    return counts;
-}
 
 // The number, unless it is the library's mark for none.
 std::optional<double> Known(double number) {
@@ -99,8 +92,8 @@ CheckedVariable Describe(const Reference& reference, unsigned int slot) {
 // it is empty; to a person each of them is what is not there.
 std::vector<MAVariableComparison> CompareAll(const Reference& reference,
                                              const Reference& newSummary, double alpha) {
-    std::vector<MAVariableComparison> comparisons = MACompareVariables(
-        reference.stats, newSummary.stats, UncountedOf(reference), UncountedOf(newSummary), alpha);
+    std::vector<MAVariableComparison> comparisons =
+        MADocuments::Compare(reference, newSummary, alpha);
     if (newSummary.stats.GetVarCount() > 0) return comparisons;
     for (MAVariableComparison& comparison : comparisons) {
         comparison.result.status = MCStatus(MAStatusVariableNotFound, false);
@@ -116,7 +109,7 @@ CheckResult Compare(std::shared_ptr<const Reference> reference, Reference newSum
     const MADistStats& newStats = newSummary.stats;
     std::vector<MAVariableComparison> comparisons = CompareAll(*reference, newSummary, alpha);
     const double expected = MAExpectedAccreditation(comparisons, weights);
-    const std::vector<std::vector<double>> usable = UsableCutPoints(stats);
+    const std::vector<std::vector<double>> usable = MADocuments::UsableCutPoints(stats);
     CheckResult result;
     bool allTested = true;
     bool cutPointsAreGood = true;
@@ -162,10 +155,6 @@ CheckResult Compare(std::shared_ptr<const Reference> reference, Reference newSum
     result.reference = std::move(reference);
     result.newSummary = std::move(newSummary);
     return result;
-}
-
-UncountedData UncountedAt(const Reference& summary, unsigned int slot) {
-    return slot < summary.uncounted.size() ? summary.uncounted[slot] : UncountedData();
 }
 
 std::optional<std::uint64_t> RowCount(const Reference& summary) {

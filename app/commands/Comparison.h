@@ -52,9 +52,6 @@ CheckResult Compare(std::shared_ptr<const MADocuments::Reference> reference,
                     MADocuments::Reference newSummary, const std::vector<double>& weights,
                     double alpha);
 
-/// What is known of the data of a slot besides its cases.
-MADocuments::UncountedData UncountedAt(const MADocuments::Reference& summary, unsigned int slot);
-
 /// The number of rows that a summary was made of, nothing if it is not known.
 std::optional<std::uint64_t> RowCount(const MADocuments::Reference& summary);
 

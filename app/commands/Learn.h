@@ -27,7 +27,9 @@ struct Learned {
     std::string name;  ///< Of the data, fit to be shown.
     std::size_t fileCount = 1;
     std::string separatedBy;  ///< In words; empty for several files.
-    SettledColumns data;      ///< Of a reference, in the order of its list; else none.
+    /// How many files have the content of an earlier one, and count once more.
+    std::size_t repeatedFiles = 0;
+    SettledColumns data;  ///< Of a reference, in the order of its list; else none.
     /// Of new data, for each slot the file of the first unreadable cell, fit to be shown.
     std::vector<std::string> unreadableFiles;
 };

@@ -29,6 +29,7 @@ Usage: accredit COMMAND ...
 Commands:
   learn       summarise the data a model is built on and store that as a reference
   check       compare new data with a reference, variable by variable
+  merge       put summaries of parts of new data together
   show        print a stored reference
 
 Options:
@@ -166,6 +167,41 @@ interrupt.
 
 Example:
   accredit learn --missing '?' --ignore id train.csv --output train.pmml
+)";
+
+constexpr std::string_view kMergeHelp =
+    R"(accredit merge - put summaries of parts of new data together
+
+Usage: accredit merge SUMMARY... --output WHOLE.pmml
+
+Every SUMMARY is what 'accredit learn --bins-of REFERENCE' stored of a part of
+the data: a shard, an hour, what one machine has seen. All have the bins of the
+same reference; '-' is standard input. WHOLE is the summary of all of it, which
+'accredit check REFERENCE' compares like any other, and which can be merged
+again. It is written as a whole or not at all, and replaces a file that is
+there. What it holds is printed.
+
+Counts, minimum and maximum are exact, so the verdicts and the accreditation are
+those of one summary of all the data. Mean and deviation are near.
+
+A part that is given twice is refused, also under another name and within a
+summary that was merged before: every summary has a fingerprint of the content
+of the files that it was made of. So are summaries with other columns, bins or
+missing values.
+
+  --output WHOLE         the file to write; '-' is standard output
+  -h, --help             show this help
+  --version              show the version
+
+Exit status: 0 if the summary was written; 2 for wrong usage, summaries that
+cannot be merged, unreadable files, a file that cannot be written, too little
+memory, or an interrupt.
+
+Example:
+  accredit learn --bins-of train.pmml east.csv --output east.pmml
+  accredit learn --bins-of train.pmml west.csv --output west.pmml
+  accredit merge east.pmml west.pmml --output all.pmml
+  accredit check train.pmml all.pmml
 )";
 
 constexpr std::string_view kShowHelp =
@@ -409,6 +445,11 @@ void AddOptions(CLI::App& learn, LearnOptions& options) {
     AddPaths(learn, "DATA", options.dataPaths);
 }
 
+void AddOptions(CLI::App& merge, MergeOptions& options) {
+    AddPath(merge, "--output", options.outputPath);
+    AddPaths(merge, "SUMMARY", options.summaryPaths);
+}
+
 void AddOptions(CLI::App& show, ShowOptions& options) {
     AddFormat(show, options.json);
     AddPath(show, "REFERENCE", options.referencePath);
@@ -433,23 +474,27 @@ void RefuseUnknown(const CLI::App& program) {
 Command ParseCommandLine(int argc, const char* const* argv) {
     CheckOptions checkOptions;
     LearnOptions learnOptions;
+    MergeOptions mergeOptions;
     ShowOptions showOptions;
     CLI::App program;
     program.require_subcommand(1);
     CLI::App& check = *program.add_subcommand("check");
     CLI::App& learn = *program.add_subcommand("learn");
+    CLI::App& merge = *program.add_subcommand("merge");
     CLI::App& show = *program.add_subcommand("show");
-    for (CLI::App* command : {&program, &check, &learn, &show}) {
+    for (CLI::App* command : {&program, &check, &learn, &merge, &show}) {
         command->set_version_flag("--version", std::string(kVersion));
     }
     AddOptions(check, checkOptions);
     AddOptions(learn, learnOptions);
+    AddOptions(merge, mergeOptions);
     AddOptions(show, showOptions);
     try {
         program.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
         return Message{std::string(check.parsed()   ? kCheckHelp
                                    : learn.parsed() ? kLearnHelp
+                                   : merge.parsed() ? kMergeHelp
                                    : show.parsed()  ? kShowHelp
                                                     : kHelp)};
     } catch (const CLI::CallForVersion&) {
@@ -465,6 +510,7 @@ Command ParseCommandLine(int argc, const char* const* argv) {
         RefuseUnknown(program);
         throw;
     }
+    if (merge.parsed()) return mergeOptions;
     if (show.parsed()) return showOptions;
     std::vector<ColumnWeight> noWeights;
     if (learn.parsed()) {

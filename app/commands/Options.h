@@ -5,6 +5,7 @@
 
 #include "app/commands/Check.h"
 #include "app/commands/Learn.h"
+#include "app/commands/Merge.h"
 #include "app/commands/Show.h"
 
 namespace app {
@@ -15,7 +16,7 @@ struct Message {
 };
 
 /// What the command line asks for.
-using Command = std::variant<Message, CheckOptions, LearnOptions, ShowOptions>;
+using Command = std::variant<Message, CheckOptions, LearnOptions, MergeOptions, ShowOptions>;
 
 /// Reads the command line. Throws UsageError.
 Command ParseCommandLine(int argc, const char* const* argv);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <new>
 #include <optional>
+#include <set>
 #include <string>
 #include <system_error>
 #include <variant>
@@ -20,6 +21,7 @@
 #include "app/base/Progress.h"
 #include "app/commands/Account.h"
 #include "app/commands/Check.h"
+#include "app/commands/Merge.h"
 #include "app/commands/Options.h"
 #include "app/commands/ReferenceFile.h"
 #include "app/commands/Report.h"
@@ -115,18 +117,16 @@ int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
     return isBroken ? ExitBroken : ExitPassed;
 }
 
-int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
-             const Screen& screen, std::ostream* terminal) {
+// Makes a summary, stores it where `outputPath` says, and says what it is of. `inputs` are the
+// files that are read for it.
+template <class Make>
+int Store(Make make, const std::vector<std::string>& inputs, const std::string& outputPath,
+          std::ostream& out, std::ostream& err, const Screen& screen, std::ostream* terminal) {
     std::optional<OutputFile> file;
-    if (options.outputPath != "-") {
-        std::vector<std::string> inputs = options.dataPaths;
-        inputs.push_back(options.binsOfPath);
-        inputs.push_back(options.data.configPath);
-        file.emplace(OutputBeside(inputs, options.outputPath, "--output"));
-    }
+    if (outputPath != "-") file.emplace(OutputBeside(inputs, outputPath, "--output"));
     Progress progress(terminal);
     Interrupt interrupt;
-    const Learned learned = Learn(options, progress, interrupt);
+    const Learned learned = make(progress, interrupt);
     progress.Erase();
     interrupt.EndAtOnce();
     const std::string document = DocumentOf(learned);
@@ -141,6 +141,25 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
     }
     err << remarks;
     return ExitPassed;
+}
+
+int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
+             const Screen& screen, std::ostream* terminal) {
+    std::vector<std::string> inputs = options.dataPaths;
+    inputs.push_back(options.binsOfPath);
+    inputs.push_back(options.data.configPath);
+    const auto make = [&options](Progress& progress, MCQueryCancel& cancel) {
+        return Learn(options, progress, cancel);
+    };
+    return Store(make, inputs, options.outputPath, out, err, screen, terminal);
+}
+
+int RunMerge(const MergeOptions& options, std::ostream& out, std::ostream& err,
+             const Screen& screen, std::ostream* terminal) {
+    const auto make = [&options](Progress& progress, MCQueryCancel& cancel) {
+        return MergeSummaries(options, progress, cancel);
+    };
+    return Store(make, options.summaryPaths, options.outputPath, out, err, screen, terminal);
 }
 
 int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* terminal) {
@@ -164,6 +183,9 @@ int Run(const Command& command, std::ostream& out, std::ostream& err, const Scre
     if (const auto* learn = std::get_if<LearnOptions>(&command)) {
         return RunLearn(*learn, out, err, screen, terminal);
     }
+    if (const auto* merge = std::get_if<MergeOptions>(&command)) {
+        return RunMerge(*merge, out, err, screen, terminal);
+    }
     if (const auto* show = std::get_if<ShowOptions>(&command)) {
         return RunShow(*show, out, terminal);
     }
@@ -174,7 +196,8 @@ int Run(const Command& command, std::ostream& out, std::ostream& err, const Scre
 // The command that was asked for, with a blank before it, if it is one.
 std::string CommandName(int argc, const char* const* argv) {
     const std::string name = argc > 1 ? argv[1] : "";
-    return name == "check" || name == "learn" || name == "show" ? " " + name : "";
+    const std::set<std::string> commands = {"check", "learn", "merge", "show"};
+    return commands.count(name) != 0 ? " " + name : "";
 }
 
 }  // namespace

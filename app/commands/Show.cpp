@@ -225,6 +225,9 @@ std::string TextListing(const Reference& reference, const std::string& title) {
         if (!maker.version.empty()) listing += fmt::format(" {}", Printable(maker.version));
     }
     if (!maker.timestamp.empty()) listing += fmt::format(", {}", Printable(maker.timestamp));
+    if (reference.sources.size() > 1) {
+        listing += fmt::format(", made of {} sources", reference.sources.size());
+    }
     listing += "\nMissing values: the empty field";
     for (const std::string& token : reference.missing.Texts()) {
         if (!token.empty()) listing += fmt::format(", {}", Printable(token));
@@ -250,6 +253,10 @@ std::string JsonListing(const Reference& reference) {
     json.Key("missing");
     json.BeginArray();
     for (const std::string& token : reference.missing.Texts()) json.String(token);
+    json.EndArray();
+    json.Key("sources");
+    json.BeginArray();
+    for (const std::string& source : reference.sources) json.String(source);
     json.EndArray();
     json.Key("variables");
     json.BeginArray();

@@ -73,6 +73,7 @@ CsvReader::CsvReader(std::unique_ptr<InputFile> file, Reading reading, const Csv
     : mPaths(1), mReading(reading), mFormat(format) {
     if (reading == Reading::Repeated) file->KeepForRewind();
     mFiles.push_back(std::move(file));
+    mFingerprint.emplace();
     BeginFile();
 }
 
@@ -112,6 +113,7 @@ void CsvReader::BeginFile() {
 void CsvReader::OpenFile() {
     mFiles.push_back(std::make_unique<InputFile>(mPaths[mFile], *mProgress, *mCancel));
     if (mReading == Reading::Repeated) mFiles.back()->KeepForRewind();
+    mFingerprint.emplace();
 }
 
 void CsvReader::BeginBuffer() {
@@ -247,6 +249,8 @@ bool CsvReader::Next() {
     };
     while (!ReadRow(blankLines())) {
         if (!mHasRows && mFileWithoutRows.empty()) mFileWithoutRows = FileName();
+        if (mHasRows && mFingerprint) mFingerprints.push_back(mFingerprint->Text());
+        mFingerprint.reset();
         if (mFile + 1 == mPaths.size()) return false;
         ++mFile;
         BeginFile();
@@ -263,6 +267,7 @@ bool CsvReader::Next() {
 void CsvReader::Rewind() {
     for (const std::unique_ptr<InputFile>& file : mFiles) file->Rewind();
     mFile = 0;
+    mFingerprint.reset();
     BeginFile();
 }
 
@@ -399,6 +404,7 @@ void CsvReader::Refill() {
     if (kept > mBuffer.size() / 2) mBuffer.resize(2 * mBuffer.size());
     const std::size_t room = mBuffer.size() - 1 - kept;
     const std::size_t got = mFiles[mFile]->Read(mBuffer.data() + kept, room);
+    if (mFingerprint) mFingerprint->Add(mBuffer.data() + kept, got);
     mAtEnd = got < room;
     mNext = mBuffer.data();
     mEnd = mNext + kept + got;

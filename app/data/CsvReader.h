@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "accredit/host/MCQueryCancel.h"
+#include "app/base/Fingerprint.h"
 #include "app/base/InputFile.h"
 #include "app/base/Progress.h"
 
@@ -93,6 +94,10 @@ public:
         return mPlaces.empty() ? mFields : mOrdered;
     }
 
+    /// Of each file with rows that has been read to its end the fingerprint of its content, in
+    /// their order.
+    const std::vector<std::string>& Fingerprints() const { return mFingerprints; }
+
     /// The name of the first file that turned out to have no rows, fit to be shown; empty if none
     /// has so far.
     const std::string& FileWithoutRows() const { return mFileWithoutRows; }
@@ -159,8 +164,10 @@ private:
     std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes
     std::size_t mMaxFields = 0;
     bool mReadsHeading = true;
-    bool mHasRows = false;         // the file that is read
-    std::string mFileWithoutRows;  // the first one
+    bool mHasRows = false;                    // the file that is read
+    std::string mFileWithoutRows;             // the first one
+    std::optional<Fingerprint> mFingerprint;  // of a file that is read for the first time
+    std::vector<std::string> mFingerprints;
     char mDelimiter = ',';
     // The bytes at which an unquoted field ends, or must not go on.
     std::array<bool, 256> mStops{};

@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "accredit/documents/NewRecords.h"
 #include "accredit/documents/NumberText.h"
 #include "accredit/host/IMCVariable.h"
 #include "accredit/host/MCMV.h"
@@ -23,6 +24,8 @@ using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCNumberEncoder;
 using MCMTD_NAMESPACE::MCVariable;
 
+using MADocuments::kCategorySize;
+using MADocuments::kMaxCategoryBytes;
 using MADocuments::MissingTokens;
 using MADocuments::TrimBlanks;
 using MADocuments::UncountedData;
@@ -31,12 +34,7 @@ namespace app {
 
 namespace {
 
-// Every category takes memory for as long as the run lasts: its text, and about so much for its
-// places in the encoder and the summary. Columns with more than this are keys or free texts, and no
-// summary of them can be compared.
-constexpr std::size_t kCategorySize = 128;
 constexpr std::size_t kMiB = 1'048'576;
-constexpr std::size_t kMaxCategoryBytes = 128 * kMiB;
 
 // Every whole number up to this one is a double of its own.
 constexpr double kMaxWhole = 9007199254740992.0;

@@ -1,11 +1,10 @@
 #include "app/data/NewSummary.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "accredit/accreditation/MAAccreditor.h"
-#include "accredit/accreditation/MAComparison.h"
 #include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/documents/NewRecords.h"
 #include "app/base/Errors.h"
 #include "app/data/CsvRecordIter.h"
 
@@ -30,18 +29,6 @@ MADistStats Pass(CsvRecordIter& records, const CutPoints& cutPoints, const CsvRe
 
 }  // namespace
 
-CutPoints UsableCutPoints(const MADistStats& reference) {
-    CutPoints usable;
-    for (unsigned int slot = 0; slot < reference.GetVarCount(); ++slot) {
-        usable.push_back(MACutPointsFor(reference, slot));
-        const std::vector<double>& list = usable.back();
-        const auto disorder = std::adjacent_find(
-            list.begin(), list.end(), [](double left, double right) { return !(left < right); });
-        if (disorder != list.end()) usable.back().clear();
-    }
-    return usable;
-}
-
 NewSummary SummariseLike(const Reference& reference, CsvReader& reader, MCQueryCancel& cancel) {
     CsvRecordIter records(reader, ColumnsLike(reference.stats.GetVarList(), reader.Headings()),
                           reference.missing);
@@ -55,7 +42,7 @@ NewSummary SummariseLike(const Reference& reference, CsvReader& reader, MCQueryC
     }
     std::vector<int> slots;
     MAAccreditor::MatchVariables(records.VarList(), reference.stats.GetVarList(), slots);
-    const CutPoints usable = UsableCutPoints(reference.stats);
+    const CutPoints usable = MADocuments::UsableCutPoints(reference.stats);
     CutPoints cutPoints;
     cutPoints.reserve(slots.size());
     for (const int slot : slots) cutPoints.push_back(usable[static_cast<std::size_t>(slot)]);

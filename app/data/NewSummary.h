@@ -10,12 +10,6 @@
 
 namespace app {
 
-/// The cut points of each input variable of a reference with which new data is summarised, by slot;
-/// see MACutPointsFor. Values that hardly vary at their size, or are so far apart that their
-/// moments overflow, have cut points that do not ascend, which no data pass takes: there are none
-/// then.
-std::vector<std::vector<double>> UsableCutPoints(const MADistStats& reference);
-
 /// New data with the bins of a reference.
 struct NewSummary {
     /// Its list has every column of the data; those that are input variables of the reference are
