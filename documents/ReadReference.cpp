@@ -173,19 +173,30 @@ std::vector<Field> ReadDictionary(const Element& dictionary) {
     return fields;
 }
 
-bool IsCategory(const std::vector<Field>& fields, const std::string& text) {
-    return std::any_of(fields.begin(), fields.end(), [&text](const Field& field) {
-        return field.texts && field.texts->EncodeString(text) >= 0.0;
-    });
+// The categories that are tokens, with the blanks around them.
+std::vector<std::string> TokensAmong(const IMCEncoder& texts, const MissingTokens& missing) {
+    std::vector<std::string> tokens;
+    for (int code = 0; code < texts.GetNumCategories(); ++code) {
+        std::string category = texts.DecodeString(code);
+        if (missing.Contains(TrimBlanks(category))) tokens.push_back(std::move(category));
+    }
+    return tokens;
 }
 
 // Those of a document without any: an application has written it, whose categories are none.
 MissingTokens UsualTokens(const std::vector<Field>& fields) {
-    std::vector<std::string> texts = MissingTokens().Texts();
-    texts.erase(
-        std::remove_if(texts.begin(), texts.end(),
-                       [&fields](const std::string& text) { return IsCategory(fields, text); }),
-        texts.end());
+    const MissingTokens usual;
+    std::set<std::string, std::less<>> categories;
+    for (const Field& field : fields) {
+        if (!field.texts) continue;
+        for (const std::string& category : TokensAmong(*field.texts, usual)) {
+            categories.emplace(TrimBlanks(category));
+        }
+    }
+    std::vector<std::string> texts;
+    for (const std::string& text : usual.Texts()) {
+        if (categories.count(text) == 0) texts.push_back(text);
+    }
     return MissingTokens::Only(texts);
 }
 
@@ -204,14 +215,12 @@ MissingTokens MissingTokensOf(const std::vector<Field>& fields) {
                 "and without blanks around it",
                 "write them so, in all fields");
         }
-        if (!field.texts) continue;
-        for (int code = 0; code < field.texts->GetNumCategories(); ++code) {
-            const std::string category = field.texts->DecodeString(code);
-            if (missing.Contains(TrimBlanks(category))) {
-                field.element.Refuse(
-                    "the value \"" + Shortened(category) + "\" is also a missing value",
-                    "give the category another text, or the fields other missing values");
-            }
+        if (!field.texts || texts.empty()) continue;
+        const std::vector<std::string> tokens = TokensAmong(*field.texts, missing);
+        if (!tokens.empty()) {
+            field.element.Refuse(
+                "the value \"" + Shortened(tokens.front()) + "\" is also a missing value",
+                "give the category another text, or the fields other missing values");
         }
     }
     return missing;
@@ -323,11 +332,9 @@ void TakeCounts(const Element& element, const StoredStatistics& stored, Field& f
 // The statistics of every field, each once, in any order.
 void ReadModelStats(const Element& modelStats, std::vector<Field>& fields, MADistStatsImp& stats) {
     modelStats.AllowAttributes({});
-    const bool rowsAreCounted = !fields.front().missing.empty();
     std::vector<bool> seen(fields.size(), false);
-    std::uint64_t total = 0;
+    std::optional<std::uint64_t> total;
     Children children(modelStats);
-    bool first = true;
     while (const Element element = children.Take("UnivariateStats")) {
         element.AllowAttributes({"field"});
         const std::string name = element.Text("field");
@@ -340,10 +347,10 @@ void ReadModelStats(const Element& modelStats, std::vector<Field>& fields, MADis
         seen[index] = true;
         Field& field = fields[index];
         const StoredStatistics stored = ReadStatistics(element, name, field.Encoder().get());
-        if (!std::exchange(first, false) && rowsAreCounted && stored.total != total) {
+        if (stored.missing && total.value_or(stored.total) != stored.total) {
             element.Refuse("totalFreq differs from that of the fields before");
         }
-        total = stored.total;
+        if (stored.missing) total = stored.total;
         TakeCounts(element, stored, field);
         const bool ignored =
             stats.GetVarList().GetVariableRole(position) != IMCVariable::VariableRoleInput;
@@ -365,6 +372,18 @@ bool operator==(const UncountedData& left, const UncountedData& right) {
                         data.firstUnreadableText, data.otherCategories);
     };
     return tie(left) == tie(right);
+}
+
+int FindMissingCategory(const MADistStats& stats, const MissingTokens& missing) {
+    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
+        const int position = stats.GetVarListIndex(slot);
+        const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(position);
+        if (stats.IsCategorical(slot) && encoder.GetValueType() == IMCEncoder::ValueTypeString &&
+            !TokensAmong(encoder, missing).empty()) {
+            return static_cast<int>(slot);
+        }
+    }
+    return -1;
 }
 
 bool BeginsLikeDocument(std::string_view beginning) {
@@ -399,6 +418,7 @@ Reference ReadReference(std::string_view document, const std::vector<std::string
     reference.application = ReadHeader(children.Require("Header"));
     std::vector<Field> fields = ReadDictionary(children.Require("DataDictionary"));
     reference.missing = MissingTokensOf(fields);
+    reference.namesMissing = !fields.front().missing.empty();
 
     const Element extension = children.Require("Extension");
     extension.AllowAttributes({"extender", "name"});

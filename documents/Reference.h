@@ -59,6 +59,10 @@ struct Reference {
 /// What is known of a slot besides its cases; nothing where `uncounted` does not reach.
 UncountedData UncountedAt(const Reference& reference, unsigned int slot);
 
+/// The slot of the first variable that has one of the tokens, blanks around it aside, as a category
+/// of text, -1 if there is none. A document cannot name tokens that are categories.
+int FindMissingCategory(const MADistStats& stats, const MissingTokens& missing);
+
 /// A document may not be longer than this many bytes.
 inline constexpr std::size_t kMaxDocumentSize = 256 * std::size_t{1'048'576};
 
@@ -76,9 +80,9 @@ bool BeginsLikeDocument(std::string_view beginning);
 /// Counts the missing data as missingFreq and the unreadable ones as invalidFreq, both part of
 /// totalFreq; behind the statistics an extension "newData" with the first unreadable datum and the
 /// cases of categories that were not kept, of the fields that have them; and behind that an
-/// extension "sources" with the sources. Without missingFreq
-/// nothing is known of a field's missing and unreadable data, and without tokens they are those of
-/// a default MissingTokens that are no categories of the document.
+/// extension "sources" with the sources. Without missingFreq nothing is known of a field's missing
+/// and unreadable data. Where no tokens are named, `missing` has those of a default MissingTokens
+/// that are no categories of the document, blanks aside.
 ///
 /// Whatever is not such a document is refused with DocumentError and the place: one that is longer
 /// than kMaxDocumentSize or not well-formed XML in UTF-8; document types, processing instructions,
@@ -86,13 +90,14 @@ bool BeginsLikeDocument(std::string_view beginning);
 /// format does not have; a field or a value that stands twice; fields without statistics and
 /// statistics without field; margins that do not ascend or leave gaps; frequencies that do not sum
 /// to the number of cases outside the library's extension for those; summaries that contradict
-/// themselves; with missing tokens, fields whose totals differ; all fields ignored. Time and memory
-/// are bounded by the length. Throws std::bad_alloc.
+/// themselves; tokens that are categories; totals that differ among the fields with missingFreq;
+/// all fields ignored. Time and memory are bounded by the length. Throws std::bad_alloc.
 Reference ReadReference(std::string_view document, const std::vector<std::string>& ignored = {});
 
 /// The document that ReadReference reads; reading and writing it again gives the same text. Throws
 /// DocumentError, without a place, for what a document cannot hold (MAFindExportProblem names the
-/// variable), and std::bad_alloc.
+/// variable) and for what ReadReference would refuse, such as tokens that are categories, and
+/// std::bad_alloc.
 std::string WriteReference(const Reference& reference);
 
 }  // namespace MADocuments

@@ -94,6 +94,20 @@ MCUniStats Statistics(const Reference& reference, unsigned int slot) {
     return variable;
 }
 
+// The texts that stand for missing data in every field.
+std::vector<std::string> TokensOf(const Reference& reference) {
+    if (!reference.namesMissing) return {};
+    const ElementPtr element(XMLElement::Create("Value"));
+    for (const std::string& token : reference.missing.Texts()) {
+        if (element->SetAttribute("value", token)) continue;
+        throw DocumentError(
+            "a PMML document cannot hold a missing token, a text with control characters or bytes "
+            "that are not UTF-8",
+            "name another");
+    }
+    return reference.missing.Texts();
+}
+
 // What the elements of PMML have no place for; null if there is nothing.
 ElementPtr NewDataExtension(MCPMMLExporter& exporter, const Reference& reference) {
     ElementPtr all;
@@ -134,15 +148,9 @@ ElementPtr SourcesExtension(MCPMMLExporter& exporter, const Reference& reference
     return all;
 }
 
-}  // namespace
-
-UncountedData UncountedAt(const Reference& reference, unsigned int slot) {
-    return slot < reference.uncounted.size() ? reference.uncounted[slot] : UncountedData();
-}
-
-std::string WriteReference(const Reference& reference) {
+std::string DocumentOf(const Reference& reference) {
     MCPMMLExporter exporter(nullptr);
-    exporter.SetMissingValues(reference.missing.Texts());
+    exporter.SetMissingValues(TokensOf(reference));
     const ElementPtr root(exporter.ExportPMMLElement());
     ElementPtr header = Made([&](XMLElement*& element) {
         return exporter.ExportHeader(&reference.application, "", true, element);
@@ -175,6 +183,29 @@ std::string WriteReference(const Reference& reference) {
     out.exceptions(std::ios::badbit);  // Memory that runs out is no document that is cut off.
     root->WriteTo(out, ExportFormat(), 0);
     return out.str();
+}
+
+// What cannot be read again must not be kept.
+void RequireReadable(const std::string& document) {
+    try {
+        ReadReference(document);
+    } catch (const DocumentError& error) {
+        // The caller does not have the document, so that a place in it says nothing.
+        throw DocumentError(error.Problem(),
+                            error.Line() == 0 ? error.Remedy() : "correct that in the reference");
+    }
+}
+
+}  // namespace
+
+UncountedData UncountedAt(const Reference& reference, unsigned int slot) {
+    return slot < reference.uncounted.size() ? reference.uncounted[slot] : UncountedData();
+}
+
+std::string WriteReference(const Reference& reference) {
+    std::string document = DocumentOf(reference);
+    RequireReadable(document);
+    return document;
 }
 
 }  // namespace MADocuments

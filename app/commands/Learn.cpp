@@ -34,10 +34,7 @@ constexpr const char* kOtherEncoding =
     "-t UTF-8 FILE'";
 
 // What of the reference the library could not write.
-std::string Unwritable(const Reference& reference) {
-    const MAVariableProblem problem =
-        MAFindExportProblem(reference.stats, reference.missing.Texts());
-    if (problem.slot < 0) return fmt::format("a missing token, {}", kNotText);
+std::string Unwritable(const Reference& reference, const MAVariableProblem& problem) {
     const MCVarList& list = reference.stats.GetVarList();
     const int position = reference.stats.GetVarListIndex(static_cast<unsigned int>(problem.slot));
     const std::string column =
@@ -176,21 +173,20 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
 }
 
 std::string DocumentOf(const Learned& learned) {
-    std::string document;
+    const Reference& reference = learned.reference;
     try {
-        document = MADocuments::WriteReference(learned.reference);
-    } catch (const MADocuments::DocumentError&) {
-        throw InputError(learned.name + ": a PMML document cannot hold " +
-                         Unwritable(learned.reference));
+        return MADocuments::WriteReference(reference);
+    } catch (const MADocuments::DocumentError& error) {
+        const MAVariableProblem problem = MAFindExportProblem(
+            reference.stats,
+            reference.namesMissing ? reference.missing.Texts() : std::vector<std::string>());
+        if (problem.slot >= 0) {
+            throw InputError(learned.name + ": a PMML document cannot hold " +
+                             Unwritable(reference, problem));
+        }
+        throw InputError(fmt::format("{}: {}; --ignore leaves columns out", learned.name,
+                                     Printable(error.what())));
     }
-    if (document.size() > MADocuments::kMaxDocumentSize) {
-        throw InputError(fmt::format(
-            "{}: the reference would be longer than {} MiB; --ignore leaves columns out",
-            learned.name, MADocuments::kMaxDocumentSize / 1'048'576));
-    }
-    // What cannot be read again must not be kept.
-    MADocuments::ReadReference(document);
-    return document;
 }
 
 }  // namespace app

@@ -130,6 +130,20 @@ TEST(WriteReference, RefusesWhatADocumentCannotHold) {
     EXPECT_THROW(WriteReference(Reference()), MADocuments::DocumentError);
 }
 
+TEST(WriteReference, NamesTokensThatAreNoCategories) {
+    std::ostringstream out;
+    EXPECT_TRUE(fakes::Loaded("c:NULL,b", "c; 3; 1 2").ExportAsXML(nullptr, out).IsOK());
+    Reference reference = ReadReference(out.str());
+    EXPECT_EQ(WriteReference(reference), out.str());
+    EXPECT_FALSE(reference.missing.Contains("NULL"));
+    reference.namesMissing = true;
+    EXPECT_THAT(WriteReference(reference), HasSubstr(R"(value="nan" property="missing")"));
+    EXPECT_EQ(MADocuments::FindMissingCategory(reference.stats, reference.missing), -1);
+    reference.missing = MADocuments::MissingTokens::Only({"b"});
+    EXPECT_EQ(MADocuments::FindMissingCategory(reference.stats, reference.missing), 0);
+    EXPECT_THROW(WriteReference(reference), MADocuments::DocumentError);
+}
+
 TABLE_TEST(BeginsLikeDocument, KnowsTheFirstBytes, 2) {
     EXPECT_EQ(MADocuments::BeginsLikeDocument(row.Text(0)), row.Is(1, "document", "data"));
 }
