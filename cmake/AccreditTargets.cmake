@@ -49,7 +49,7 @@ function(accredit_folder target)
     endif()
 endfunction()
 
-# accredit_library_folder(TARGET SOURCES ... LINKS ...): the same for a folder of the library. Results
+# accredit_library_folder(TARGET SOURCES ... LINKS ...): the same for a folder of a library. Results
 # are specified to the last bit, so no product and sum may be fused into one rounding and no option
 # that loosens floating-point arithmetic may reach these sources. Nobody replaces single functions of
 # the library when it is loaded, so they may be inlined into each other in the shared one as well.
@@ -59,28 +59,53 @@ function(accredit_library_folder target)
         -fno-semantic-interposition)
 endfunction()
 
-# accredit_whole_library(TARGET STATIC|SHARED): the objects of the library's folders in one library.
-function(accredit_whole_library target type)
-    set(folders host distfun diststats accreditation)
-    list(TRANSFORM folders REPLACE "(.+)" "$<TARGET_OBJECTS:accredit_\\1>" OUTPUT_VARIABLE objects)
-    add_library(${target} ${type} ${objects})
-    foreach(folder IN LISTS folders)
+# accredit_whole_library(PREFIX NAME ... FOLDERS ... BASE ... PRIVATE_LINKS ...): the library that
+# applications link as accredit::NAME, of the objects of its folders: the target PREFIX_static or
+# PREFIX_shared. A project that adds this one gets the one that BUILD_SHARED_LIBS asks for, an
+# installation has both. BASE is the prefix of another such library on which this one stands.
+function(accredit_whole_library prefix)
+    cmake_parse_arguments(ARG "" "NAME;BASE" "FOLDERS;PRIVATE_LINKS" ${ARGN})
+    if(BUILD_SHARED_LIBS)
+        set(asked shared)
+    else()
+        set(asked static)
+    endif()
+    set(kinds ${asked})
+    if(ACCREDIT_INSTALL)
+        set(kinds static shared)
+    endif()
+    list(TRANSFORM ARG_FOLDERS REPLACE "(.+)" "$<TARGET_OBJECTS:accredit_\\1>"
+         OUTPUT_VARIABLE objects)
+    string(REPLACE "_" "-" file "${prefix}")
+    foreach(kind IN LISTS kinds)
+        set(target ${prefix}_${kind})
+        string(TOUPPER ${kind} type)
+        add_library(${target} ${type} ${objects})
+        foreach(folder IN LISTS ARG_FOLDERS)
+            target_include_directories(${target} PUBLIC
+                $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include/${folder}>)
+        endforeach()
         target_include_directories(${target} PUBLIC
-            $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include/${folder}>)
+            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+        target_compile_features(${target} PUBLIC cxx_std_17)
+        if(ARG_BASE)
+            target_link_libraries(${target} PUBLIC ${ARG_BASE}_${kind})
+        endif()
+        target_link_libraries(${target} PRIVATE ${ARG_PRIVATE_LINKS})
+        set_target_properties(${target} PROPERTIES
+            EXPORT_NAME ${ARG_NAME}_${kind}
+            OUTPUT_NAME ${file}
+            VERSION ${PROJECT_VERSION}
+            SOVERSION ${PROJECT_VERSION_MAJOR})
     endforeach()
-    target_include_directories(${target} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-    target_compile_features(${target} PUBLIC cxx_std_17)
-    set_target_properties(${target} PROPERTIES
-        OUTPUT_NAME accredit
-        VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR})
-    if(type STREQUAL SHARED)
-        set(map "${PROJECT_SOURCE_DIR}/cmake/accredit.map")
-        target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
+    if(TARGET ${prefix}_shared)
+        set(map "${PROJECT_SOURCE_DIR}/cmake/${file}.map")
+        target_link_options(${prefix}_shared PRIVATE "LINKER:--version-script=${map}")
         # Clang leaves the sanitizers' functions to the program that loads the library.
         if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
-            target_link_options(${target} PRIVATE "LINKER:--no-undefined")
+            target_link_options(${prefix}_shared PRIVATE "LINKER:--no-undefined")
         endif()
-        set_target_properties(${target} PROPERTIES LINK_DEPENDS "${map}" LINKER_LANGUAGE CXX)
+        set_target_properties(${prefix}_shared PROPERTIES LINK_DEPENDS "${map}" LINKER_LANGUAGE CXX)
     endif()
+    add_library(accredit::${ARG_NAME} ALIAS ${prefix}_${asked})
 endfunction()

@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "accredit/host/AccreditExport.h"
+
 /// @file
 /// Why a document cannot be read or written.
 
@@ -15,7 +17,7 @@ inline constexpr const char* kRestoreDocument =
 
 /// A document is not one of a reference, or cannot hold one. All texts are one line of UTF-8; names
 /// and values of the document stand in them as they are, but for their length.
-class DocumentError : public std::runtime_error {
+class ACCREDIT_EXPORT DocumentError : public std::runtime_error {
 public:
     /// Something at this place of a document, both counted from 1; a column is a code point.
     DocumentError(std::size_t line, std::size_t column, const std::string& problem,

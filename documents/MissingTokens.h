@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "accredit/host/AccreditExport.h"
+
 namespace MADocuments {
 
 /// The texts that stand for a missing datum: the empty text, and usually some spellings that
@@ -16,14 +18,14 @@ class MissingTokens {
 public:
     /// The empty text, the usual spellings, and `named`. The usual ones are `NA`, `NaN`, `nan`,
     /// `NULL`, `null`, `N/A`, `n/a`, `#N/A` and `<NA>`.
-    explicit MissingTokens(const std::vector<std::string>& named = {});
+    ACCREDIT_EXPORT explicit MissingTokens(const std::vector<std::string>& named = {});
 
     /// The empty text and `named`.
-    static MissingTokens Only(const std::vector<std::string>& named);
+    ACCREDIT_EXPORT static MissingTokens Only(const std::vector<std::string>& named);
 
     /// All tokens, each once: the empty text, the usual ones, and those that the user named, in
     /// that order.
-    std::vector<std::string> Texts() const;
+    ACCREDIT_EXPORT std::vector<std::string> Texts() const;
 
     /// Whether `text`, which has no blanks around it, is one of the tokens.
     bool Contains(std::string_view text) const {

@@ -10,6 +10,7 @@
 #include "accredit/diststats/MADistStats.h"
 #include "accredit/documents/DocumentError.h"
 #include "accredit/documents/MissingTokens.h"
+#include "accredit/host/AccreditExport.h"
 #include "accredit/host/MCApplicInfo4XML.h"
 
 /// @file
@@ -34,7 +35,7 @@ struct UncountedData {
     int otherCategories = -1;
 };
 
-bool operator==(const UncountedData& left, const UncountedData& right);
+ACCREDIT_EXPORT bool operator==(const UncountedData& left, const UncountedData& right);
 
 /// What new data is compared with: a summary, and all that was settled when it was learned. New
 /// data that was summarised with the bins of a reference is one, too.
@@ -57,11 +58,11 @@ struct Reference {
 };
 
 /// What is known of a slot besides its cases; nothing where `uncounted` does not reach.
-UncountedData UncountedAt(const Reference& reference, unsigned int slot);
+ACCREDIT_EXPORT UncountedData UncountedAt(const Reference& reference, unsigned int slot);
 
 /// The slot of the first variable that has one of the tokens, blanks around it aside, as a category
 /// of text, -1 if there is none. A document cannot name tokens that are categories.
-int FindMissingCategory(const MADistStats& stats, const MissingTokens& missing);
+ACCREDIT_EXPORT int FindMissingCategory(const MADistStats& stats, const MissingTokens& missing);
 
 /// A document may not be longer than this many bytes.
 inline constexpr std::size_t kMaxDocumentSize = 256 * std::size_t{1'048'576};
@@ -70,7 +71,7 @@ inline constexpr std::size_t kMaxDocumentSize = 256 * std::size_t{1'048'576};
 /// byte-order mark and white space comes a declaration, a comment, a document type or the element
 /// PMML, or the file ends within the first letters of one of these; or it begins with the
 /// byte-order mark of UTF-16 and a tag.
-bool BeginsLikeDocument(std::string_view beginning);
+ACCREDIT_EXPORT bool BeginsLikeDocument(std::string_view beginning);
 
 /// The reference that a document holds. Its list has the fields in their order, as input variables
 /// but for those named in `ignored`.
@@ -92,12 +93,13 @@ bool BeginsLikeDocument(std::string_view beginning);
 /// to the number of cases outside the library's extension for those; summaries that contradict
 /// themselves; tokens that are categories; totals that differ among the fields with missingFreq;
 /// all fields ignored. Time and memory are bounded by the length. Throws std::bad_alloc.
-Reference ReadReference(std::string_view document, const std::vector<std::string>& ignored = {});
+ACCREDIT_EXPORT Reference ReadReference(std::string_view document,
+                                        const std::vector<std::string>& ignored = {});
 
 /// The document that ReadReference reads; reading and writing it again gives the same text. Throws
 /// DocumentError, without a place, for what a document cannot hold (MAFindExportProblem names the
 /// variable) and for what ReadReference would refuse, such as tokens that are categories, and
 /// std::bad_alloc.
-std::string WriteReference(const Reference& reference);
+ACCREDIT_EXPORT std::string WriteReference(const Reference& reference);
 
 }  // namespace MADocuments
