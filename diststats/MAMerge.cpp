@@ -263,30 +263,34 @@ MCVarList ListOf(const MADistStats& first, const std::vector<Part>& parts) {
     return merged;
 }
 
-MAMerged Refused(MAMergeProblem problem, int slot) { return {{}, {}, problem, slot}; }
+MAMerged Refused(MAMergeProblem problem, int slot, int secondSlot) {
+    return {{}, {}, problem, slot, secondSlot};
+}
 
 }  // namespace
 
 MAMerged MAMergeDistStats(const MADistStats& first, const MADistStats& second) {
-    if (first.GetVarCount() == 0) return {second, {}, MAMergeProblem::None, -1};
-    if (second.GetVarCount() == 0) return {first, {}, MAMergeProblem::None, -1};
+    if (first.GetVarCount() == 0) return {second, {}, MAMergeProblem::None};
+    if (second.GetVarCount() == 0) return {first, {}, MAMergeProblem::None};
     std::vector<int> partners = Partners(first, second);
     std::set<int> found;
     for (unsigned int slot = 0; slot < first.GetVarCount(); ++slot) {
         if (partners[slot] < 0 || !found.insert(partners[slot]).second) {
-            return Refused(MAMergeProblem::OtherVariables, static_cast<int>(slot));
+            return Refused(MAMergeProblem::OtherVariables, static_cast<int>(slot), -1);
         }
     }
     for (unsigned int slot = 0; slot < second.GetVarCount(); ++slot) {
         if (found.count(static_cast<int>(slot)) == 0) {
-            return Refused(MAMergeProblem::OtherVariables, static_cast<int>(slot));
+            return Refused(MAMergeProblem::OtherVariables, -1, static_cast<int>(slot));
         }
     }
     std::vector<Part> parts(first.GetVarCount());
     for (unsigned int slot = 0; slot < first.GetVarCount(); ++slot) {
         const MAMergeProblem problem = MergeVariable(
             first, slot, second, static_cast<unsigned int>(partners[slot]), parts[slot]);
-        if (problem != MAMergeProblem::None) return Refused(problem, static_cast<int>(slot));
+        if (problem != MAMergeProblem::None) {
+            return Refused(problem, static_cast<int>(slot), partners[slot]);
+        }
     }
     auto merged = std::make_unique<MADistStatsImp>(ListOf(first, parts), nullptr);
     for (unsigned int slot = 0; slot < first.GetVarCount(); ++slot) {
@@ -294,5 +298,5 @@ MAMerged MAMergeDistStats(const MADistStats& first, const MADistStats& second) {
         SummaryMembers::Frequencies(*merged)[slot] = std::move(parts[slot].frequencies);
         SummaryMembers::Summaries(*merged)[slot] = parts[slot].summary;
     }
-    return {MADistStats(merged.release()), std::move(partners), MAMergeProblem::None, -1};
+    return {MADistStats(merged.release()), std::move(partners), MAMergeProblem::None};
 }

@@ -25,8 +25,8 @@ struct ACCREDIT_EXPORT MAMerged {
     /// of the two was skipped.
     std::vector<int> secondSlots;
     MAMergeProblem problem = MAMergeProblem::None;
-    int slot = -1;  ///< Of the variable with the problem: in the first, or in the second if the
-                    ///< first lacks it; -1 if there is none.
+    int slot = -1;        ///< Of the variable with the problem in the first, -1 if it lacks it.
+    int secondSlot = -1;  ///< The same of the second.
 };
 
 /// The summary of the cases of both. They have the same input variables, found by name (by their

@@ -12,21 +12,16 @@ namespace MADocuments {
 
 namespace {
 
-std::string NameAt(const MADistStats& stats, int slot) {
-    const int position = stats.GetVarListIndex(static_cast<unsigned int>(slot));
-    return stats.GetVarList().GetVarAt(position)->GetName();
-}
-
 constexpr const char* kSameBins = "summarise all parts with the bins of the same reference";
 
 [[noreturn]] void Refuse(const MAMerged& merged, const Reference& first, const Reference& second) {
-    const auto slot = static_cast<unsigned int>(merged.slot);
-    const bool isOfFirst = slot < first.stats.GetVarCount();
-    const std::string name = NameAt(isOfFirst ? first.stats : second.stats, merged.slot);
+    const std::string name =
+        merged.slot >= 0 ? VariableName(first.stats, static_cast<unsigned int>(merged.slot))
+                         : VariableName(second.stats, static_cast<unsigned int>(merged.secondSlot));
     const std::string variable = "the variable \"" + name + "\"";
     switch (merged.problem) {
         case MAMergeProblem::OtherVariables:
-            throw DocumentError("not both have " + variable, kSameBins);
+            throw DocumentError("only one of the two has " + variable, kSameBins);
         case MAMergeProblem::OtherKind:
             throw DocumentError(variable + " is of another kind in one of the two", kSameBins);
         case MAMergeProblem::OtherCutPoints:

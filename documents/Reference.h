@@ -57,6 +57,9 @@ struct Reference {
     MCApplicInfo4XML application;
 };
 
+/// The name of the variable that has this slot, which must be there.
+ACCREDIT_EXPORT std::string VariableName(const MADistStats& stats, unsigned int slot);
+
 /// What is known of a slot besides its cases; nothing where `uncounted` does not reach.
 ACCREDIT_EXPORT UncountedData UncountedAt(const Reference& reference, unsigned int slot);
 

@@ -114,9 +114,7 @@ ElementPtr NewDataExtension(MCPMMLExporter& exporter, const Reference& reference
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
         const UncountedData uncounted = UncountedAt(reference, slot);
         if (uncounted.firstUnreadableLine == 0 && uncounted.otherCategories < 0) continue;
-        const int position = reference.stats.GetVarListIndex(slot);
-        ElementPtr field = Extension(exporter, "field",
-                                     reference.stats.GetVarList().GetVarAt(position)->GetName());
+        ElementPtr field = Extension(exporter, "field", VariableName(reference.stats, slot));
         if (uncounted.firstUnreadableLine > 0) {
             field->AddElement(Extension(exporter, "firstUnreadableLine",
                                         std::to_string(uncounted.firstUnreadableLine))
@@ -197,6 +195,10 @@ void RequireReadable(const std::string& document) {
 }
 
 }  // namespace
+
+std::string VariableName(const MADistStats& stats, unsigned int slot) {
+    return stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
+}
 
 UncountedData UncountedAt(const Reference& reference, unsigned int slot) {
     return slot < reference.uncounted.size() ? reference.uncounted[slot] : UncountedData();

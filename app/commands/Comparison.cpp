@@ -81,7 +81,7 @@ std::string Reason(const std::string& whyNoPValue, const MAVariableComparison& c
 CheckedVariable Describe(const Reference& reference, unsigned int slot) {
     CheckedVariable variable;
     const MADistStats& stats = reference.stats;
-    variable.name = stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
+    variable.name = MADocuments::VariableName(stats, slot);
     variable.categorical = stats.IsCategorical(slot);
     variable.referenceCases = stats.GetNumberOfCases(slot);
     variable.referenceUncounted = UncountedAt(reference, slot);

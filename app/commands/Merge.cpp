@@ -32,7 +32,7 @@ void RequireDifferentFiles(const std::vector<std::string>& paths) {
         struct stat found {};
         if (stat(path.c_str(), &found) != 0 || !S_ISREG(found.st_mode)) continue;
         if (!seen.emplace(found.st_dev, found.st_ino).second) {
-            throw UsageError(fmt::format("{}: this file is given twice", Printable(path)));
+            throw InputError(fmt::format("{}: this file is given twice", Printable(path)));
         }
     }
 }

@@ -23,6 +23,7 @@
 
 using MADocuments::Reference;
 using MADocuments::UncountedData;
+using MADocuments::VariableName;
 using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::kMCSummaryStatistics;
 using MCMTD_NAMESPACE::MCSummaryStatistic;
@@ -66,10 +67,6 @@ void WriteCategories(JsonWriter& json, const Reference& reference, unsigned int 
         json.EndObject();
     }
     json.EndArray();
-}
-
-std::string VariableName(const MADistStats& stats, unsigned int slot) {
-    return stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
 }
 
 void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int slot) {
