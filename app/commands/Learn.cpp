@@ -81,16 +81,6 @@ Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCance
     return ReferenceIn(*document, options.data.columns.ignored);
 }
 
-// Files with the same content have the same fingerprint.
-std::vector<std::string> Sources(const CsvReader& reader) {
-    std::vector<std::string> sources;
-    std::set<std::string> seen;
-    for (const std::string& fingerprint : reader.Fingerprints()) {
-        if (seen.insert(fingerprint).second) sources.push_back(fingerprint);
-    }
-    return sources;
-}
-
 void SummariseWithBins(const LearnOptions& options, const Reference& reference, CsvReader& reader,
                        MCQueryCancel& cancel, Learned& learned) {
     const std::vector<std::string> names = NamesOf(reference.stats.GetVarList());
@@ -98,7 +88,6 @@ void SummariseWithBins(const LearnOptions& options, const Reference& reference, 
     if (options.dataPaths.size() == 1) RequireIgnored(options, reader, names);
     NewSummary made = SummariseLike(reference, reader, cancel);
     RequireIgnored(options, reader, names);
-    made.summary.sources = Sources(reader);
     if (made.summary.stats.GetVarCount() == 0) {
         throw InputError(reader.Name() + ": the file has no column of the reference");
     }
@@ -149,6 +138,7 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
         reader.RequireSameColumns(CsvReader({paths[i]}, Reading::Once, options.data.format,
                                             isOptional, progress, cancel));
     }
+    reader.TakeFingerprints();
     Learned learned;
     learned.name = reader.Name();
     learned.fileCount = paths.size();
@@ -161,13 +151,18 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
             LearnReference(reader, options.data.columns, options.data.Missing(), cancel);
         RequireIgnored(options, reader, {});
         learned.reference = std::move(reference.reference);
-        learned.reference.sources = Sources(reader);
         learned.data = std::move(reference.data);
     } else {
         SummariseWithBins(options, *bins, reader, cancel, learned);
     }
-    const std::size_t different = learned.reference.sources.size();
-    learned.repeatedFiles = reader.Fingerprints().size() - different;
+    std::set<std::string> seen{""};  // of files without rows, which add nothing
+    for (const std::string& fingerprint : reader.Fingerprints()) {
+        if (seen.insert(fingerprint).second) {
+            learned.reference.sources.push_back(fingerprint);
+        } else if (!fingerprint.empty()) {
+            ++learned.repeatedFiles;
+        }
+    }
     learned.reference.application = ThisProgram();
     return learned;
 }

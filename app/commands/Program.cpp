@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <new>
 #include <optional>
-#include <set>
 #include <string>
 #include <system_error>
 #include <variant>
@@ -196,8 +195,8 @@ int Run(const Command& command, std::ostream& out, std::ostream& err, const Scre
 // The command that was asked for, with a blank before it, if it is one.
 std::string CommandName(int argc, const char* const* argv) {
     const std::string name = argc > 1 ? argv[1] : "";
-    const std::set<std::string> commands = {"check", "learn", "merge", "show"};
-    return commands.count(name) != 0 ? " " + name : "";
+    const bool isCommand = name == "check" || name == "learn" || name == "merge" || name == "show";
+    return isCommand ? " " + name : "";
 }
 
 }  // namespace

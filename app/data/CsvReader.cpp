@@ -73,7 +73,6 @@ CsvReader::CsvReader(std::unique_ptr<InputFile> file, Reading reading, const Csv
     : mPaths(1), mReading(reading), mFormat(format) {
     if (reading == Reading::Repeated) file->KeepForRewind();
     mFiles.push_back(std::move(file));
-    mFingerprint.emplace();
     BeginFile();
 }
 
@@ -113,7 +112,6 @@ void CsvReader::BeginFile() {
 void CsvReader::OpenFile() {
     mFiles.push_back(std::make_unique<InputFile>(mPaths[mFile], *mProgress, *mCancel));
     if (mReading == Reading::Repeated) mFiles.back()->KeepForRewind();
-    mFingerprint.emplace();
 }
 
 void CsvReader::BeginBuffer() {
@@ -249,19 +247,26 @@ bool CsvReader::Next() {
     };
     while (!ReadRow(blankLines())) {
         if (!mHasRows && mFileWithoutRows.empty()) mFileWithoutRows = FileName();
-        if (mHasRows && mFingerprint) mFingerprints.push_back(mFingerprint->Text());
+        if (mFingerprint) mFingerprints.push_back(mHasRows ? mFingerprint->Text() : std::string());
         mFingerprint.reset();
         if (mFile + 1 == mPaths.size()) return false;
         ++mFile;
         BeginFile();
+        if (mFingerprints.size() == mFile) BeginFingerprint();
     }
     mHasRows = true;
     if (mFields.size() < mMaxFields) {
         FailAt(mFields.size() - 1,
                fmt::format("the row ends here, the heading has {} columns", mMaxFields));
     }
+    if (mFingerprint) mFingerprint->AddRow(mFields);
     if (!mPlaces.empty()) PutInOrder();
     return true;
+}
+
+void CsvReader::BeginFingerprint() {
+    mFingerprint.emplace();
+    for (const std::string& heading : mFileHeadings[mFile]) mFingerprint->AddRow({heading});
 }
 
 void CsvReader::Rewind() {
@@ -404,7 +409,6 @@ void CsvReader::Refill() {
     if (kept > mBuffer.size() / 2) mBuffer.resize(2 * mBuffer.size());
     const std::size_t room = mBuffer.size() - 1 - kept;
     const std::size_t got = mFiles[mFile]->Read(mBuffer.data() + kept, room);
-    if (mFingerprint) mFingerprint->Add(mBuffer.data() + kept, got);
     mAtEnd = got < room;
     mNext = mBuffer.data();
     mEnd = mNext + kept + got;

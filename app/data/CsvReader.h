@@ -94,8 +94,12 @@ public:
         return mPlaces.empty() ? mFields : mOrdered;
     }
 
-    /// Of each file with rows that has been read to its end the fingerprint of its content, in
-    /// their order.
+    /// Takes the fingerprint of every file while it is read for the first time. To be called before
+    /// the first row.
+    void TakeFingerprints() { BeginFingerprint(); }
+
+    /// Those of the files that have been read to their end, in their order; empty for a file
+    /// without rows.
     const std::vector<std::string>& Fingerprints() const { return mFingerprints; }
 
     /// The name of the first file that turned out to have no rows, fit to be shown; empty if none
@@ -123,6 +127,7 @@ private:
 
     void BeginFile();
     void OpenFile();
+    void BeginFingerprint();
     void BeginBuffer();
     void ReadHeading();
     bool PassOverSeparatorLine();
@@ -166,7 +171,7 @@ private:
     bool mReadsHeading = true;
     bool mHasRows = false;                    // the file that is read
     std::string mFileWithoutRows;             // the first one
-    std::optional<Fingerprint> mFingerprint;  // of a file that is read for the first time
+    std::optional<Fingerprint> mFingerprint;  // of the file that is read, if it is taken
     std::vector<std::string> mFingerprints;
     char mDelimiter = ',';
     // The bytes at which an unquoted field ends, or must not go on.
