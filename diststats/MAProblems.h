@@ -17,7 +17,7 @@ enum class MAProblemKind : int {
     RepeatedName = 2,       ///< An earlier slot has the same name.
     TooManyCategories = 3,  ///< With it there are more than MCPMMLExporter::kMaxCategories.
     Category = 4,           ///< A category is such a text, or a number that is not finite.
-    RepeatedCategory = 5,   ///< A category has the text of an earlier one or of a missing value.
+    RepeatedCategory = 5,   ///< A category is an earlier one, or has the text of a missing value.
     SummaryStats = 6,       ///< Minimum, maximum, mean or standard deviation is not finite.
     CutPoints = 7,          ///< The cut points are not finite or do not ascend strictly.
     Frequencies = 8,        ///< A frequency is not finite.

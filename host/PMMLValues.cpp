@@ -47,6 +47,14 @@ int FirstRepeated(const std::vector<std::string>& texts,
     return first;
 }
 
+// 0 and -0 are two texts and one number. The code of the second of them, or -1.
+int SecondZero(const std::vector<std::string>& texts) {
+    const auto zero = std::find(texts.begin(), texts.end(), "0");
+    const auto negative = std::find(texts.begin(), texts.end(), "-0");
+    if (zero == texts.end() || negative == texts.end()) return -1;
+    return static_cast<int>(std::max(zero, negative) - texts.begin());
+}
+
 }  // namespace
 
 FieldValues ReadFieldValues(const IMCEncoder& encoder,
@@ -62,6 +70,10 @@ FieldValues ReadFieldValues(const IMCEncoder& encoder,
         values.texts.push_back(std::move(*text));
     }
     values.repeated = FirstRepeated(values.texts, missingValues);
+    if (encoder.GetValueType() == IMCEncoder::ValueTypeNumber) {
+        const int zero = SecondZero(values.texts);
+        if (zero >= 0 && (values.repeated < 0 || zero < values.repeated)) values.repeated = zero;
+    }
     return values;
 }
 

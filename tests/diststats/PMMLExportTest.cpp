@@ -145,4 +145,20 @@ TEST(MAPredictorDist, CanBeStoppedInEitherPassAndInTheExport) {
     }
 }
 
+// Has 1, 0 and -0.
+class TwoZeros : public MCMTD_NAMESPACE::MCNumberEncoder {
+public:
+    int GetNumCategories() const override { return 3; }
+    double DecodeNumber(int code) const override { return code == 2 ? -0.0 : 1.0 - code; }
+};
+
+TEST(PMMLExport, TakesTwoZerosForOneCategory) {
+    MCMTD_NAMESPACE::MCVarList list;
+    list.Add(MCMTD_NAMESPACE::MCVariable::Categorical("z", 3), TwoZeros());
+    const MADistStats stats(new MADistStatsImp(list, nullptr));
+    EXPECT_EQ(CodeOfExport(stats), MAStatusExportFailed);
+    EXPECT_EQ(MAFindExportProblem(stats).kind, MAProblemKind::RepeatedCategory);
+    EXPECT_EQ(MAFindExportProblem(stats).category, 2);
+}
+
 }  // namespace
