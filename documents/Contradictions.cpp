@@ -1,11 +1,14 @@
-#include "accredit/documents/internal/Contradictions.h"
+#include "accredit/documents/Contradictions.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <vector>
 
+#include "accredit/diststats/MAUniStats.h"
 #include "accredit/host/MCMV.h"
+#include "accredit/host/MCUniStats.h"
 
 using MCMTD_NAMESPACE::MCUniStats;
 
@@ -80,14 +83,16 @@ std::string OfMoments(const std::vector<Cell>& cells, double cases,
 }
 
 // The bins that hold values, each no wider than the range of the values; false if one lies outside.
-bool CellsOf(const Bins& bins, const MCUniStats::SummStats& summary, std::vector<Cell>& cells) {
+bool CellsOf(const MCUniStats& variable, std::vector<Cell>& cells) {
+    const MCUniStats::SummStats& summary = variable.GetSummStats();
+    const std::vector<double>& margins = variable.GetCutPoints();
+    const std::vector<double>& frequencies = variable.GetFrequencies();
     const double range = summary.max - summary.min;
-    const std::size_t last = bins.frequencies.size() - 1;
-    for (std::size_t bin = 0; bin <= last; ++bin) {
-        const double left = bin == 0 ? std::numeric_limits<double>::lowest() : bins.margins[bin];
+    for (std::size_t bin = 0; bin < frequencies.size(); ++bin) {
+        const double left = margins[bin];  // The missing value, an open end, is the lowest double.
         const double right =
-            bin == last ? std::numeric_limits<double>::max() : bins.margins[bin + 1];
-        const double frequency = bins.frequencies[bin];
+            bin + 1 == frequencies.size() ? std::numeric_limits<double>::max() : margins[bin + 1];
+        const double frequency = frequencies[bin];
         const bool possible = left < summary.max && right >= summary.min;
         const bool hasEnd = (left < summary.min && right >= summary.min) ||
                             (left < summary.max && right >= summary.max);
@@ -100,22 +105,23 @@ bool CellsOf(const Bins& bins, const MCUniStats::SummStats& summary, std::vector
     return true;
 }
 
+bool AreFinite(const std::vector<double>& numbers) {
+    return std::all_of(numbers.begin(), numbers.end(),
+                       [](double number) { return std::isfinite(number); });
+}
+
 }  // namespace
 
-std::string Contradiction(double cases, const MCUniStats::SummStats& summary, const Bins& bins) {
+std::string FindContradiction(const MADistStats& stats, unsigned int slot) {
+    const MCUniStats variable = MAUniStatsOf(stats, slot);
+    const MCUniStats::SummStats& summary = variable.GetSummStats();
     const auto& [min, max, mean, stdDev] = summary;
-    const bool hasRange = !MCMV::IsMissing(min) && !MCMV::IsMissing(max);
-    if (cases == 0.0) {
-        // Of a variable that nothing was loaded into, mean and deviation are 0.
-        const bool none = MCMV::IsMissing(mean) && MCMV::IsMissing(stdDev);
-        const bool untouched = mean == 0.0 && stdDev == 0.0;
-        const bool noRange = MCMV::IsMissing(min) && MCMV::IsMissing(max);
-        return noRange && (none || untouched) ? "" : "a summary of no cases";
+    const double cases = variable.GetNumberOfCases();
+    if (variable.IsCategorical() || cases == 0.0 || !AreFinite({min, max, mean, stdDev}) ||
+        !AreFinite(variable.GetCutPoints()) || !AreFinite(variable.GetFrequencies())) {
+        return {};
     }
-    if (!hasRange || MCMV::IsMissing(mean)) {
-        return "minimum, maximum and mean are there if there are cases";
-    }
-    if (cases == 1.0 && !MCMV::IsMissing(stdDev)) return "a standard deviation of one case";
+    if (MCMV::IsMissing(min) || MCMV::IsMissing(max)) return "there is no minimum and maximum";
     if (stdDev == 0.0 && max - min > kEqual) {
         return "the standard deviation is 0, but the values differ";
     }
@@ -123,15 +129,15 @@ std::string Contradiction(double cases, const MCUniStats::SummStats& summary, co
         return "the standard deviation is not 0, but the values are equal";
     }
     const double slack = min == max ? 0.0 : kRounding * std::max(std::fabs(min), std::fabs(max));
-    if (min <= max && (mean < min - slack || mean > max + slack)) {
+    if (mean < min - slack || mean > max + slack) {
         return "the mean does not lie between minimum and maximum";
     }
 
     // Frequencies that do not sum to the cases are weights, which say nothing of single values.
     double sum = 0.0;
-    for (const double frequency : bins.frequencies) sum += frequency;
+    for (const double frequency : variable.GetFrequencies()) sum += frequency;
     std::vector<Cell> cells;
-    if (sum == cases && !CellsOf(bins, summary, cells)) {
+    if (sum == cases && !CellsOf(variable, cells)) {
         return "the bins do not fit minimum and maximum";
     }
     if (cells.empty()) cells.push_back({0.0, 1.0, cases});

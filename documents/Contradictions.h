@@ -1,22 +1,22 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "accredit/host/MCUniStats.h"
+#include "accredit/diststats/MADistStats.h"
+
+/// @file
+/// What a loaded summary says that no data has.
 
 namespace MADocuments {
 
-/// The bins of a continuous variable as a document holds them: see MCUniStats.
-struct Bins {
-    std::vector<double> margins;
-    std::vector<double> frequencies;
-};
-
-/// What in the summary of a continuous variable with so many cases cannot be together, or an empty
-/// text. What the number of cases asks for and what is greater than something else, the summary
-/// checks when it is loaded. `bins` may be empty.
-std::string Contradiction(double cases, const MCMTD_NAMESPACE::MCUniStats::SummStats& summary,
-                          const Bins& bins);
+/// What in the summary of a variable cannot be together if it was made of data in one pass, as the
+/// end of a sentence ("the mean does not lie between minimum and maximum"): the mean and the
+/// deviation fit minimum, maximum and bins, and minimum and maximum lie in bins that have cases.
+/// Rounding is allowed for; bins that do not sum to the cases are taken for weights, which say
+/// nothing of single values. Such a summary can be loaded, stored and compared all the same.
+///
+/// Empty if nothing is wrong, and for a categorical variable, a variable without cases, one with
+/// numbers that are not finite, and a slot that does not exist. Throws std::bad_alloc.
+std::string FindContradiction(const MADistStats& stats, unsigned int slot);
 
 }  // namespace MADocuments

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "accredit/documents/NumberText.h"
+#include "accredit/host/MCMV.h"
 
 namespace MADocuments {
 
@@ -54,7 +55,7 @@ double Element::Number(std::string_view attribute) const { return ToNumber(Text(
 std::uint64_t Element::Count(std::string_view attribute) const { return ToCount(Text(attribute)); }
 
 std::string_view Element::Content() const {
-    if (mNode->firstChild == XmlTree::kNone) return {};
+    if (mNode->firstChild == XmlTree::kNone) return mTree->Text(mNode->text);
     const XmlTree::Node& text = mTree->At(mNode->firstChild);
     if (text.name.size != 0 || text.nextSibling != XmlTree::kNone) {
         Refuse("nothing but text may stand in this element");
@@ -68,6 +69,10 @@ double Element::ToNumber(std::string_view text) const {
         Refuse("\"" + Shortened(text) + "\" is not a number that a double can hold");
     }
     return *number;
+}
+
+double Element::ToCategory(std::string_view text) const {
+    return text == "-1.7976931348623157e+308" ? MCMV::Missing() : ToNumber(text);
 }
 
 std::uint64_t Element::ToCount(std::string_view text) const {

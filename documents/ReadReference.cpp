@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <numeric>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -52,6 +54,8 @@ struct Field {
     std::shared_ptr<MCStringEncoder> texts;
     std::shared_ptr<MCNumberEncoder> numbers;
     std::vector<std::string> missing;
+    std::optional<Element> statistics;
+    StoredStatistics stored;
     UncountedData uncounted;
     double otherCases = 0.0;  // of categories without a name
 
@@ -140,7 +144,7 @@ void ReadValue(const Element& element, Field& field) {
     if (!encoder) element.Refuse("a continuous field has no values");
     const int code = encoder->GetNumCategories();
     const int given = field.texts ? field.texts->AddCategory(value)
-                                  : field.numbers->AddCategory(element.ToNumber(value));
+                                  : field.numbers->AddCategory(element.ToCategory(value));
     if (given != code) element.Refuse("the value \"" + Shortened(value) + "\" stands twice");
 }
 
@@ -256,7 +260,7 @@ void ReadNewData(const Element& newData, std::vector<Field>& fields) {
     Children children(newData);
     while (const Element element = children.Take("Extension")) {
         if (NameOf(element) != "field") element.Refuse("this extension is not understood");
-        const std::string name = element.Text("value");
+        const std::string name = element.OptionalText("value");
         field = std::find_if(field, fields.end(),
                              [&name](const Field& each) { return each.name == name; });
         if (field == fields.end()) element.Refuse("there is no such field behind the one before");
@@ -295,7 +299,8 @@ MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string
     for (const Field& field : fields) {
         std::shared_ptr<IMCEncoder> encoder = field.Encoder();
         if (field.otherCases > 0.0) encoder = std::make_shared<EncoderWithOthers>(encoder);
-        const int categories = encoder ? encoder->GetNumCategories() : 0;
+        const auto categories =
+            encoder ? static_cast<int>(field.stored.stats.GetFrequencies().size()) : 0;
         const auto role = left.count(field.name) != 0 ? IMCVariable::VariableRoleNone
                                                       : IMCVariable::VariableRoleInput;
         list.AddShared(
@@ -306,62 +311,73 @@ MCVarList ListOf(const std::vector<Field>& fields, const std::vector<std::string
     return list;
 }
 
-// The statistics with the cases of the category that has no name, which come last.
-MCUniStats WithOthers(const Element& element, const MCUniStats& named, double others) {
-    if (others == 0.0) return named;
-    std::vector<double> frequencies = named.GetFrequencies();
-    frequencies.push_back(others);
-    if (std::accumulate(frequencies.begin(), frequencies.end(), 0.0) != named.GetNumberOfCases()) {
+// Adds the cases of the category that has no name, which come last.
+void TakeOthers(const Element& element, Field& field) {
+    MCUniStats& stats = field.stored.stats;
+    std::vector<double> frequencies = stats.GetFrequencies();
+    field.uncounted.otherCategories = field.Encoder()->GetNumCategories();
+    if (frequencies.size() != static_cast<std::size_t>(field.uncounted.otherCategories)) {
+        element.Refuse("other categories beside frequencies that have no value");
+    }
+    frequencies.push_back(field.otherCases);
+    if (std::accumulate(frequencies.begin(), frequencies.end(), 0.0) != stats.GetNumberOfCases()) {
         element.Refuse("the frequencies and the other categories do not sum to the cases");
     }
-    return {named.GetVarName(), named.GetNumberOfCases(), frequencies};
+    stats = MCUniStats(stats.GetVarName(), stats.GetNumberOfCases(), frequencies);
 }
 
-void TakeCounts(const Element& element, const StoredStatistics& stored, Field& field) {
+void TakeCounts(const Element& element, Field& field) {
+    const StoredStatistics& stored = field.stored;
     UncountedData& uncounted = field.uncounted;
     uncounted.missing = stored.missing;
     if (stored.missing && !field.texts) uncounted.unreadable = stored.invalid;
     if (uncounted.firstUnreadableLine > 0 && stored.invalid == 0) {
         element.Refuse("a first unreadable datum, but none is counted");
     }
-    if (field.otherCases > 0.0) {
-        uncounted.otherCategories = field.Encoder()->GetNumCategories();
-    }
+    if (field.otherCases > 0.0) TakeOthers(element, field);
 }
 
 // The statistics of every field, each once, in any order.
-void ReadModelStats(const Element& modelStats, std::vector<Field>& fields, MADistStatsImp& stats) {
+void ReadModelStats(const Element& modelStats, std::vector<Field>& fields) {
     modelStats.AllowAttributes({});
-    std::vector<bool> seen(fields.size(), false);
+    std::map<std::string_view, Field*> byName;
+    for (Field& field : fields) byName.emplace(field.name, &field);
     std::optional<std::uint64_t> total;
     Children children(modelStats);
     while (const Element element = children.Take("UnivariateStats")) {
         element.AllowAttributes({"field"});
         const std::string name = element.Text("field");
-        const int position = stats.GetVarList().FindVariable(name);
-        if (position < 0) element.Refuse("there is no field \"" + Shortened(name) + "\"");
-        const auto index = static_cast<std::size_t>(position);
-        if (seen[index]) {
+        const auto found = byName.find(name);
+        if (found == byName.end()) element.Refuse("there is no field \"" + Shortened(name) + "\"");
+        Field& field = *found->second;
+        if (field.statistics) {
             element.Refuse("two statistics of the field \"" + Shortened(name) + "\"");
         }
-        seen[index] = true;
-        Field& field = fields[index];
-        const StoredStatistics stored = ReadStatistics(element, name, field.Encoder().get());
+        field.statistics = element;
+        field.stored = ReadStatistics(element, name, field.Encoder().get());
+        const StoredStatistics& stored = field.stored;
         if (stored.missing && total.value_or(stored.total) != stored.total) {
             element.Refuse("totalFreq differs from that of the fields before");
         }
         if (stored.missing) total = stored.total;
-        TakeCounts(element, stored, field);
-        const bool ignored =
-            stats.GetVarList().GetVariableRole(position) != IMCVariable::VariableRoleInput;
-        if (!ignored && !stats.SetAllStats(WithOthers(element, stored.stats, field.otherCases))) {
-            element.Refuse("the number of cases and the summary contradict each other");
-        }
+        TakeCounts(element, field);
     }
     children.End();
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        if (!seen[i]) fields[i].element.Refuse("there are no statistics of this field");
+    for (const Field& field : fields) {
+        if (!field.statistics) field.element.Refuse("there are no statistics of this field");
     }
+}
+
+// False if the summary does not take it.
+bool Load(const MCUniStats& stored, unsigned int slot, MADistStatsImp& stats) {
+    if (stored.IsCategorical() || !IsUntouched(stored.GetNumberOfCases(), stored.GetSummStats())) {
+        return stats.SetAllStats(stored);
+    }
+    // The summary values of a slot that nothing was loaded into cannot be loaded, but its bins can.
+    const std::vector<double>& margins = stored.GetCutPoints();
+    std::vector<double> cutPoints;
+    if (!margins.empty()) cutPoints.assign(margins.begin() + 1, margins.end() - 1);
+    return stats.SetFreqs(slot, stored.GetFrequencies(), cutPoints);
 }
 
 }  // namespace
@@ -435,13 +451,16 @@ Reference ReadReference(std::string_view document, const std::vector<std::string
         reference.sources = ReadSources(further);
     }
     children.End();
-    auto stats = std::make_unique<MADistStatsImp>(ListOf(fields, ignored), nullptr);
     Children content(extension);
-    ReadModelStats(content.Require("ModelStats"), fields, *stats);
+    ReadModelStats(content.Require("ModelStats"), fields);
     content.End();
+    auto stats = std::make_unique<MADistStatsImp>(ListOf(fields, ignored), nullptr);
     for (unsigned int slot = 0; slot < stats->GetVarCount(); ++slot) {
-        const auto position = static_cast<std::size_t>(stats->GetVarListIndex(slot));
-        reference.uncounted.push_back(fields[position].uncounted);
+        const Field& field = fields[static_cast<std::size_t>(stats->GetVarListIndex(slot))];
+        if (!Load(field.stored.stats, slot, *stats)) {
+            field.statistics->Refuse("the number of cases and the summary contradict each other");
+        }
+        reference.uncounted.push_back(field.uncounted);
     }
     reference.stats = MADistStats(stats.release());
     return reference;

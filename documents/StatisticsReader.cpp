@@ -1,13 +1,12 @@
 #include "accredit/documents/internal/StatisticsReader.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "accredit/documents/internal/Contradictions.h"
 #include "accredit/host/MCMV.h"
 #include "accredit/host/MCSummaryStatistics.h"
 
@@ -22,9 +21,10 @@ namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\r\n";
 
-struct Array {
-    std::string type;
-    std::vector<std::string> tokens;
+// The bins of a continuous variable as a document holds them: see MCUniStats.
+struct Bins {
+    std::vector<double> margins;
+    std::vector<double> frequencies;
 };
 
 // A token that begins with a quote ends at the next quote that has no backslash before it.
@@ -41,51 +41,56 @@ std::string TakeQuoted(std::string_view& text, const Element& element) {
     element.Refuse("a quote in the array is not closed");
 }
 
-// An array of so many entries; one with more takes no more memory.
-Array ReadArray(const Element& element, std::size_t size) {
+// How many entries an array has.
+struct Size {
+    std::size_t least;
+    std::size_t most;
+};
+
+// Calls `use` with every entry of an array, of which there are so many.
+template <class Use>
+void ReadArray(const Element& element, const Size& size, Use use) {
     element.AllowAttributes({"n", "type"});
-    Array array;
-    array.type = element.Text("type");
+    const bool strings = element.Text("type") == "string";
     std::string_view text = element.Content();
     std::size_t count = 0;
     for (;; ++count) {
         text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
         if (text.empty()) break;
         std::string token;
-        if (array.type == "string" && text.front() == '"') {
+        if (strings && text.front() == '"') {
             token = TakeQuoted(text, element);
         } else {
             const std::size_t end = std::min(text.find_first_of(kWhiteSpace), text.size());
             token = text.substr(0, end);
             text.remove_prefix(end);
         }
-        if (count < size) array.tokens.push_back(std::move(token));
+        if (count < size.most) use(count, token);
     }
     if (element.Count("n") != count) {
         element.Refuse("the array has " + std::to_string(count) + " entries");
     }
-    if (count != size) {
+    if (count < size.least || count > size.most) {
         element.Refuse("the array has " + std::to_string(count) + " entries, but " +
-                       std::to_string(size) + " belong there");
+                       std::to_string(size.least) + " belong there");
     }
-    return array;
 }
 
-std::vector<double> ReadFrequencies(const Element& element, std::size_t size) {
-    const Array array = ReadArray(element, size);
-    const bool counts = array.type == "int";
-    if (!counts && array.type != "real") element.Refuse("frequencies are numbers");
+std::vector<double> ReadFrequencies(const Element& element, const Size& size) {
+    const std::string type = element.Text("type");
+    const bool counts = type == "int";
+    if (!counts && type != "real") element.Refuse("frequencies are numbers");
     std::vector<double> frequencies;
-    for (const std::string& token : array.tokens) {
+    ReadArray(element, size, [&](std::size_t /*index*/, const std::string& token) {
         frequencies.push_back(counts ? static_cast<double>(element.ToCount(token))
                                      : element.ToNumber(token));
         if (frequencies.back() < 0.0) element.Refuse("a frequency is negative");
-    }
+    });
     return frequencies;
 }
 
 // Frequencies in their usual place, where they sum to the number of cases.
-std::vector<double> ReadRegular(const Element& element, std::size_t size, double cases) {
+std::vector<double> ReadRegular(const Element& element, const Size& size, double cases) {
     std::vector<double> frequencies = ReadFrequencies(element, size);
     double sum = 0.0;
     for (const double frequency : frequencies) sum += frequency;
@@ -96,7 +101,7 @@ std::vector<double> ReadRegular(const Element& element, std::size_t size, double
 }
 
 // Frequencies in the library's extension for those that do not.
-std::vector<double> ReadIrregular(const Element& extension, std::size_t size) {
+std::vector<double> ReadIrregular(const Element& extension, const Size& size) {
     extension.AllowAttributes({"extender", "name"});
     if (extension.Text("name") != "frequencies") {
         extension.Refuse("this extension is not understood");
@@ -111,34 +116,40 @@ bool IsCategory(const Element& element, const IMCEncoder& encoder, std::size_t c
                 const std::string& token) {
     const int c = static_cast<int>(code);
     return encoder.GetValueType() == IMCEncoder::ValueTypeNumber
-               ? encoder.DecodeNumber(c) == element.ToNumber(token)
+               ? encoder.DecodeNumber(c) == element.ToCategory(token)
                : encoder.DecodeString(c) == token;
 }
 
 void CheckCategories(const Element& element, const IMCEncoder& encoder) {
-    const Array array = ReadArray(element, static_cast<std::size_t>(encoder.GetNumCategories()));
-    if (array.type != "string")
+    const auto categories = static_cast<std::size_t>(encoder.GetNumCategories());
+    if (element.Text("type") != "string") {
         element.Refuse("the values of the categories are an array of strings");
-    for (std::size_t code = 0; code < array.tokens.size(); ++code) {
-        if (!IsCategory(element, encoder, code, array.tokens[code])) {
+    }
+    ReadArray(element, {categories, categories}, [&](std::size_t code, const std::string& token) {
+        if (!IsCategory(element, encoder, code, token)) {
             element.Refuse("entry " + std::to_string(code + 1) + " is not the value of the field");
         }
-    }
+    });
 }
 
 std::vector<double> ReadDiscrStats(const Element& element, const IMCEncoder& encoder,
                                    double cases) {
     element.AllowAttributes({});
     const auto categories = static_cast<std::size_t>(encoder.GetNumCategories());
+    // Codes that no value has are counted, too.
+    const Size size{categories, std::numeric_limits<std::size_t>::max()};
     Children children(element);
     std::vector<double> frequencies;
     if (const Element extension = children.Take("Extension")) {
-        frequencies = ReadIrregular(extension, categories);
+        frequencies = ReadIrregular(extension, size);
     } else {
         const Element first = children.Require("Array");
-        const Element second = children.Take("Array");
-        if (second) CheckCategories(first, encoder);
-        frequencies = ReadRegular(second ? second : first, categories, cases);
+        if (const Element second = children.Take("Array")) {
+            CheckCategories(first, encoder);
+            frequencies = ReadRegular(second, {categories, categories}, cases);
+        } else {
+            frequencies = ReadRegular(first, size, cases);
+        }
     }
     children.End();
     return frequencies;
@@ -188,11 +199,31 @@ Bins ReadContStats(const Element& element, double cases) {
     if (bins.margins.size() < 3) element.Refuse("two intervals are the fewest");
     if (!MCMV::IsMissing(bins.margins.back()))
         element.Refuse("the last interval has a right margin");
-    const std::size_t size = bins.margins.size() - 1;
+    const Size size{bins.margins.size() - 1, bins.margins.size() - 1};
     bins.frequencies = extension ? ReadIrregular(extension, size)
                                  : ReadRegular(children.Require("Array"), size, cases);
     children.End();
     return bins;
+}
+
+// Refuses what no summary can hold. What its loading looks at besides is left to that.
+void RequireSummary(const Element& element, double cases, const MCUniStats::SummStats& summary) {
+    const auto& [min, max, mean, stdDev] = summary;
+    const bool hasMin = !MCMV::IsMissing(min);
+    const bool hasMax = !MCMV::IsMissing(max);
+    if (cases == 0.0) {
+        const bool none = MCMV::IsMissing(mean) && MCMV::IsMissing(stdDev);
+        if (hasMin || hasMax || (!none && !IsUntouched(cases, summary))) {
+            element.Refuse("a summary of no cases");
+        }
+        return;
+    }
+    if (MCMV::IsMissing(mean) || (cases > 1.0 && !(hasMin && hasMax))) {
+        element.Refuse("minimum, maximum and mean are there if there are cases");
+    }
+    if (cases == 1.0 && !MCMV::IsMissing(stdDev)) {
+        element.Refuse("a standard deviation of one case");
+    }
 }
 
 // Gives the number of cases.
@@ -210,6 +241,10 @@ double ReadCounts(const Element& element, StoredStatistics& stored) {
 }
 
 }  // namespace
+
+bool IsUntouched(double cases, const MCUniStats::SummStats& summary) {
+    return cases == 0.0 && summary.mean == 0.0 && summary.stdDev == 0.0;
+}
 
 StoredStatistics ReadStatistics(const Element& element, const std::string& name,
                                 const IMCEncoder* encoder) {
@@ -232,8 +267,7 @@ StoredStatistics ReadStatistics(const Element& element, const std::string& name,
             info ? ReadNumericInfo(info) : MCUniStats::SummStats();
         const Element contStats = children.Take("ContStats");
         const Bins bins = contStats ? ReadContStats(contStats, cases) : Bins();
-        const std::string contradiction = Contradiction(cases, summary, bins);
-        if (!contradiction.empty()) element.Refuse(contradiction);
+        RequireSummary(element, cases, summary);
         result.stats = MCUniStats(name, cases, summary, bins.margins, bins.frequencies);
     }
     children.End();

@@ -25,6 +25,10 @@ constexpr const char* kTakeOut = "take it out, a reference needs none";
 constexpr const char* kWriteAsText = "write its text with character references instead";
 constexpr const char* kLeaveOut = "leave out variables that have many categories";
 
+bool IsWhiteSpace(std::string_view text) {
+    return text.find_first_not_of(kWhiteSpace) == std::string_view::npos;
+}
+
 bool IsUtf8(std::string_view encoding) {
     constexpr std::string_view kName = "utf-8";
     return std::equal(
@@ -93,10 +97,7 @@ private:
     }
 
     static void End(void* self, const char* /*name*/) {
-        Guard(self, [](Builder& builder) {
-            builder.EndText();
-            builder.mOpen.pop_back();
-        });
+        Guard(self, [](Builder& builder) { builder.EndElement(); });
     }
 
     static void Characters(void* self, const char* text, int length) {
@@ -177,6 +178,15 @@ private:
         mOpen.push_back({static_cast<std::uint32_t>(mTree.mNodes.size() - 1), kNone});
     }
 
+    void EndElement() {
+        const Open& open = mOpen.back();
+        if (open.lastChild == kNone && IsWhiteSpace(mText)) {
+            mTree.mNodes[open.node].text = Keep(mText);
+        }
+        EndText();
+        mOpen.pop_back();
+    }
+
     // The parser hands over a text piece by piece.
     void AddText(std::string_view text) {
         if (mText.empty()) {
@@ -187,7 +197,7 @@ private:
     }
 
     void EndText() {
-        if (mText.find_first_not_of(kWhiteSpace) != std::string::npos) {
+        if (!IsWhiteSpace(mText)) {
             Count();
             Node node;
             node.line = mTextLine;

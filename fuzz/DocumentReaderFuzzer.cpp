@@ -5,6 +5,7 @@
 
 #include "SameSummary.h"
 #include "WellFormed.h"
+#include "accredit/documents/Contradictions.h"
 #include "accredit/documents/Reference.h"
 
 using fuzz::Require;
@@ -24,11 +25,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(MADocuments::BeginsLikeDocument(text), "what is read begins like a document");
     Require(fuzz::IsWellFormed(text), "what is read is well formed");
 
+    for (unsigned int slot = 0; slot <= read->stats.GetVarCount(); ++slot) {
+        MADocuments::FindContradiction(read->stats, slot);
+    }
     const std::string written = WriteReference(*read);
     Require(fuzz::IsWellFormed(written), "what is written is well formed");
     const Reference again = ReadReference(written);
     Require(fuzz::SlotsOf(again.stats) == fuzz::SlotsOf(read->stats), "the numbers are kept");
-    Require(again.missing.Texts() == read->missing.Texts(), "the missing tokens are kept");
+    Require(
+        again.missing.Texts() == read->missing.Texts() && again.namesMissing == read->namesMissing,
+        "the missing tokens are kept");
     Require(again.uncounted == read->uncounted, "what is counted besides is kept");
     Require(WriteReference(again) == written, "a second time the same is written");
     return 0;

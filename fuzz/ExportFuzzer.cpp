@@ -1,5 +1,6 @@
 // Summaries with any names, categories and numbers: the document, if there is one, is well formed
-// and gives back all of them; if there is none, something in the summary is to blame.
+// and gives back all of them, to another reader and to the library's own, which writes it again as
+// the same text; if there is none, something in the summary is to blame.
 
 #include <algorithm>
 #include <memory>
@@ -11,6 +12,7 @@
 #include "WellFormed.h"
 #include "accredit/diststats/MADistStatsImp.h"
 #include "accredit/diststats/MAProblems.h"
+#include "accredit/documents/Reference.h"
 #include "accredit/host/MCNumberEncoder.h"
 #include "accredit/host/MCStringEncoder.h"
 #include "accredit/host/MCVariable.h"
@@ -178,6 +180,34 @@ void CompareStatistics(xml_node node, const MADistStatsImp& stats, unsigned int 
     CompareFrequencies(bins, slot.frequencies);
 }
 
+// A categorical variable comes back with a frequency for each category, and without moments.
+void CompareReference(const MADocuments::Reference& read, const MADistStatsImp& stats) {
+    Require(read.stats.GetVarCount() == stats.GetVarCount(), "all variables are read");
+    for (unsigned int s = 0; s < stats.GetVarCount(); ++s) {
+        Slot expected(stats, s);
+        const Slot slot(read.stats, s);
+        const bool large = expected.count > (1UL << 53U);
+        Require(large ? static_cast<double>(slot.count) == static_cast<double>(expected.count)
+                      : slot.count == expected.count,
+                "the cases are read");
+        expected.count = slot.count;
+        if (stats.IsCategorical(s)) {
+            expected.frequencies.resize(slot.frequencies.size());
+            expected.mean = expected.stdDev = kMissing;
+        }
+        Require(slot == expected, "the numbers are read");
+        const IMCEncoder& encoder = *read.stats.GetVarList().GetEncoderAt(static_cast<int>(s));
+        const IMCEncoder& written = *stats.GetVarList().GetEncoderAt(static_cast<int>(s));
+        if (!stats.IsCategorical(s)) continue;
+        Require(encoder.GetNumCategories() == written.GetNumCategories(), "categories are read");
+        for (int code = 0; code < encoder.GetNumCategories(); ++code) {
+            Require(encoder.DecodeString(code) == written.DecodeString(code) &&
+                        Same(encoder.DecodeNumber(code), written.DecodeNumber(code)),
+                    "the category is read");
+        }
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -220,5 +250,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         statistics = statistics.next_sibling();
     }
     Require(!field && !statistics, "there are no more fields");
+    CompareReference(MADocuments::ReadReference(document), stats);
+    Require(MADocuments::WriteReference(MADocuments::ReadReference(document)) == document,
+            "the same is written again");
     return 0;
 }

@@ -54,6 +54,9 @@ public:
     double ToNumber(std::string_view text) const;
     std::uint64_t ToCount(std::string_view text) const;
 
+    /// The number that is a category: also the missing value, as an exporter spells it.
+    double ToCategory(std::string_view text) const;
+
     /// Refuses whatever stands inside.
     void RequireEmpty() const;
 

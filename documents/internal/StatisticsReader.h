@@ -18,8 +18,13 @@ struct StoredStatistics {
     std::uint64_t invalid = 0;             ///< The same of invalid data.
 };
 
-/// Reads the UnivariateStats of the field of this name; `encoder` is null for a continuous one.
-/// Only the data of numbers can be invalid. Throws DocumentError.
+/// Whether a document has of a continuous variable what a new summary holds before anything is
+/// loaded: no cases, and moments of 0.
+bool IsUntouched(double cases, const MCMTD_NAMESPACE::MCUniStats::SummStats& summary);
+
+/// Reads the UnivariateStats of the field of this name; `encoder` is null for a continuous one. A
+/// categorical one has at least as many frequencies as categories. Only the data of numbers can be
+/// invalid. Throws DocumentError.
 StoredStatistics ReadStatistics(const Element& element, const std::string& name,
                                 const MCMTD_NAMESPACE::IMCEncoder* encoder);
 

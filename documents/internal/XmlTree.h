@@ -8,9 +8,9 @@
 
 namespace MADocuments {
 
-/// An XML document as a tree of elements and texts. Texts of nothing but white space are left out,
-/// and so are comments. All names, values and texts stand in one string, and a node is a few
-/// numbers, so that the tree of any document takes a small multiple of its length.
+/// An XML document as a tree of elements and texts. Texts of nothing but white space are left out
+/// beside other content, and so are comments. All names, values and texts stand in one string, and
+/// a node is a few numbers, so that the tree of any document takes a small multiple of its length.
 class XmlTree {
 public:
     /// Stands for no node.
@@ -26,7 +26,8 @@ public:
         Span value;
     };
 
-    /// An element, or a text, which has no name.
+    /// An element, or a text, which has no name. An element's own text is white space that is all
+    /// it holds.
     struct Node {
         Span name;
         Span text;
