@@ -16,25 +16,17 @@ namespace app {
 
 namespace {
 
-void NameCategory(const CheckResult& result, std::size_t variable, std::size_t index, Cell& cell) {
+Cell ComparedCategory(const CheckResult& result, std::size_t variable, std::size_t index) {
     const CheckedVariable& checked = result.variables[variable];
     const MACells& cells = checked.comparison.cells;
     const bool inReference = cells.referenceCodes[index] >= 0;
-    const MADistStats& stats = inReference ? result.reference->stats : result.newSummary.stats;
+    const MADocuments::Reference& summary = inReference ? *result.reference : result.newSummary;
     const auto slot = static_cast<unsigned int>(inReference ? static_cast<int>(variable)
                                                             : checked.comparison.result.newSlot);
     const int code = inReference ? cells.referenceCodes[index] : cells.newCodes[index];
-    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
+    Cell cell = CategoryAt(summary, slot, code);
     cell.isUnknown = !inReference;
-    cell.isOthers = code == (inReference ? checked.referenceUncounted.otherCategories
-                                         : checked.newUncounted.otherCategories);
-    if (cell.isOthers) return;
-    cell.isNumber = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
-    if (cell.isNumber) {
-        cell.number = encoder.DecodeNumber(code);
-    } else {
-        cell.text = encoder.DecodeString(code);
-    }
+    return cell;
 }
 
 // The cells that `wanted` takes, the most frequent by `counts` first.
@@ -63,6 +55,22 @@ OneSided MostFrequent(const CheckedVariable& variable, const std::vector<double>
 
 }  // namespace
 
+Cell CategoryAt(const MADocuments::Reference& summary, unsigned int slot, int code) {
+    const MADistStats& stats = summary.stats;
+    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
+    Cell cell;
+    cell.isOthers =
+        code == UncountedAt(summary, slot).otherCategories || code >= encoder.GetNumCategories();
+    if (cell.isOthers) return cell;
+    cell.isNumber = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
+    if (cell.isNumber) {
+        cell.number = encoder.DecodeNumber(code);
+    } else {
+        cell.text = encoder.DecodeString(code);
+    }
+    return cell;
+}
+
 Cell BinAt(const std::vector<double>& cutPoints, std::size_t index) {
     Cell cell;
     if (index > 0) cell.lower = cutPoints[index - 1];
@@ -80,12 +88,8 @@ Shares SharesOf(const CheckedVariable& variable, std::size_t index) {
 
 Cell CellAt(const CheckResult& result, std::size_t variable, std::size_t index) {
     const CheckedVariable& checked = result.variables[variable];
-    Cell cell;
-    if (checked.categorical) {
-        NameCategory(result, variable, index, cell);
-    } else {
-        cell = BinAt(checked.cutPoints, index);
-    }
+    Cell cell = checked.categorical ? ComparedCategory(result, variable, index)
+                                    : BinAt(checked.cutPoints, index);
     cell.referenceCount = checked.comparison.cells.reference[index];
     cell.newCount = checked.comparison.cells.observed[index];
     return cell;

@@ -20,10 +20,14 @@ struct Cell {
     bool isNumber = false;
     double number = 0.0;
     std::string text = {};
-    /// Stands for the categories that were too many to be kept; it has no value.
+    /// Has no value: stands for the categories that were too many to be kept, or for one whose code
+    /// no value has.
     bool isOthers = false;
     bool isUnknown = false;  ///< The reference lacks the category.
 };
+
+/// The category of this code of a summary, without its cases.
+Cell CategoryAt(const MADocuments::Reference& summary, unsigned int slot, int code);
 
 /// The bin of this index between cut points, without its cases.
 Cell BinAt(const std::vector<double>& cutPoints, std::size_t index);

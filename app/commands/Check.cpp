@@ -151,12 +151,14 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
     auto referenceFile = std::make_unique<InputFile>(options.referencePath, progress, cancel);
     std::optional<Reference> reference;
     std::optional<CsvReader> data;
+    Checked checked;
     if (const auto document = LoadDocument(*referenceFile)) {
         if (!options.data.settledOption.empty()) {
             throw UsageError(fmt::format("{}: this was settled when the reference was learned",
                                          options.data.settledOption));
         }
         reference = ReferenceIn(*document, ignored);
+        checked.remarks = ContradictionsIn(*reference, document->fileName);
     } else {
         data.emplace(std::move(referenceFile), Reading::Repeated, format);
         CheckHeadings(*data, ignored);
@@ -172,7 +174,6 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
         if (file.data) CheckNewHeadings(*file.data, columns.OfReference(), ignored);
         columns.Take(file);
     }
-    Checked checked;
     if (data) {
         LearnedReference learned =
             LearnReference(*data, options.data.columns, options.data.Missing(), cancel);
@@ -194,6 +195,8 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
             file.summary = SummariseLike(*shared, *file.data, cancel).summary;
         } else {
             RequireBinsOf(*shared, *file.summary, file.name);
+            const std::vector<std::string> remarks = ContradictionsIn(*file.summary, file.name);
+            checked.remarks.insert(checked.remarks.end(), remarks.begin(), remarks.end());
         }
         checked.results.push_back(
             Compare(shared, std::move(*file.summary), inOrder, options.alpha));

@@ -37,8 +37,8 @@ struct CheckOptions {
 /// What comparisons with a reference gave.
 struct Checked {
     std::vector<CheckResult> results;  ///< One for each new file, in their order.
-    /// What a person should know of the data besides; see RemarksOn. Each begins with a file's
-    /// name.
+    /// What a person should know of the data and of stored summaries besides; see RemarksOn and
+    /// ContradictionsIn. Each begins with a file's name.
     std::vector<std::string> remarks;
 };
 

@@ -70,7 +70,8 @@ void RequireIgnored(const LearnOptions& options, const CsvReader& reader,
                                      : "neither file has a column");
 }
 
-Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
+Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
+                   Learned& learned) {
     if (!options.data.settledOption.empty()) {
         throw UsageError(fmt::format("{}: the reference of --bins-of has settled this",
                                      options.data.settledOption));
@@ -78,7 +79,9 @@ Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCance
     InputFile file(options.binsOfPath, progress, cancel);
     const auto document = LoadDocument(file);
     if (!document) throw InputError(file.Name() + ": this is not a stored reference");
-    return ReferenceIn(*document, options.data.columns.ignored);
+    Reference reference = ReferenceIn(*document, options.data.columns.ignored);
+    learned.binsRemarks = ContradictionsIn(reference, file.Name());
+    return reference;
 }
 
 void SummariseWithBins(const LearnOptions& options, const Reference& reference, CsvReader& reader,
@@ -116,6 +119,7 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
         throw UsageError("only one of the files can be standard input");
     }
     const bool isReference = options.binsOfPath.empty();
+    Learned learned;
     std::optional<Reference> bins;
     std::function<bool(const std::string&)> isOptional;
     if (isReference) {
@@ -123,7 +127,7 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
         isOptional = [ignored = std::set<std::string>(ignored.begin(), ignored.end())](
                          const std::string& name) { return ignored.count(name) != 0; };
     } else {
-        bins = LoadBins(options, progress, cancel);
+        bins = LoadBins(options, progress, cancel, learned);
         isOptional = [&list = bins->stats.GetVarList()](const std::string& name) {
             const int position = list.FindVariable(name);
             return position < 0 || list.GetVariableRole(position) != IMCVariable::VariableRoleInput;
@@ -139,7 +143,6 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
                                             isOptional, progress, cancel));
     }
     reader.TakeFingerprints();
-    Learned learned;
     learned.name = reader.Name();
     learned.fileCount = paths.size();
     if (paths.size() == 1) learned.separatedBy = DelimiterName(reader.Delimiter());

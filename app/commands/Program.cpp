@@ -130,7 +130,8 @@ int Store(Make make, const std::vector<std::string>& inputs, const std::string& 
     interrupt.EndAtOnce();
     const std::string document = DocumentOf(learned);
     const std::string account = AccountOf(learned, screen);
-    const std::string remarks = Remarks(RemarksOn(learned), learned.name + ": ");
+    const std::string remarks =
+        Remarks(learned.binsRemarks, "") + Remarks(RemarksOn(learned), learned.name + ": ");
     if (file) {
         file->Replace(document);
         Write(out, account);
@@ -161,7 +162,8 @@ int RunMerge(const MergeOptions& options, std::ostream& out, std::ostream& err,
     return Store(make, options.summaryPaths, options.outputPath, out, err, screen, terminal);
 }
 
-int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* terminal) {
+int RunShow(const ShowOptions& options, std::ostream& out, std::ostream& err,
+            std::ostream* terminal) {
     Progress progress(terminal);
     Interrupt interrupt;
     InputFile file(options.referencePath, progress, interrupt);
@@ -170,7 +172,9 @@ int RunShow(const ShowOptions& options, std::ostream& out, std::ostream* termina
     interrupt.EndAtOnce();
     if (!document) throw InputError(file.Name() + ": this is not a stored reference");
     const MADocuments::Reference reference = ReferenceIn(*document, {});
+    const std::string remarks = Remarks(ContradictionsIn(reference, file.Name()), "");
     Write(out, options.json ? JsonListing(reference) : TextListing(reference, file.Name()));
+    err << remarks;
     return ExitPassed;
 }
 
@@ -186,7 +190,7 @@ int Run(const Command& command, std::ostream& out, std::ostream& err, const Scre
         return RunMerge(*merge, out, err, screen, terminal);
     }
     if (const auto* show = std::get_if<ShowOptions>(&command)) {
-        return RunShow(*show, out, terminal);
+        return RunShow(*show, out, err, terminal);
     }
     Write(out, std::get<Message>(command).text);
     return ExitPassed;

@@ -10,6 +10,7 @@
 
 #include "accredit/accreditation/MAAccreditor.h"
 #include "accredit/accreditation/MAComparison.h"
+#include "accredit/documents/Contradictions.h"
 #include "app/base/Characters.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
@@ -94,6 +95,23 @@ Reference ReferenceIn(const Document& document, const std::vector<std::string>& 
         throw InputError(document.fileName + (error.Line() == 0 ? ": " : ":") +
                          Printable(error.what()));
     }
+}
+
+std::vector<std::string> ContradictionsIn(const Reference& reference, const std::string& fileName) {
+    std::vector<std::string> remarks;
+    const MADistStats& stats = reference.stats;
+    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
+        const std::string contradiction = MADocuments::FindContradiction(stats, slot);
+        if (contradiction.empty()) continue;
+        const std::string name =
+            stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
+        remarks.push_back(
+            fmt::format("{}: column \"{}\": {}; no pass over data gives such a summary, so it was "
+                        "changed or put "
+                        "together wrongly: make it again from the data",
+                        fileName, Shortened(name), contradiction));
+    }
+    return remarks;
 }
 
 std::vector<std::string> NamesOf(const MCVarList& list) {

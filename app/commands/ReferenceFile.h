@@ -25,6 +25,11 @@ std::optional<Document> LoadDocument(InputFile& file);
 MADocuments::Reference ReferenceIn(const Document& document,
                                    const std::vector<std::string>& ignored);
 
+/// What the summary of each variable contradicts itself in, with the file's name, the column and
+/// what to do, one text each.
+std::vector<std::string> ContradictionsIn(const MADocuments::Reference& reference,
+                                          const std::string& fileName);
+
 /// The names of all variables of a list, in its order.
 std::vector<std::string> NamesOf(const MCMTD_NAMESPACE::MCVarList& list);
 

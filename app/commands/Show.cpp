@@ -11,7 +11,6 @@
 
 #include "accredit/accreditation/MAComparison.h"
 #include "accredit/diststats/MAUniStats.h"
-#include "accredit/host/IMCEncoder.h"
 #include "accredit/host/MCMV.h"
 #include "accredit/host/MCSummaryStatistics.h"
 #include "app/base/Characters.h"
@@ -24,7 +23,6 @@
 using MADocuments::Reference;
 using MADocuments::UncountedData;
 using MADocuments::VariableName;
-using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::kMCSummaryStatistics;
 using MCMTD_NAMESPACE::MCSummaryStatistic;
 using MCMTD_NAMESPACE::MCUniStats;
@@ -46,27 +44,29 @@ void WriteNumbers(JsonWriter& json, const char* key, const std::vector<double>& 
 
 // The category that stands for those that were not kept has no value.
 void WriteCategories(JsonWriter& json, const Reference& reference, unsigned int slot) {
-    const MADistStats& stats = reference.stats;
-    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
-    const bool numbers = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
-    const std::vector<double>& frequencies = stats.GetFrequencies(slot);
+    const std::vector<double>& frequencies = reference.stats.GetFrequencies(slot);
     json.Key("categories");
     json.BeginArray();
     for (std::size_t c = 0; c < frequencies.size(); ++c) {
-        const int code = static_cast<int>(c);
+        const Cell category = CategoryAt(reference, slot, static_cast<int>(c));
         json.BeginObject();
         json.Key("value");
-        if (code == UncountedAt(reference, slot).otherCategories) {
+        if (category.isOthers) {
             json.Null();
         } else {
-            numbers ? json.Number(encoder.DecodeNumber(code))
-                    : json.String(encoder.DecodeString(code));
+            category.isNumber ? json.Number(category.number) : json.String(category.text);
         }
         json.Key("frequency");
         json.Number(frequencies[c]);
         json.EndObject();
     }
     json.EndArray();
+}
+
+// Without cases there are none, also where nothing was loaded and the moments are still 0.
+MCUniStats::SummStats SummaryOf(const MADistStats& stats, unsigned int slot) {
+    return stats.GetNumberOfCases(slot) == 0 ? MCUniStats::SummStats()
+                                             : MAUniStatsOf(stats, slot).GetSummStats();
 }
 
 void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int slot) {
@@ -87,10 +87,10 @@ void WriteVariable(JsonWriter& json, const Reference& reference, unsigned int sl
     if (categorical) {
         WriteCategories(json, reference, slot);
     } else {
-        const MCUniStats variable = MAUniStatsOf(stats, slot);
+        const MCUniStats::SummStats summary = SummaryOf(stats, slot);
         for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {
             json.Key(statistic.label);
-            WriteNumber(json, variable.GetSummStats().*statistic.value);
+            WriteNumber(json, summary.*statistic.value);
         }
         WriteNumbers(json, "cut_points", stats.GetCutPoints(slot));
         WriteNumbers(json, "frequencies", stats.GetFrequencies(slot));
@@ -110,20 +110,6 @@ constexpr std::size_t kListed = 20;
 
 std::string Plural(double count, const char* one, const char* many) {
     return fmt::format("{:.0f} {}", count, count == 1.0 ? one : many);
-}
-
-std::string CategoryName(const Reference& reference, unsigned int slot, int code) {
-    Cell cell;
-    cell.isOthers = code == UncountedAt(reference, slot).otherCategories;
-    const MADistStats& stats = reference.stats;
-    const IMCEncoder& encoder = *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
-    cell.isNumber = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
-    if (cell.isNumber) {
-        cell.number = encoder.DecodeNumber(code);
-    } else {
-        cell.text = encoder.DecodeString(code);
-    }
-    return CellName(cell);
 }
 
 // Lines of names and their cases, which are aligned.
@@ -156,7 +142,7 @@ std::string CategoryLines(const Reference& reference, unsigned int slot) {
     double rest = 0.0;
     for (const int code : order) {
         if (counts.size() < kListed) {
-            counts.emplace_back(CategoryName(reference, slot, code), frequency(code));
+            counts.emplace_back(CellName(CategoryAt(reference, slot, code)), frequency(code));
         } else {
             rest += frequency(code);
         }
@@ -171,9 +157,9 @@ std::string CategoryLines(const Reference& reference, unsigned int slot) {
 
 std::string NumberLines(const MADistStats& stats, unsigned int slot) {
     std::string lines;
-    const MCUniStats variable = MAUniStatsOf(stats, slot);
+    const MCUniStats::SummStats summary = SummaryOf(stats, slot);
     for (const MCSummaryStatistic& statistic : kMCSummaryStatistics) {
-        const double value = variable.GetSummStats().*statistic.value;
+        const double value = summary.*statistic.value;
         if (MCMV::IsMissing(value)) continue;
         std::string label = statistic.label;
         std::replace(label.begin(), label.end(), '_', ' ');
