@@ -182,7 +182,10 @@ std::vector<std::string> TokensAmong(const IMCEncoder& texts, const MissingToken
     std::vector<std::string> tokens;
     for (int code = 0; code < texts.GetNumCategories(); ++code) {
         std::string category = texts.DecodeString(code);
-        if (missing.Contains(TrimBlanks(category))) tokens.push_back(std::move(category));
+        // A code that no value has decodes to the empty text, too.
+        if (missing.Contains(TrimBlanks(category)) && texts.EncodeString(category) == code) {
+            tokens.push_back(std::move(category));
+        }
     }
     return tokens;
 }

@@ -153,11 +153,8 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
     std::optional<CsvReader> data;
     Checked checked;
     if (const auto document = LoadDocument(*referenceFile)) {
-        if (!options.data.settledOption.empty()) {
-            throw UsageError(fmt::format("{}: this was settled when the reference was learned",
-                                         options.data.settledOption));
-        }
         reference = ReferenceIn(*document, ignored);
+        SettleMissing(options.data, "this was settled when the reference was learned", *reference);
         checked.remarks = ContradictionsIn(*reference, document->fileName);
     } else {
         data.emplace(std::move(referenceFile), Reading::Repeated, format);

@@ -22,9 +22,11 @@ struct DataOptions {
     std::vector<std::string> ignoredByOption;
     /// Empty for none.
     std::string configPath;
-    /// The first option of the command line that a stored reference has settled, empty if there is
-    /// none. What a configuration file says besides does not count against such a reference.
+    /// The first option of the command line that a stored reference has settled which names its
+    /// missing tokens, and the first that any has settled; empty if there is none. What a
+    /// configuration file says besides does not count against such a reference.
     std::string settledOption;
+    std::string settledKind;
 
     MADocuments::MissingTokens Missing() const {
         return onlyMissing ? MADocuments::MissingTokens::Only(*onlyMissing)

@@ -72,14 +72,11 @@ void RequireIgnored(const LearnOptions& options, const CsvReader& reader,
 
 Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
                    Learned& learned) {
-    if (!options.data.settledOption.empty()) {
-        throw UsageError(fmt::format("{}: the reference of --bins-of has settled this",
-                                     options.data.settledOption));
-    }
     InputFile file(options.binsOfPath, progress, cancel);
     const auto document = LoadDocument(file);
     if (!document) throw InputError(file.Name() + ": this is not a stored reference");
     Reference reference = ReferenceIn(*document, options.data.columns.ignored);
+    SettleMissing(options.data, "the reference of --bins-of has settled this", reference);
     learned.binsRemarks = ContradictionsIn(reference, file.Name());
     return reference;
 }

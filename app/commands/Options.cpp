@@ -61,7 +61,8 @@ Columns:
   --ignore COLUMN        leave a column out
   --weight COLUMN=W      weigh a column in the accreditation; the others weigh 1
 
-Columns, when REFERENCE is data; a stored reference has settled these:
+Columns, when REFERENCE is data; a stored reference has settled these, the last
+two not if an application exported it without naming missing values:
   --categorical COLUMN   take a column as categories, whatever it holds
   --continuous COLUMN    insist that a column holds nothing but numbers
   --missing TOKEN        a text that stands for a missing value, besides the
@@ -135,7 +136,8 @@ Files:
 Columns:
   --ignore COLUMN        leave a column out
 
-Columns, without --bins-of, whose reference has settled these:
+Columns, without --bins-of, whose reference has settled these, the last two not
+if an application exported it without naming missing values:
   --categorical COLUMN   take a column as categories, whatever it holds
   --continuous COLUMN    insist that a column holds nothing but numbers
   --missing TOKEN        a text that stands for a missing value, besides the
@@ -305,18 +307,19 @@ void AddOnlyMissing(DataOptions& data, const std::string& value) {
 
 void AddDataOptions(CLI::App& command, DataOptions& data) {
     // Of several such options the first is named where a stored reference has settled them.
-    const auto addSettled = [&](const std::string& name,
+    const auto addSettled = [&](const std::string& name, bool isKind,
                                 const std::function<void(const std::string&)>& take) {
-        AddRepeated(command, name, [&data, name, take](const std::string& value) {
+        AddRepeated(command, name, [&data, name, isKind, take](const std::string& value) {
             if (data.settledOption.empty()) data.settledOption = name;
+            if (isKind && data.settledKind.empty()) data.settledKind = name;
             take(value);
         });
     };
-    addSettled("--missing", AddTo(data.missing));
-    addSettled("--only-missing",
+    addSettled("--missing", false, AddTo(data.missing));
+    addSettled("--only-missing", false,
                [&data](const std::string& value) { AddOnlyMissing(data, value); });
-    addSettled("--categorical", AddTo(data.columns.categorical));
-    addSettled("--continuous", AddTo(data.columns.continuous));
+    addSettled("--categorical", true, AddTo(data.columns.categorical));
+    addSettled("--continuous", true, AddTo(data.columns.continuous));
     AddRepeated(command, "--ignore", [&data](const std::string& value) {
         data.columns.ignored.push_back(value);
         data.ignoredByOption.push_back(value);

@@ -11,6 +11,8 @@
 #include "accredit/accreditation/MAAccreditor.h"
 #include "accredit/accreditation/MAComparison.h"
 #include "accredit/documents/Contradictions.h"
+#include "accredit/documents/NumberText.h"
+#include "accredit/host/IMCEncoder.h"
 #include "app/base/Characters.h"
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
@@ -19,6 +21,7 @@ using MADocuments::DocumentError;
 using MADocuments::kMaxDocumentSize;
 using MADocuments::Reference;
 using MCCommon::MCStatus;
+using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCVarList;
 
@@ -36,6 +39,34 @@ bool IsShownText(std::string_view text) {
         text.remove_prefix(shown);
     }
     return true;
+}
+
+std::string VariableName(const MADistStats& stats, unsigned int slot) {
+    return stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
+}
+
+bool IsCategory(const IMCEncoder& encoder, std::string_view token) {
+    if (encoder.GetValueType() == IMCEncoder::ValueTypeNumber) {
+        const std::optional<double> number = MADocuments::ParseNumber(token);
+        return number && encoder.EncodeNumber(*number) >= 0.0;
+    }
+    for (int code = 0; code < encoder.GetNumCategories(); ++code) {
+        const std::string category = encoder.DecodeString(code);
+        if (MADocuments::TrimBlanks(category) == token) return true;
+    }
+    return false;
+}
+
+// The slot of the first variable of which a token is a category, or -1. The empty text, which is
+// always missing, is none.
+int FindCategory(const MADistStats& stats, std::string_view token) {
+    for (unsigned int slot = 0; slot < stats.GetVarCount() && !token.empty(); ++slot) {
+        if (!stats.IsCategorical(slot)) continue;
+        if (IsCategory(*stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot)), token)) {
+            return static_cast<int>(slot);
+        }
+    }
+    return -1;
 }
 
 constexpr const char* kOtherKind = "values and their kind";
@@ -97,19 +128,37 @@ Reference ReferenceIn(const Document& document, const std::vector<std::string>& 
     }
 }
 
+void SettleMissing(const DataOptions& data, const std::string& settled, Reference& reference) {
+    const std::string& option = reference.namesMissing ? data.settledOption : data.settledKind;
+    if (!option.empty()) throw UsageError(fmt::format("{}: {}", option, settled));
+    if (reference.namesMissing) return;
+    const std::vector<std::string>& named = data.onlyMissing ? *data.onlyMissing : data.missing;
+    for (const std::string& token : named) {
+        const int slot = FindCategory(reference.stats, MADocuments::TrimBlanks(token));
+        if (slot < 0) continue;
+        throw UsageError(
+            fmt::format("{}: \"{}\" is a category of the reference's column \"{}\", and cannot "
+                        "stand for a missing "
+                        "value as well",
+                        data.onlyMissing ? "--only-missing" : "--missing", Shortened(token),
+                        Shortened(VariableName(reference.stats, static_cast<unsigned int>(slot)))));
+    }
+    std::vector<std::string> texts = data.onlyMissing ? named : reference.missing.Texts();
+    if (!data.onlyMissing) texts.insert(texts.end(), named.begin(), named.end());
+    reference.missing = MADocuments::MissingTokens::Only(texts);
+}
+
 std::vector<std::string> ContradictionsIn(const Reference& reference, const std::string& fileName) {
     std::vector<std::string> remarks;
     const MADistStats& stats = reference.stats;
     for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
         const std::string contradiction = MADocuments::FindContradiction(stats, slot);
         if (contradiction.empty()) continue;
-        const std::string name =
-            stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
         remarks.push_back(
             fmt::format("{}: column \"{}\": {}; no pass over data gives such a summary, so it was "
                         "changed or put "
                         "together wrongly: make it again from the data",
-                        fileName, Shortened(name), contradiction));
+                        fileName, Shortened(VariableName(stats, slot)), contradiction));
     }
     return remarks;
 }
@@ -146,9 +195,8 @@ void RequireBinsOf(const Reference& reference, const Reference& summary,
         if (difference.empty()) continue;
         refuse(fmt::format("column \"{}\": its {}", Shortened(name), difference));
     }
-    // A summary of an application's own knows nothing of tokens.
-    const bool hasTokens = !summary.uncounted.empty() && summary.uncounted.front().missing;
-    if (hasTokens && summary.missing.Texts() != reference.missing.Texts()) {
+    const bool name = reference.namesMissing && summary.namesMissing;
+    if (name && summary.missing.Texts() != reference.missing.Texts()) {
         refuse("its missing values");
     }
 }

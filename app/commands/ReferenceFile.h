@@ -7,6 +7,7 @@
 #include "accredit/documents/Reference.h"
 #include "accredit/host/MCVarList.h"
 #include "app/base/InputFile.h"
+#include "app/commands/DataOptions.h"
 
 namespace app {
 
@@ -24,6 +25,13 @@ std::optional<Document> LoadDocument(InputFile& file);
 /// it. Throws InputError with the place in the file.
 MADocuments::Reference ReferenceIn(const Document& document,
                                    const std::vector<std::string>& ignored);
+
+/// Applies what the user says of missing values to a stored reference that names no tokens: its own
+/// stay, and those of `data` come to them or in their place. Throws UsageError, with what `settled`
+/// says, for options that the reference has settled, and for a token that is a category of it, with
+/// the column.
+void SettleMissing(const DataOptions& data, const std::string& settled,
+                   MADocuments::Reference& reference);
 
 /// What the summary of each variable contradicts itself in, with the file's name, the column and
 /// what to do, one text each.

@@ -48,6 +48,9 @@ NewSummary SummariseLike(const Reference& reference, CsvReader& reader, MCQueryC
     for (const int slot : slots) cutPoints.push_back(usable[static_cast<std::size_t>(slot)]);
 
     summary.stats = Pass(records, cutPoints, reader, cancel);
+    // An application's reference can have the empty text as a category.
+    summary.namesMissing = reference.namesMissing ||
+                           MADocuments::FindMissingCategory(summary.stats, summary.missing) < 0;
     for (unsigned int slot = 0; slot < summary.stats.GetVarCount(); ++slot) {
         const int position = summary.stats.GetVarListIndex(slot);
         summary.uncounted.push_back(
