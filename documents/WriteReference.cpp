@@ -8,6 +8,7 @@
 
 #include "accredit/diststats/MAUniStats.h"
 #include "accredit/documents/Reference.h"
+#include "accredit/documents/internal/Element.h"
 #include "accredit/documents/internal/EncoderWithOthers.h"
 #include "accredit/host/ExportFormat.h"
 #include "accredit/host/MCPMMLExporter.h"
@@ -29,6 +30,8 @@ namespace {
 
 using ElementPtr = std::unique_ptr<XMLElement>;
 
+constexpr const char* kUnheld = "a text with control characters or bytes that are not UTF-8";
+
 // Runs a step of the exporter and gives the element that it made.
 template <class Step>
 ElementPtr Made(Step step) {
@@ -36,7 +39,7 @@ ElementPtr Made(Step step) {
     const MCStatus status = step(element);
     ElementPtr made(element);
     if (!status.IsOK() || !made) {
-        throw DocumentError("a document cannot hold this reference",
+        throw DocumentError("a PMML document cannot hold this reference",
                             "MAFindExportProblem names the variable and what is wrong with it");
     }
     return made;
@@ -97,13 +100,19 @@ MCUniStats Statistics(const Reference& reference, unsigned int slot) {
 // The texts that stand for missing data in every field.
 std::vector<std::string> TokensOf(const Reference& reference) {
     if (!reference.namesMissing) return {};
+    const int slot = FindMissingCategory(reference.stats, reference.missing);
+    if (slot >= 0) {
+        const std::string name =
+            MAUniStatsOf(reference.stats, static_cast<unsigned>(slot)).GetVarName();
+        throw DocumentError(
+            "the variable \"" + Shortened(name) + "\" has a missing token as a category",
+            "name other tokens, or none with namesMissing");
+    }
     const ElementPtr element(XMLElement::Create("Value"));
     for (const std::string& token : reference.missing.Texts()) {
         if (element->SetAttribute("value", token)) continue;
-        throw DocumentError(
-            "a PMML document cannot hold a missing token, a text with control characters or bytes "
-            "that are not UTF-8",
-            "name another");
+        throw DocumentError(std::string("a PMML document cannot hold a missing token, ") + kUnheld,
+                            "name another");
     }
     return reference.missing.Texts();
 }
@@ -150,10 +159,13 @@ std::string DocumentOf(const Reference& reference) {
     MCPMMLExporter exporter(nullptr);
     exporter.SetMissingValues(TokensOf(reference));
     const ElementPtr root(exporter.ExportPMMLElement());
-    ElementPtr header = Made([&](XMLElement*& element) {
-        return exporter.ExportHeader(&reference.application, "", true, element);
-    });
-    root->AddElement(header.release());
+    XMLElement* header = nullptr;
+    if (!exporter.ExportHeader(&reference.application, "", true, header).IsOK()) {
+        throw DocumentError(
+            std::string("a PMML document cannot hold what is said of the application, ") + kUnheld,
+            "name it otherwise");
+    }
+    root->AddElement(header);
     const MCVarList fields = FieldsOf(reference);
     std::vector<int> positions(fields.Size());
     std::iota(positions.begin(), positions.end(), 0);

@@ -179,8 +179,7 @@ std::string DocumentOf(const Learned& learned) {
             throw InputError(learned.name + ": a PMML document cannot hold " +
                              Unwritable(reference, problem));
         }
-        throw InputError(fmt::format("{}: {}; --ignore leaves columns out", learned.name,
-                                     Printable(error.what())));
+        throw InputError(fmt::format("{}: {}", learned.name, Printable(error.what())));
     }
 }
 

@@ -130,6 +130,12 @@ TEST(WriteReference, RefusesWhatADocumentCannotHold) {
     reference.missing = MADocuments::MissingTokens({"\x01"});
     EXPECT_THROW(WriteReference(reference), MADocuments::DocumentError);
     EXPECT_THROW(WriteReference(Reference()), MADocuments::DocumentError);
+    reference = ReadReference(Document());
+    reference.application.version = "\x01";
+    EXPECT_THROW(WriteReference(reference), MADocuments::DocumentError);
+    reference = ReadReference(Document());
+    reference.uncounted[2].missing = 0;
+    EXPECT_THROW(WriteReference(reference), MADocuments::DocumentError);
 }
 
 TEST(WriteReference, NamesTokensThatAreNoCategories) {
