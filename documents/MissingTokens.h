@@ -10,6 +10,9 @@
 
 #include "accredit/host/AccreditExport.h"
 
+/// @file
+/// The texts that stand for a missing datum.
+
 namespace MADocuments {
 
 /// The texts that stand for a missing datum: the empty text, and usually some spellings that

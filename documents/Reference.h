@@ -26,15 +26,16 @@ struct UncountedData {
     /// The number of data that are no numbers, though the variable's are; nothing if it is not
     /// known or if the variable's data are texts.
     std::optional<std::uint64_t> unreadable;
-    /// The line, from 1, on which the first of these stands, 0 if there is none; and what it is,
-    /// shortened and fit to be shown.
+    /// The line, from 1, on which the first of these stands, 0 if there is none.
     std::uint64_t firstUnreadableLine = 0;
+    /// What the first of these is, shortened and fit to be shown.
     std::string firstUnreadableText = {};
     /// The code of the category that stands for all those of new data that were too many to be kept
     /// by name, -1 if there is none. It is the last of those that the reference lacks.
     int otherCategories = -1;
 };
 
+/// Whether all of it is the same.
 ACCREDIT_EXPORT bool operator==(const UncountedData& left, const UncountedData& right);
 
 /// What new data is compared with: a summary, and all that was settled when it was learned. New
