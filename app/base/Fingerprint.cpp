@@ -9,20 +9,8 @@ namespace app {
 
 namespace {
 
-// The separators of ASCII, which hardly ever stand in a cell.
-constexpr char kBehindCell = '\x1F';
-constexpr char kBehindRow = '\x1E';
-
 // The hash takes many rows at once faster than one.
 constexpr std::size_t kPiece = std::size_t{1} << 16U;
-
-// Whether there is one byte between any two cells.
-bool AreInLine(const std::vector<std::string_view>& cells) {
-    for (std::size_t i = 1; i < cells.size(); ++i) {
-        if (cells[i].data() != cells[i - 1].data() + cells[i - 1].size() + 1) return false;
-    }
-    return true;
-}
 
 }  // namespace
 
@@ -34,24 +22,17 @@ Fingerprint::Fingerprint() : mState(XXH3_createState()) {
 }
 
 void Fingerprint::AddRow(const std::vector<std::string_view>& cells) {
-    const std::size_t begin = mRows.size();
-    if (AreInLine(cells)) {
-        const char* const first = cells.front().data();
-        const char* const last = cells.back().data() + cells.back().size();
-        mRows.append(first, static_cast<std::size_t>(last - first));
-        std::size_t end = begin;
-        for (std::size_t i = 0; i + 1 < cells.size(); ++i) {
-            end += cells[i].size();
-            mRows[end++] = kBehindCell;
-        }
-    } else {
-        for (const std::string_view cell : cells) {
-            mRows += cell;
-            mRows += kBehindCell;
-        }
-        mRows.pop_back();
+    for (const std::string_view cell : cells) {
+        mRows += cell;
+        mRows += ',';
     }
-    mRows += kBehindRow;
+    mRows.back() = '\n';
+    if (mRows.size() >= kPiece) Flush();
+}
+
+void Fingerprint::AddPlainRow(std::string_view row) {
+    mRows += row;
+    mRows += '\n';
     if (mRows.size() >= kPiece) Flush();
 }
 

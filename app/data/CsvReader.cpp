@@ -259,7 +259,7 @@ bool CsvReader::Next() {
         FailAt(mFields.size() - 1,
                fmt::format("the row ends here, the heading has {} columns", mMaxFields));
     }
-    if (mFingerprint) mFingerprint->AddRow(mFields);
+    if (mFingerprint) AddToFingerprint();
     if (!mPlaces.empty()) PutInOrder();
     return true;
 }
@@ -267,6 +267,16 @@ bool CsvReader::Next() {
 void CsvReader::BeginFingerprint() {
     mFingerprint.emplace();
     for (const std::string& heading : mFileHeadings[mFile]) mFingerprint->AddRow({heading});
+}
+
+void CsvReader::AddToFingerprint() {
+    if (mRowHasQuotes || mDelimiter != ',') {
+        mFingerprint->AddRow(mFields);
+    } else {
+        const char* const begin = mFields.front().data();
+        const char* const end = mFields.back().data() + mFields.back().size();
+        mFingerprint->AddPlainRow({begin, static_cast<std::size_t>(end - begin)});
+    }
 }
 
 void CsvReader::Rewind() {
@@ -322,10 +332,12 @@ inline void CsvReader::AddField(const char* begin, const char* end) {
 bool CsvReader::SplitRow() {
     mFields.clear();
     mDoubled.clear();
+    mRowHasQuotes = false;
     unsigned long long line = mRowLine;
     for (const char* at = mNext;; ++at) {
         const char* const begin = at;
         if (*at == '"') {
+            mRowHasQuotes = true;
             if (!FindClosingQuote(at, line)) return false;
             AddField(begin + 1, at);
             if (mFields.back().find('\0') != std::string_view::npos) {

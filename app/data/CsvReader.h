@@ -128,6 +128,7 @@ private:
     void BeginFile();
     void OpenFile();
     void BeginFingerprint();
+    void AddToFingerprint();
     void BeginBuffer();
     void ReadHeading();
     bool PassOverSeparatorLine();
@@ -167,6 +168,7 @@ private:
 
     std::vector<std::string_view> mFields;
     std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes
+    bool mRowHasQuotes = false;
     std::size_t mMaxFields = 0;
     bool mReadsHeading = true;
     bool mHasRows = false;                    // the file that is read
