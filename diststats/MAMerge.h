@@ -24,7 +24,7 @@ struct ACCREDIT_EXPORT MAMerged {
     /// For each slot of `stats`, which are those of the first: the slot in the second; empty if one
     /// of the two was skipped.
     std::vector<int> secondSlots;
-    MAMergeProblem problem = MAMergeProblem::None;
+    MAMergeProblem problem = MAMergeProblem::None;  ///< What is wrong.
     int slot = -1;        ///< Of the variable with the problem in the first, -1 if it lacks it.
     int secondSlot = -1;  ///< The same of the second.
 };

@@ -31,7 +31,9 @@ public:
     MASummaryBuilder(const MCMTD_NAMESPACE::MCVarList& varList,
                      const std::vector<std::vector<double>>& cutPoints);
 
+    /// Takes over.
     MASummaryBuilder(MASummaryBuilder&& other) noexcept;
+    /// The same.
     MASummaryBuilder& operator=(MASummaryBuilder&& other) noexcept;
     ~MASummaryBuilder();
 

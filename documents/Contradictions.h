@@ -3,6 +3,7 @@
 #include <string>
 
 #include "accredit/diststats/MADistStats.h"
+#include "accredit/host/AccreditExport.h"
 
 /// @file
 /// What a loaded summary says that no data has.
@@ -17,6 +18,6 @@ namespace MADocuments {
 ///
 /// Empty if nothing is wrong, and for a categorical variable, a variable without cases, one with
 /// numbers that are not finite, and a slot that does not exist. Throws std::bad_alloc.
-std::string FindContradiction(const MADistStats& stats, unsigned int slot);
+ACCREDIT_EXPORT std::string FindContradiction(const MADistStats& stats, unsigned int slot);
 
 }  // namespace MADocuments

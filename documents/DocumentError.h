@@ -26,7 +26,9 @@ public:
     /// Something without a place.
     DocumentError(const std::string& problem, const std::string& remedy);
 
+    /// A copy, which cannot fail.
     DocumentError(const DocumentError& other) noexcept;
+    /// The same.
     DocumentError& operator=(const DocumentError& other) noexcept;
     ~DocumentError() override;
 

@@ -23,6 +23,7 @@ public:
     /// What a value is.
     enum class Kind { None, Number, Text };
 
+    /// No value.
     RecordValue() = default;
     /// A number of any type.
     template <class Number, class = std::enable_if_t<std::is_arithmetic_v<Number>>>
@@ -35,6 +36,7 @@ public:
     RecordValue(const char* text)
         : mKind(text ? Kind::Text : Kind::None), mText(text ? text : std::string_view()) {}
 
+    /// Which of the three it is.
     Kind GetKind() const { return mKind; }
     /// The number, 0 if it is none.
     double Number() const { return mNumber; }
@@ -66,17 +68,20 @@ ACCREDIT_EXPORT std::vector<std::vector<double>> UsableCutPoints(const MADistSta
 /// Nothing of the reference is kept but a copy. An object is used by one thread at a time; each
 /// thread has its own, and Merge puts their summaries together. One that was moved from can only be
 /// assigned to or destroyed.
-class ACCREDIT_EXPORT NewRecords {
+class NewRecords {
 public:
     /// No records yet. The categories that the reference lacks are kept by name as long as they
     /// take no more than `categoryBytes` together with those of the reference; all that come
     /// later are counted as one without a name. Throws MCStatus MAStatusNoInputVars for a reference
     /// without variables.
-    explicit NewRecords(const Reference& reference, std::size_t categoryBytes = kMaxCategoryBytes);
+    ACCREDIT_EXPORT explicit NewRecords(const Reference& reference,
+                                        std::size_t categoryBytes = kMaxCategoryBytes);
 
-    NewRecords(NewRecords&& other) noexcept;
-    NewRecords& operator=(NewRecords&& other) noexcept;
-    ~NewRecords();
+    /// Takes over.
+    ACCREDIT_EXPORT NewRecords(NewRecords&& other) noexcept;
+    /// The same.
+    ACCREDIT_EXPORT NewRecords& operator=(NewRecords&& other) noexcept;
+    ACCREDIT_EXPORT ~NewRecords();
 
     /// Folds a record in: one value for each variable of the reference's list, in list order, whose
     /// places MCVarList::FindVariable tells. Those of variables that are no input variables are not
@@ -90,18 +95,18 @@ public:
     ///
     /// Gives MAStatusRecordSize, and nothing changes, for a record of another length. If memory
     /// runs out, the record is not counted.
-    MCCommon::MCStatus Add(const std::vector<RecordValue>& record);
+    ACCREDIT_EXPORT MCCommon::MCStatus Add(const std::vector<RecordValue>& record);
 
     /// The number of records that were folded in.
-    std::uint64_t RecordCount() const;
+    ACCREDIT_EXPORT std::uint64_t RecordCount() const;
 
     /// The summary of the records so far, with the counts of missing and unreadable data and the
     /// tokens of the reference. It shares nothing with this object, which goes on as if it had not
     /// been asked. What made it and its sources are left open.
-    Reference Summary() const;
+    ACCREDIT_EXPORT Reference Summary() const;
 
     /// Forgets all records, and the categories that came with them.
-    void Clear();
+    ACCREDIT_EXPORT void Clear();
 
 private:
     struct State;
