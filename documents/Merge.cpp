@@ -69,6 +69,15 @@ void RequireOtherSources(const Reference& first, const Reference& second) {
     }
 }
 
+MissingTokens CommonTokens(const MissingTokens& first, const MissingTokens& second) {
+    std::vector<std::string> texts = first.Texts();
+    texts.erase(
+        std::remove_if(texts.begin(), texts.end(),
+                       [&second](const std::string& text) { return !second.Contains(text); }),
+        texts.end());
+    return MissingTokens::Only(texts);
+}
+
 std::vector<MAUncountedData> Counts(const Reference& summary) {
     std::vector<MAUncountedData> counts;
     for (const UncountedData& data : summary.uncounted) {
@@ -91,7 +100,7 @@ Reference Merge(const Reference& first, const Reference& second) {
     if (merged.problem != MAMergeProblem::None) Refuse(merged, first, second);
     Reference both;
     both.stats = std::move(merged.stats);
-    both.missing = first.missing;
+    both.missing = first.namesMissing ? first.missing : CommonTokens(first.missing, second.missing);
     both.namesMissing = first.namesMissing;
     both.application = first.application;
     both.sources = first.sources;

@@ -20,6 +20,7 @@
 using MADocuments::DocumentError;
 using MADocuments::kMaxDocumentSize;
 using MADocuments::Reference;
+using MADocuments::VariableName;
 using MCCommon::MCStatus;
 using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::IMCVariable;
@@ -39,10 +40,6 @@ bool IsShownText(std::string_view text) {
         text.remove_prefix(shown);
     }
     return true;
-}
-
-std::string VariableName(const MADistStats& stats, unsigned int slot) {
-    return stats.GetVarList().GetVarAt(stats.GetVarListIndex(slot))->GetName();
 }
 
 bool IsCategory(const IMCEncoder& encoder, std::string_view token) {
@@ -112,12 +109,10 @@ std::optional<Document> LoadDocument(InputFile& file) {
 Reference ReferenceIn(const Document& document, const std::vector<std::string>& ignored) {
     try {
         Reference reference = MADocuments::ReadReference(document.text, ignored);
-        for (const MADocuments::UncountedData& data : reference.uncounted) {
+        // An application may have stored any text.
+        for (MADocuments::UncountedData& data : reference.uncounted) {
             if (!IsShownText(data.firstUnreadableText)) {
-                throw InputError(document.fileName +
-                                 ": the text of an unreadable cell is not one that 'accredit "
-                                 "learn' stores; " +
-                                 MADocuments::kRestoreDocument);
+                data.firstUnreadableText = Shortened(data.firstUnreadableText);
             }
         }
         return reference;

@@ -211,7 +211,9 @@ std::string TextListing(const Reference& reference, const std::string& title) {
     if (reference.sources.size() > 1) {
         listing += fmt::format(", made of {} sources", reference.sources.size());
     }
-    listing += "\nMissing values: the empty field";
+    listing += reference.namesMissing ? "\nMissing values"
+                                      : "\nMissing values (the usual, none are named)";
+    listing += ": the empty field";
     for (const std::string& token : reference.missing.Texts()) {
         if (!token.empty()) listing += fmt::format(", {}", Printable(token));
     }
