@@ -94,7 +94,6 @@ struct NewRecords::State {
     State(const Reference& reference, std::size_t maxBytes)
         : list(reference.stats.GetVarList()),
           missing(reference.missing),
-          namesMissing(reference.namesMissing),
           categoryBytes(maxBytes),
           builder(BareList(list), UsableCutPoints(reference.stats)),
           values(list.Size(), MCMV::Missing()) {
@@ -120,7 +119,6 @@ struct NewRecords::State {
 
     MCVarList list;
     MissingTokens missing;
-    bool namesMissing;
     std::size_t categoryBytes;
     std::size_t referenceBytes = 0;
     std::size_t usedBytes = 0;
@@ -273,7 +271,6 @@ Reference NewRecords::Summary() const {
     }
     summary.stats = MADistStats(stats.release());
     summary.missing = state.missing;
-    summary.namesMissing = state.namesMissing;
     return summary;
 }
 

@@ -89,14 +89,22 @@ ACCREDIT_EXPORT bool BeginsLikeDocument(std::string_view beginning);
 /// and unreadable data. Where no tokens are named, `missing` has those of a default MissingTokens
 /// that are no categories of the document, blanks aside.
 ///
+/// Every summary that MADistStats::ExportAsXML writes in no more than kMaxDocumentSize is read, and
+/// holds what it held, but for three things. A number of cases above 2^53 is the nearest double. A
+/// categorical variable has at least one frequency for each category; where there are more, because
+/// codes were counted that no value has, IMCVariable::GetNumCategories tells their number, and that
+/// of the encoder is smaller. Cut points of a categorical variable are not written.
+/// FindContradiction finds summaries that no data has.
+///
 /// Whatever is not such a document is refused with DocumentError and the place: one that is longer
 /// than kMaxDocumentSize or not well-formed XML in UTF-8; document types, processing instructions,
 /// CDATA sections and elements nested more than 32 deep; elements, attributes and values that the
 /// format does not have; a field or a value that stands twice; fields without statistics and
 /// statistics without field; margins that do not ascend or leave gaps; frequencies that do not sum
-/// to the number of cases outside the library's extension for those; summaries that contradict
-/// themselves; tokens that are categories; totals that differ among the fields with missingFreq;
-/// all fields ignored. Time and memory are bounded by the length. Throws std::bad_alloc.
+/// to the number of cases outside the library's extension for those; summary values that
+/// MADistStatsImp::SetSummStats refuses, or that it does not look at and makes missing; tokens that
+/// are categories; totals that differ among the fields with missingFreq; all fields ignored. Time
+/// and memory are bounded by the length. Throws std::bad_alloc.
 ACCREDIT_EXPORT Reference ReadReference(std::string_view document,
                                         const std::vector<std::string>& ignored = {});
 
