@@ -237,7 +237,12 @@ double ReadCounts(const Element& element, StoredStatistics& stored) {
     if (missing > stored.total || stored.invalid > stored.total - missing) {
         element.Refuse("more missing and invalid data than data");
     }
-    return static_cast<double>(stored.total - missing - stored.invalid);
+    const auto cases = static_cast<double>(stored.total - missing - stored.invalid);
+    const auto uncounted = static_cast<double>(missing + stored.invalid);
+    if (cases + uncounted - uncounted != cases) {
+        element.Refuse("counts too large to be told apart");
+    }
+    return cases;
 }
 
 }  // namespace

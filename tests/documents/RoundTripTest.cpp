@@ -189,7 +189,7 @@ void ExpectSame(const MADistStats& read, const MADistStats& written) {
 }
 
 TEST(RoundTrip, GivesBackAllThatIsExported) {
-    constexpr unsigned int kSummaries = 10000;
+    constexpr unsigned int kSummaries = 4000;
     unsigned int exported = 0;
     for (unsigned int seed = 0; seed < kSummaries && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
