@@ -190,8 +190,8 @@ void RequireBinsOf(const Reference& reference, const Reference& summary,
         if (difference.empty()) continue;
         refuse(fmt::format("column \"{}\": its {}", Shortened(name), difference));
     }
-    const bool name = reference.namesMissing && summary.namesMissing;
-    if (name && summary.missing.Texts() != reference.missing.Texts()) {
+    const bool areNamed = reference.namesMissing && summary.namesMissing;
+    if (areNamed && summary.missing.Texts() != reference.missing.Texts()) {
         refuse("its missing values");
     }
 }
