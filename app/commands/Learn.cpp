@@ -77,7 +77,7 @@ Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCance
     if (!document) throw InputError(file.Name() + ": this is not a stored reference");
     Reference reference = ReferenceIn(*document, options.data.columns.ignored);
     SettleMissing(options.data, "the reference of --bins-of has settled this", reference);
-    learned.binsRemarks = ContradictionsIn(reference, file.Name());
+    learned.documentRemarks = ContradictionsIn(reference, file.Name());
     return reference;
 }
 

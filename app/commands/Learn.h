@@ -30,8 +30,8 @@ struct Learned {
     /// How many files have the content of an earlier one, and count once more.
     std::size_t repeatedFiles = 0;
     SettledColumns data;  ///< Of a reference, in the order of its list; else none.
-    /// What a person should know of the reference of --bins-of; see ContradictionsIn.
-    std::vector<std::string> binsRemarks;
+    /// What a person should know of the documents that were read; see ContradictionsIn.
+    std::vector<std::string> documentRemarks;
     /// Of new data, for each slot the file of the first unreadable cell, fit to be shown.
     std::vector<std::string> unreadableFiles;
 };

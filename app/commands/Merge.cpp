@@ -43,16 +43,17 @@ struct Merging {
     std::vector<std::string> unreadableFiles = {};  // by slot
     std::map<std::string, std::string> filesBySource = {};
 
-    void Add(Reference summary, const std::string& fileName);
+    std::vector<std::string> remarks = {};
+
+    void Add(const Reference& summary, const std::string& fileName);
 };
 
-void Merging::Add(Reference summary, const std::string& fileName) {
+void Merging::Add(const Reference& summary, const std::string& fileName) {
     for (const std::string& source : summary.sources) {
         const auto [known, isNew] = filesBySource.emplace(source, fileName);
         if (isNew) continue;
-        throw InputError(
-            fmt::format("{}: was made of the same data as {}; leave one of the two out", fileName,
-                        known->second));
+        throw InputError(fmt::format("{}: has data that is in {} already; leave one of the two out",
+                                     fileName, known->second));
     }
     try {
         whole = MADocuments::Merge(whole, summary);
@@ -60,6 +61,8 @@ void Merging::Add(Reference summary, const std::string& fileName) {
         throw InputError(fmt::format("{}: cannot be merged with what is before it: {}", fileName,
                                      Printable(error.what())));
     }
+    const std::vector<std::string> contradictions = ContradictionsIn(summary, fileName);
+    remarks.insert(remarks.end(), contradictions.begin(), contradictions.end());
     unreadableFiles.resize(whole.stats.GetVarCount());
     for (unsigned int slot = 0; slot < unreadableFiles.size(); ++slot) {
         if (UncountedAt(whole, slot).firstUnreadableLine > 0 && unreadableFiles[slot].empty()) {
@@ -89,6 +92,7 @@ Learned MergeSummaries(const MergeOptions& options, Progress& progress, MCQueryC
     if (learned.fileCount > 1) {
         learned.name = fmt::format("{} and {} more", learned.name, learned.fileCount - 1);
     }
+    learned.documentRemarks = std::move(merging.remarks);
     learned.unreadableFiles = std::move(merging.unreadableFiles);
     learned.reference = std::move(merging.whole);
     learned.reference.application = ThisProgram();

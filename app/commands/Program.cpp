@@ -131,7 +131,7 @@ int Store(Make make, const std::vector<std::string>& inputs, const std::string& 
     const std::string document = DocumentOf(learned);
     const std::string account = AccountOf(learned, screen);
     const std::string remarks =
-        Remarks(learned.binsRemarks, "") + Remarks(RemarksOn(learned), learned.name + ": ");
+        Remarks(learned.documentRemarks, "") + Remarks(RemarksOn(learned), learned.name + ": ");
     if (file) {
         file->Replace(document);
         Write(out, account);

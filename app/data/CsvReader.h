@@ -168,14 +168,14 @@ private:
 
     std::vector<std::string_view> mFields;
     std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes
-    bool mRowHasQuotes = false;
     std::size_t mMaxFields = 0;
-    bool mReadsHeading = true;
-    bool mHasRows = false;                    // the file that is read
     std::string mFileWithoutRows;             // the first one
     std::optional<Fingerprint> mFingerprint;  // of the file that is read, if it is taken
     std::vector<std::string> mFingerprints;
     char mDelimiter = ',';
+    bool mRowHasQuotes = false;
+    bool mReadsHeading = true;
+    bool mHasRows = false;  // the file that is read
     // The bytes at which an unquoted field ends, or must not go on.
     std::array<bool, 256> mStops{};
 
