@@ -91,10 +91,10 @@ struct Part {
 // Adds a frequency; false if a count would not be exact.
 bool AddFrequency(double& sum, double more) {
     const bool areCounts = std::floor(sum) == sum && std::floor(more) == more;
-    const double added = sum + more;
-    const bool isExact =
-        areCounts ? added <= kMaxWhole || more == 0.0 || sum == 0.0 : std::isfinite(added);
-    sum = added;
+    // The sum may be rounded to the largest count.
+    const bool isExact = areCounts ? more <= kMaxWhole - sum || more == 0.0 || sum == 0.0
+                                   : std::isfinite(sum + more);
+    sum += more;
     return isExact;
 }
 
