@@ -259,6 +259,7 @@ void ReadFact(const Element& fact, Field& field) {
 // What the statistics of PMML have no place for, of the fields that have it, in their order.
 void ReadNewData(const Element& newData, std::vector<Field>& fields) {
     if (NameOf(newData) != "newData") newData.Refuse("this extension is not understood");
+    newData.AllowAttributes({"extender", "name"});
     auto field = fields.begin();
     Children children(newData);
     while (const Element element = children.Take("Extension")) {
@@ -281,6 +282,7 @@ void ReadNewData(const Element& newData, std::vector<Field>& fields) {
 }
 
 std::vector<std::string> ReadSources(const Element& extension) {
+    extension.AllowAttributes({"extender", "name"});
     std::vector<std::string> sources;
     std::set<std::string> seen;
     Children children(extension);
