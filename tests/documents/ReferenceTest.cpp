@@ -65,6 +65,7 @@ TEST(Reference, ComesBackFromItsDocument) {
     EXPECT_EQ(reference.uncounted[3].otherCategories, 1);
     EXPECT_EQ(fakes::Contents(reference.stats, 3), "4; M M M M; ; 1 3");
     EXPECT_EQ(reference.application.timestamp, "today");
+    EXPECT_EQ(reference.sources.back(), "hour <12>");
     EXPECT_EQ(fakes::Contents(reference.stats, 1), "4; M M M M; ; 2 2");
     fakes::KeepDocument(Document());
 
