@@ -278,10 +278,12 @@ std::vector<std::string> RemarksOn(const Learned& learned) {
     std::vector<std::string> remarks = RemarksOn(learned.data, learned.fileCount == 1);
     if (learned.repeatedFiles > 0) {
         remarks.push_back(
-            fmt::format("{} the same content as an earlier one, and its rows count again",
-                        learned.repeatedFiles == 1
-                            ? "one of the files has"
-                            : fmt::format("{} of the files have", learned.repeatedFiles)));
+            learned.repeatedFiles == 1
+                ? "one of the files has the same content as an earlier one, and its rows count "
+                  "again"
+                : fmt::format("{} of the files have the same content as earlier ones, and their "
+                              "rows count again",
+                              learned.repeatedFiles));
     }
     const MADistStats& stats = learned.reference.stats;
     const bool isReference = !learned.data.columns.empty();
