@@ -12,8 +12,10 @@
 
 #include "accredit/accreditation/MAAccreditor.h"
 #include "accredit/accreditation/MAVariableResult.h"
+#include "accredit/diststats/MAMerge.h"
 #include "accredit/diststats/MAPredictorDist.h"
 #include "accredit/diststats/MAProblems.h"
+#include "accredit/diststats/MASummaryBuilder.h"
 #include "accredit/diststats/MAUniStats.h"
 #include "accredit/host/MCPMMLExporter.h"
 #include "accredit/host/MCTableRecordIter.h"
@@ -187,6 +189,34 @@ TEST(AllocationFailure, FrontEndsKeepWhatTheyPromise) {
         std::ostringstream out(std::string(1 << 16, ' '));
         failed = guarded([&] { predictor.ExportDistStatsXML(nullptr, out); });
         EXPECT_TRUE(!failed || out.tellp() == 0);
+    });
+}
+
+TEST(AllocationFailure, ARecordIsAddedOrNothingChanges) {
+    const auto list = List("x c:a,b y d/2");
+    const std::vector<fakes::Numbers> cutPoints = {{1, 2}, {}, {1, 2, 3, 4, 5, 6}, {}};
+    FailEveryAllocation([&](const Guarded& guarded) {
+        guarded([&] { const MASummaryBuilder none(list, cutPoints); });
+        MASummaryBuilder builder(list, cutPoints);
+        const std::vector<fakes::Numbers> records = {{1, 0, 2, 9}, {2, 70, 3, 4}, {3, 1, 4, 300}};
+        for (const fakes::Numbers& record : records) {
+            const std::string before = Contents(builder.GetDistStats());
+            const bool failed = guarded([&] { builder.Add(record); });
+            EXPECT_EQ(Contents(builder.GetDistStats()) == before, failed);
+            EXPECT_TRUE(!failed || builder.Add(record).IsOK());
+        }
+        const std::string all = Contents(fakes::Summary(list, records, cutPoints));
+        guarded([&] { EXPECT_EQ(builder.GetDistStats().GetVarCount(), 4U); });
+        EXPECT_EQ(Contents(builder.GetDistStats()), all);
+        const MADistStats first = builder.GetDistStats();
+        const bool failed = guarded([&] { builder.Clear(); });
+        EXPECT_EQ(Contents(builder.GetDistStats()) == all, failed);
+        EXPECT_EQ(builder.GetRecordCount(), failed ? 3U : 0U);
+        guarded([&] {
+            const MAMerged merged = MAMergeDistStats(first, first);
+            EXPECT_EQ(merged.stats.GetNumberOfCases(0), 6U);
+        });
+        EXPECT_EQ(Contents(first), all);
     });
 }
 
