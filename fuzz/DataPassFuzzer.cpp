@@ -1,11 +1,16 @@
 // Any records from a source that may fail, with any cut points: a failure has its cause in the
-// case, and a summary agrees with one that is computed from the records in a plainer way.
+// case, and a summary agrees with one that is computed from the records in a plainer way. So does
+// one of records that are pushed in, and what is merged of two halves.
 
 #include <algorithm>
+#include <numeric>
 
 #include "SameSummary.h"
 #include "accredit/diststats/MADistStatsImp.h"
+#include "accredit/diststats/MAMerge.h"
+#include "accredit/diststats/MASummaryBuilder.h"
 #include "accredit/host/MAStatus.h"
+#include "accredit/host/MCStringEncoder.h"
 #include "accredit/host/MCVariable.h"
 #include "fakes/Seams.h"
 
@@ -42,7 +47,12 @@ struct Case {
         const std::size_t kind = input.Below(5);
         const auto role =
             kind == 4 ? IMCVariable::VariableRoleNone : IMCVariable::VariableRoleInput;
-        list.Add(MCVariable("v", static_cast<int>(kind), role));
+        const MCVariable variable("v", static_cast<int>(kind), role);
+        if (kind == IMCVariable::MeasureLevelNominal) {
+            list.Add(variable, MCMTD_NAMESPACE::MCStringEncoder({"a", "b", "c"}));
+        } else {
+            list.Add(variable);
+        }
     }
 
     void AddRow(Input& input) {
@@ -178,6 +188,65 @@ void CheckMoments(const Slot& slot, const std::vector<double>& values) {
     Require(std::fabs(static_cast<double>(slot.stdDev - stdDev)) <= bound, "the deviation");
 }
 
+MADistStats Pushed(const Case& c, const Lists& cuts, std::size_t from, std::size_t to) {
+    MASummaryBuilder builder(c.list, cuts);
+    for (std::size_t i = from; i < to; ++i) {
+        Require(builder.Add(c.rows[i]).IsOK(), "a record is taken");
+    }
+    Require(builder.Add(std::vector<double>(c.list.Size() + 1)).GetCode() == MAStatusRecordSize,
+            "a record of another size is refused");
+    Require(builder.GetRecordCount() == to - from, "records are counted");
+    return builder.GetDistStats();
+}
+
+// The frequencies of the codes that the encoder knows, and of all others together.
+std::vector<double> WithNameless(std::vector<double> frequencies, int known) {
+    const auto named =
+        frequencies.begin() +
+        std::min<std::ptrdiff_t>(known, std::distance(frequencies.begin(), frequencies.end()));
+    if (named == frequencies.end()) return frequencies;
+    const double nameless = std::accumulate(named, frequencies.end(), 0.0);
+    frequencies.erase(named, frequencies.end());
+    frequencies.push_back(nameless);
+    return frequencies;
+}
+
+void CheckMerged(const Case& c, const MADistStats& whole, const MADistStats& first,
+                 const MADistStats& second) {
+    const MAMerged merged = MAMergeDistStats(first, second);
+    if (merged.problem == MAMergeProblem::OtherCutPoints) {
+        const auto& cuts = whole.GetCutPoints(static_cast<unsigned int>(merged.slot));
+        return Require(cuts.size() == 1 && std::isnan(cuts[0]), "cut points that do not differ");
+    }
+    Require(merged.problem == MAMergeProblem::None, "halves can be merged");
+    for (unsigned int s = 0; s < whole.GetVarCount(); ++s) {
+        const Slot wanted(whole, s);
+        const Slot got(merged.stats, s);
+        const int position = whole.GetVarListIndex(s);
+        Require(got.count == wanted.count && Same(got.cutPoints, wanted.cutPoints),
+                "cases are added up");
+        if (whole.IsCategorical(s)) {
+            const int known = c.list.GetEncoderAt(position)->GetNumCategories();
+            Require(Same(got.frequencies, WithNameless(wanted.frequencies, known)),
+                    "categories are added up");
+            continue;
+        }
+        Require(Same(got.frequencies, wanted.frequencies), "bins are added up");
+        std::vector<double> values;
+        for (const std::vector<double>& row : c.rows) {
+            const double value = row[static_cast<std::size_t>(position)];
+            if (!MCMV::IsMissing(value)) values.push_back(value);
+        }
+        if (std::any_of(values.begin(), values.end(), [](double v) { return std::isnan(v); })) {
+            continue;
+        }
+        Require(Same(got.min, wanted.min) && Same(got.max, wanted.max), "the range is of both");
+        Require(got.min != got.max || got.count < 2 || got.stdDev == 0.0,
+                "what does not vary has the deviation 0");
+        CheckMoments(got, values);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -207,6 +276,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!CutPointsFit(stats, cuts)) return 0;
         Require(fuzz::SlotsOf(c.Run(cuts)) == fuzz::SlotsOf(stats),
                 "one pass with the cut points gives what two passes gave");
+        const std::size_t half = c.rows.size() / 2;
+        const MADistStats whole = Pushed(c, cuts, 0, c.rows.size());
+        Require(fuzz::SlotsOf(whole) == fuzz::SlotsOf(stats),
+                "records that are pushed in give what a pass gives");
+        CheckMerged(c, whole, Pushed(c, cuts, 0, half), Pushed(c, cuts, half, c.rows.size()));
     } catch (const MCCommon::MCStatus& status) {
         CheckFailure(c, status.GetCode());
     }
