@@ -1,17 +1,38 @@
 // A stored reference of any bytes: it is refused with its place, or it is a well-formed document
-// which, written and read again, gives the same reference and from then on the same text.
+// which, written and read again, gives the same reference and from then on the same text. Merged
+// with itself it has every case twice, or is refused.
 
 #include <optional>
 
 #include "SameSummary.h"
 #include "WellFormed.h"
 #include "accredit/documents/Contradictions.h"
+#include "accredit/documents/Merge.h"
 #include "accredit/documents/Reference.h"
 
 using fuzz::Require;
 using MADocuments::ReadReference;
 using MADocuments::Reference;
 using MADocuments::WriteReference;
+
+namespace {
+
+void CheckMerged(const Reference& read) {
+    Reference same = read;
+    same.sources.clear();
+    try {
+        const Reference both = MADocuments::Merge(read, same);
+        for (unsigned int slot = 0; slot < read.stats.GetVarCount(); ++slot) {
+            Require(both.stats.GetNumberOfCases(slot) == 2 * read.stats.GetNumberOfCases(slot),
+                    "cases are added up");
+        }
+        Require(ReadReference(WriteReference(both)).sources == read.sources, "sources are kept");
+    } catch (const MADocuments::DocumentError& error) {
+        Require(error.Line() == 0, "what cannot be merged or written has no place");
+    }
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
@@ -36,6 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         again.missing.Texts() == read->missing.Texts() && again.namesMissing == read->namesMissing,
         "the missing tokens are kept");
     Require(again.uncounted == read->uncounted, "what is counted besides is kept");
+    Require(again.sources == read->sources, "the sources are kept");
     Require(WriteReference(again) == written, "a second time the same is written");
+    CheckMerged(*read);
     return 0;
 }
