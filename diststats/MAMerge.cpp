@@ -98,6 +98,27 @@ bool AddFrequency(double& sum, double more) {
     return isExact;
 }
 
+MAMergeProblem AddFrequencies(std::vector<double>& sums, const std::vector<double>& more) {
+    sums.resize(std::max(sums.size(), more.size()), 0.0);
+    for (std::size_t i = 0; i < more.size(); ++i) {
+        if (!AddFrequency(sums[i], more[i])) return MAMergeProblem::TooManyCases;
+    }
+    return MAMergeProblem::None;
+}
+
+// Whether both have the same categories under the same codes, which `merged` then has too.
+bool HaveSameCodes(const IMCEncoder& first, const IMCEncoder& second, MergedEncoder& merged) {
+    const int categories = std::max(first.GetNumCategories(), 0);
+    if (std::max(second.GetNumCategories(), 0) != categories ||
+        categories > MCPMMLExporter::kMaxCategories) {
+        return false;
+    }
+    for (int code = 0; code < categories; ++code) {
+        if (merged.CodeOf(first, code) != code || merged.CodeOf(second, code) != code) return false;
+    }
+    return true;
+}
+
 // Adds the categories of a summary and their frequencies, and to `nameless` those of other codes.
 MAMergeProblem AddCategories(const MADistStats& stats, unsigned int slot, Part& part,
                              double& nameless) {
@@ -135,6 +156,12 @@ MAMergeProblem MergeCategories(const MADistStats& first, unsigned int slot,
         return MAMergeProblem::OtherKind;
     }
     part.encoder.emplace(valueType);
+    if (HaveSameCodes(EncoderAt(first, slot), EncoderAt(second, secondSlot), *part.encoder)) {
+        // Codes that no category has are the same in both, too.
+        part.frequencies = first.GetFrequencies(slot);
+        return AddFrequencies(part.frequencies, second.GetFrequencies(secondSlot));
+    }
+    part.encoder.emplace(valueType);
     double nameless = 0.0;
     for (const auto& [stats, at] : {std::pair(&first, slot), std::pair(&second, secondSlot)}) {
         const MAMergeProblem problem = AddCategories(*stats, at, part, nameless);
@@ -156,10 +183,7 @@ MAMergeProblem MergeBins(const MADistStats& first, unsigned int slot, const MADi
         part.frequencies.size() != more.size()) {
         return MAMergeProblem::OtherCutPoints;
     }
-    for (std::size_t bin = 0; bin < more.size(); ++bin) {
-        if (!AddFrequency(part.frequencies[bin], more[bin])) return MAMergeProblem::TooManyCases;
-    }
-    return MAMergeProblem::None;
+    return AddFrequencies(part.frequencies, more);
 }
 
 VarSummary SummaryAt(const MADistStats& stats, unsigned int slot) {

@@ -39,13 +39,15 @@ struct ACCREDIT_EXPORT MAMerged {
 /// sum of squares 0 and one without cases is skipped. The standard deviation is exactly 0 where
 /// minimum and maximum of both are equal. Comparisons rest on counts and on whether a variable
 /// varies, so that the accreditation and all verdicts are those of one pass to the last bit, unless
-/// a deviation underflows or overflows.
+/// a value is infinite or a deviation underflows or overflows.
 ///
 /// Categories are found by their value. They have the codes of the first, and behind them come
 /// those that only the second has, in their order; last, as one category without a name, the cases
-/// of all codes that an encoder does not give back for the value that it decodes them to. The list
-/// has ready-made variables and encoders of its own, which do not grow, and of other variables than
-/// input variables no encoders.
+/// of all codes that an encoder does not give back for the value that it decodes them to. Where the
+/// encoders of both have the same categories under the same codes, or none at all, frequencies are
+/// added code by code, those of codes beyond the categories included. The list has ready-made
+/// variables and encoders of its own, which do not grow, and of other variables than input
+/// variables no encoders.
 ///
 /// Source: T. F. Chan, G. H. Golub and R. J. LeVeque, The American Statistician 37 (1983), 242-247.
 ACCREDIT_EXPORT MAMerged MAMergeDistStats(const MADistStats& first, const MADistStats& second);
