@@ -21,23 +21,26 @@ using fakes::Numbers;
 using MCMTD_NAMESPACE::MCStringEncoder;
 using MCMTD_NAMESPACE::MCVariable;
 
-constexpr std::size_t kNumbers = 4;  // variables, before those of categories
-constexpr std::size_t kVariables = 6;
+constexpr std::size_t kNumbers = 4;  // Variables that are numbers come first,
+constexpr std::size_t kNamed = 6;    // then categories with names, and one without.
+constexpr std::size_t kVariables = 7;
 
-// Of the last variables a category that comes as its number.
+// Summarises records in which categories are numbers. All but the last get codes in the order in
+// which they come up; the last is its code, and has no encoder.
 struct Summariser {
     explicit Summariser(const std::vector<Numbers>& cutPoints) {
         for (std::size_t i = 0; i < kVariables; ++i) {
             const bool isNumber = i < kNumbers;
-            if (!isNumber) encoders.push_back(std::make_shared<MCStringEncoder>());
+            const bool isNamed = !isNumber && i < kNamed;
+            if (isNamed) encoders.push_back(std::make_shared<MCStringEncoder>());
             list.AddShared(std::make_shared<MCVariable>("v" + std::to_string(i), isNumber ? 1 : 2),
-                           isNumber ? nullptr : encoders.back());
+                           isNamed ? encoders.back() : nullptr);
         }
         builder = std::make_unique<MASummaryBuilder>(list, cutPoints);
     }
 
     void Add(Numbers record) {
-        for (std::size_t i = kNumbers; i < kVariables; ++i) {
+        for (std::size_t i = kNumbers; i < kNamed; ++i) {
             if (MCMV::IsMissing(record[i])) continue;
             record[i] = encoders[i - kNumbers]->AddCategory(std::to_string(record[i]));
         }
@@ -68,7 +71,7 @@ std::vector<Numbers> Draw(std::mt19937& random, std::size_t count, double centre
         records.push_back({normal(random), random() % 8 == 0 ? fakes::kMissing : normal(random),
                            spread == 1.0 ? centre : std::round(normal(random)),
                            random() % 40 == 0 ? normal(random) : fakes::kMissing, category(5),
-                           category(std::min<std::size_t>(i + 1, 30))});
+                           category(std::min<std::size_t>(i + 1, 30)), category(3)});
         if (random() % 10 == 0) records.back()[4] = fakes::kMissing;
     }
     return records;
@@ -122,7 +125,7 @@ std::string Verdicts(const MADistStats& reference, const MADistStats& summary) {
                fakes::ToText({each.cells.newCodes.begin(), each.cells.newCodes.end()}) + "; " +
                Said(each.values) + Said(each.missing) + "\n";
     }
-    for (const Numbers& weights : {Numbers(), Numbers{1, 0.5, 0, 2, 3, 0.25}}) {
+    for (const Numbers& weights : {Numbers(), Numbers{1, 0.5, 0, 2, 3, 0.25, 1}}) {
         double accreditation = -2.0;
         all += MAAccreditation(reference, summary, weights, accreditation).GetMessage();
         all += fakes::ToText({accreditation, MAExpectedAccreditation(comparisons, weights)});
@@ -136,7 +139,7 @@ TEST(MergedShards, GiveTheVerdictsOfOnePass) {
         const double centre = Numbers{0.0, 3.0, 1e6, -1e9}[random() % 4];
         const double spread = Numbers{1.0, 0.01, 2000.0}[random() % 3];
         const std::vector<Numbers> learned = Draw(random, 300, centre, spread);
-        const MADistStats bins = fakes::Summary(fakes::List("v0 v1 v2 v3 v4/2 v5/2"), learned);
+        const MADistStats bins = fakes::Summary(fakes::List("v0 v1 v2 v3 v4/2 v5/2 v6/2"), learned);
         std::vector<Numbers> cutPoints;
         for (unsigned int slot = 0; slot < kVariables; ++slot) {
             cutPoints.push_back(bins.GetCutPoints(slot));
