@@ -23,11 +23,22 @@ Fingerprint::Fingerprint() : mState(XXH3_createState()) {
 
 void Fingerprint::AddRow(const std::vector<std::string_view>& cells) {
     for (const std::string_view cell : cells) {
-        mRows += cell;
+        AddCell(cell);
         mRows += ',';
     }
     mRows.back() = '\n';
     if (mRows.size() >= kPiece) Flush();
+}
+
+// In quotes, a comma or a line end within a cell is not taken for the end of one.
+void Fingerprint::AddCell(std::string_view cell) {
+    if (cell.find_first_of(",\"\n") == std::string_view::npos) {
+        mRows += cell;
+        return;
+    }
+    mRows += '"';
+    for (const char byte : cell) mRows.append(byte == '"' ? 2 : 1, byte);
+    mRows += '"';
 }
 
 void Fingerprint::AddPlainRow(std::string_view row) {

@@ -21,7 +21,8 @@ public:
     /// Adds a row of at least one cell.
     void AddRow(const std::vector<std::string_view>& cells);
 
-    /// The same, faster, of a row as it stands in a file: the cells with commas between them.
+    /// The same, faster, of a row as it stands in a file: cells without quotes and commas between
+    /// them.
     void AddPlainRow(std::string_view row);
 
     /// The hash, XXH3 with 128 bits: "xxh128:" and 32 hexadecimal digits.
@@ -32,6 +33,7 @@ private:
         void operator()(XXH3_state_s* state) const;
     };
 
+    void AddCell(std::string_view cell);
     void Flush();
 
     std::unique_ptr<XXH3_state_s, Free> mState;
