@@ -28,6 +28,8 @@ public:
     /// A number of any type.
     template <class Number, class = std::enable_if_t<std::is_arithmetic_v<Number>>>
     RecordValue(Number number) : mKind(Kind::Number), mNumber(static_cast<double>(number)) {}
+    /// A character is neither a number nor a text.
+    RecordValue(char character) = delete;
     /// A text in UTF-8.
     RecordValue(std::string_view text) : mKind(Kind::Text), mText(text) {}
     /// The same.
