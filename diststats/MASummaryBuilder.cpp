@@ -11,12 +11,11 @@
 using MADetail::Accumulators;
 using MADetail::SummaryMembers;
 using MCCommon::MCStatus;
-using MCCommon::Record;
 using MCMTD_NAMESPACE::MCVarList;
 
 struct MASummaryBuilder::State {
     State(const MCVarList& varList, const std::vector<std::vector<double>>& cutPoints)
-        : summary(varList, nullptr), size(static_cast<int>(varList.Size())) {
+        : summary(varList, nullptr), size(varList.Size()) {
         for (unsigned int slot = 0; slot < summary.GetVarCount(); ++slot) {
             positions.push_back(summary.GetVarListIndex(slot));
             categorical.push_back(summary.IsCategorical(slot) ? 1 : 0);
@@ -40,7 +39,7 @@ struct MASummaryBuilder::State {
     }
 
     MADistStatsImp summary;  // with the list and the cut points, but without any case
-    int size;                // of a record
+    std::size_t size;        // of a record
     std::vector<int> positions;
     std::vector<std::int16_t> categorical;
     std::unique_ptr<Accumulators> accumulators;
@@ -55,9 +54,12 @@ MASummaryBuilder::MASummaryBuilder(MASummaryBuilder&& other) noexcept = default;
 MASummaryBuilder& MASummaryBuilder::operator=(MASummaryBuilder&& other) noexcept = default;
 MASummaryBuilder::~MASummaryBuilder() = default;
 
-MCStatus MASummaryBuilder::Add(const Record& record) {
-    if (record.Size() != mState->size) return {MAStatusRecordSize, false};
-    const double* const values = record.GetAll();
+MCStatus MASummaryBuilder::Add(const std::vector<double>& values) {
+    return Add(values.data(), values.size());
+}
+
+MCStatus MASummaryBuilder::Add(const double* values, std::size_t size) {
+    if (size != mState->size) return {MAStatusRecordSize, false};
     Accumulators& accumulators = *mState->accumulators;
     accumulators.ReserveCategories(values);
     accumulators.CountCategories(values);
@@ -65,13 +67,6 @@ MCStatus MASummaryBuilder::Add(const Record& record) {
     accumulators.CountBins(values);
     ++mState->count;
     return {};
-}
-
-MCStatus MASummaryBuilder::Add(const std::vector<double>& values) {
-    if (values.size() != static_cast<std::size_t>(mState->size)) {
-        return {MAStatusRecordSize, false};
-    }
-    return Add(Record(values.data(), mState->size));
 }
 
 unsigned long MASummaryBuilder::GetRecordCount() const { return mState->count; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -7,7 +8,6 @@
 #include "accredit/host/AccreditExport.h"
 #include "accredit/host/MCStatus.h"
 #include "accredit/host/MCVarList.h"
-#include "accredit/host/Record.h"
 
 /// @file
 /// A summary of records that come one at a time.
@@ -41,9 +41,9 @@ public:
     /// code. Values mean what they mean in a data pass, missing ones, NaN and codes out of range
     /// included. Gives MAStatusRecordSize, and nothing changes, for a record of another length. If
     /// memory runs out, nothing changes.
-    MCCommon::MCStatus Add(const MCCommon::Record& record);
-    /// The same.
     MCCommon::MCStatus Add(const std::vector<double>& values);
+    /// The same of so many values from `values` on.
+    MCCommon::MCStatus Add(const double* values, std::size_t size);
 
     /// The number of records that were folded in.
     unsigned long GetRecordCount() const;

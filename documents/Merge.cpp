@@ -1,8 +1,10 @@
 #include "accredit/documents/Merge.h"
 
 #include <algorithm>
-#include <limits>
+#include <cstdint>
 #include <set>
+#include <string_view>
+#include <utility>
 
 #include "accredit/diststats/MAMerge.h"
 
@@ -36,11 +38,14 @@ constexpr const char* kSameBins = "summarise all parts with the bins of the same
     }
 }
 
+// A document has all counts as doubles, of which every whole number up to this one is one.
+constexpr std::uint64_t kMaxCount = std::uint64_t{1} << 53U;
+
 // Nothing if one of the counts is not known.
 std::optional<std::uint64_t> Sum(std::optional<std::uint64_t> first,
                                  std::optional<std::uint64_t> second) {
     if (!first || !second) return std::nullopt;
-    if (*second > std::numeric_limits<std::uint64_t>::max() - *first) {
+    if (*first > kMaxCount || *second > kMaxCount - *first) {
         throw DocumentError(
             "there are too many missing or unreadable data in both together to be counted",
             "keep the summaries apart");
@@ -62,9 +67,9 @@ int NamelessCategory(const MADistStats& stats, unsigned int slot) {
 }
 
 void RequireOtherSources(const Reference& first, const Reference& second) {
-    const std::set<std::string> known(first.sources.begin(), first.sources.end());
-    for (const std::string& source : second.sources) {
-        if (known.count(source) == 0) continue;
+    const std::set<std::string_view> sources(second.sources.begin(), second.sources.end());
+    for (const std::string& source : first.sources) {
+        if (sources.count(source) == 0) continue;
         throw DocumentError("both were made of the same data, " + source, "leave one of them out");
     }
 }
@@ -88,7 +93,7 @@ std::vector<MAUncountedData> Counts(const Reference& summary) {
 
 }  // namespace
 
-Reference Merge(const Reference& first, const Reference& second) {
+Reference Merge(Reference first, const Reference& second) {
     if (second.stats.GetVarCount() == 0) return first;
     if (first.stats.GetVarCount() == 0) return second;
     RequireOtherSources(first, second);
@@ -98,14 +103,8 @@ Reference Merge(const Reference& first, const Reference& second) {
     }
     MAMerged merged = MAMergeDistStats(first.stats, second.stats);
     if (merged.problem != MAMergeProblem::None) Refuse(merged, first, second);
-    Reference both;
-    both.stats = std::move(merged.stats);
-    both.missing = first.namesMissing ? first.missing : CommonTokens(first.missing, second.missing);
-    both.namesMissing = first.namesMissing;
-    both.application = first.application;
-    both.sources = first.sources;
-    both.sources.insert(both.sources.end(), second.sources.begin(), second.sources.end());
-    for (unsigned int slot = 0; slot < both.stats.GetVarCount(); ++slot) {
+    std::vector<UncountedData> uncounted;
+    for (unsigned int slot = 0; slot < merged.stats.GetVarCount(); ++slot) {
         UncountedData data = UncountedAt(first, slot);
         const UncountedData more =
             UncountedAt(second, static_cast<unsigned int>(merged.secondSlots[slot]));
@@ -115,10 +114,14 @@ Reference Merge(const Reference& first, const Reference& second) {
             data.firstUnreadableLine = more.firstUnreadableLine;
             data.firstUnreadableText = more.firstUnreadableText;
         }
-        data.otherCategories = NamelessCategory(both.stats, slot);
-        both.uncounted.push_back(data);
+        data.otherCategories = NamelessCategory(merged.stats, slot);
+        uncounted.push_back(std::move(data));
     }
-    return both;
+    first.stats = std::move(merged.stats);
+    first.uncounted = std::move(uncounted);
+    if (!first.namesMissing) first.missing = CommonTokens(first.missing, second.missing);
+    first.sources.insert(first.sources.end(), second.sources.begin(), second.sources.end());
+    return first;
 }
 
 std::vector<MAVariableComparison> Compare(const Reference& reference, const Reference& summary,

@@ -19,8 +19,11 @@ namespace MADocuments {
 ///
 /// Throws DocumentError, without a place, if the two cannot be merged: because of other variables,
 /// kinds, cut points or missing tokens, because both were made of the same source, or because a
-/// count would be too large. Throws std::bad_alloc.
-ACCREDIT_EXPORT Reference Merge(const Reference& first, const Reference& second);
+/// count would be too large (missing or unreadable data above 2^53). Throws std::bad_alloc.
+///
+/// Takes `first` over, so that the sources of many parts need not be copied: whole =
+/// Merge(std::move(whole), part).
+ACCREDIT_EXPORT Reference Merge(Reference first, const Reference& second);
 
 /// What MACompareVariables says of a summary that was made with the cut points of `reference`, with
 /// all that is known of missing and unreadable data: one entry for each slot of `reference`, in

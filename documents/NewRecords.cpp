@@ -16,6 +16,7 @@
 #include "accredit/host/MCNumberEncoder.h"
 #include "accredit/host/MCStringEncoder.h"
 #include "accredit/host/MCVariable.h"
+#include "accredit/host/XMLElement.h"
 
 using MCCommon::MCStatus;
 using MCMTD_NAMESPACE::IMCEncoder;
@@ -24,6 +25,7 @@ using MCMTD_NAMESPACE::MCNumberEncoder;
 using MCMTD_NAMESPACE::MCStringEncoder;
 using MCMTD_NAMESPACE::MCVariable;
 using MCMTD_NAMESPACE::MCVarList;
+using MCXML_NAMESPACE::XMLElement;
 
 namespace MADocuments {
 
@@ -128,6 +130,12 @@ struct NewRecords::State {
     std::vector<double> values;
 };
 
+// Whether a document can hold a text: it is UTF-8 without characters that XML does not have.
+bool CanBeStored(const std::string& text) {
+    const std::unique_ptr<XMLElement> element(XMLElement::Create("Value"));
+    return element->SetAttribute("value", text);
+}
+
 double Uncounted(Variable& variable, Fate fate) {
     variable.fate = fate;
     return MCMV::Missing();
@@ -144,7 +152,8 @@ bool NewRecords::State::HasRoomFor(std::size_t length) {
 double NewRecords::State::TextCode(Variable& variable, const std::string& text) {
     const double known = variable.texts.EncodeString(text);
     if (known >= 0.0) return known;
-    if (variable.reference->EncodeString(text) < 0.0 && !HasRoomFor(text.size())) {
+    if (variable.reference->EncodeString(text) < 0.0 &&
+        !(CanBeStored(text) && HasRoomFor(text.size()))) {
         return Uncounted(variable, Fate::OtherCategory);
     }
     return variable.texts.AddCategory(text);

@@ -64,8 +64,8 @@ inline constexpr std::size_t kCategorySize = 128;
 ACCREDIT_EXPORT std::vector<std::vector<double>> UsableCutPoints(const MADistStats& reference);
 
 /// Summarises new data with the bins of a reference, from records that an application has one at a
-/// time. It gives what `accredit learn --bins-of` makes of a file with the same rows, and the
-/// comparison with the reference is the same to the last bit.
+/// time. It gives what `accredit learn --bins-of` makes of a file with the same rows, where that
+/// takes them, and the comparison with the reference is the same to the last bit.
 ///
 /// Nothing of the reference is kept but a copy. An object is used by one thread at a time; each
 /// thread has its own, and Merge puts their summaries together. One that was moved from can only be
@@ -73,9 +73,10 @@ ACCREDIT_EXPORT std::vector<std::vector<double>> UsableCutPoints(const MADistSta
 class NewRecords {
 public:
     /// No records yet. The categories that the reference lacks are kept by name as long as they
-    /// take no more than `categoryBytes` together with those of the reference; all that come
-    /// later are counted as one without a name. Throws MCStatus MAStatusNoInputVars for a reference
-    /// without variables.
+    /// take no more than `categoryBytes` together with those of the reference; all that come later
+    /// are counted as one without a name, and so is a text that no document can hold: one that is
+    /// not UTF-8 or has control characters other than tab and line end. Throws MCStatus
+    /// MAStatusNoInputVars for a reference without variables.
     ACCREDIT_EXPORT explicit NewRecords(const Reference& reference,
                                         std::size_t categoryBytes = kMaxCategoryBytes);
 

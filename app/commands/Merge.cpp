@@ -37,6 +37,22 @@ void RequireDifferentFiles(const std::vector<std::string>& paths) {
     }
 }
 
+// Whether all bins are those that the data's own mean and deviation give: a reference has such, and
+// new data that was summarised with the bins of another hardly ever.
+bool HasBinsOfItsOwn(const MADistStats& stats) {
+    bool hasBins = false;
+    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
+        if (stats.IsCategorical(slot) || stats.GetCutPoints(slot).empty()) continue;
+        double m = 0.0;
+        double s = 0.0;
+        stats.GetMeanStdDev(slot, m, s);
+        const std::vector<double> own = {m - (s + s), m - s, m, m + s, m + (s + s)};
+        if (stats.GetCutPoints(slot) != own) return false;
+        hasBins = true;
+    }
+    return hasBins;
+}
+
 // What has been merged so far, and from which files it came.
 struct Merging {
     Reference whole;
@@ -56,13 +72,19 @@ void Merging::Add(const Reference& summary, const std::string& fileName) {
                                      fileName, known->second));
     }
     try {
-        whole = MADocuments::Merge(whole, summary);
+        whole = MADocuments::Merge(std::move(whole), summary);
     } catch (const MADocuments::DocumentError& error) {
         throw InputError(fmt::format("{}: cannot be merged with what is before it: {}", fileName,
                                      Printable(error.what())));
     }
     const std::vector<std::string> contradictions = ContradictionsIn(summary, fileName);
     remarks.insert(remarks.end(), contradictions.begin(), contradictions.end());
+    if (HasBinsOfItsOwn(summary.stats)) {
+        remarks.push_back(
+            fileName +
+            ": this is a reference, whose bins are those of its own data; leave it out "
+            "if that is not a part of the new data");
+    }
     unreadableFiles.resize(whole.stats.GetVarCount());
     for (unsigned int slot = 0; slot < unreadableFiles.size(); ++slot) {
         if (UncountedAt(whole, slot).firstUnreadableLine > 0 && unreadableFiles[slot].empty()) {

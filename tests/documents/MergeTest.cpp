@@ -98,4 +98,17 @@ TEST(NewRecords, KeepNamesAsLongAsThereIsRoom) {
               MAStatusNoInputVars);
 }
 
+// One request with such a text must not keep a service from storing what it has seen.
+TEST(NewRecords, CountTextsThatNoDocumentHoldsAsOneCategory) {
+    Reference reference;
+    reference.stats = MADistStats(new MADistStatsImp(fakes::Loaded("c:a,b", "c; 3; 1 2")));
+    MADocuments::NewRecords records(reference);
+    for (const char* text : {"x", "\xFF", "a\x01", "\xEF\xBF\xBF", "y", "\xFF"}) {
+        EXPECT_TRUE(records.Add({text}).IsOK());
+    }
+    const Reference stored = MADocuments::ReadReference(WriteReference(records.Summary()));
+    EXPECT_EQ(fakes::Contents(stored.stats), "6; M M M M; ; 1 1 4");
+    EXPECT_EQ(stored.uncounted[0].otherCategories, 2);
+}
+
 }  // namespace
