@@ -23,7 +23,9 @@ constexpr const char* kSameBins = "summarise all parts with the bins of the same
     const std::string variable = "the variable \"" + name + "\"";
     switch (merged.problem) {
         case MAMergeProblem::OtherVariables:
-            throw DocumentError("only one of the two has " + variable, kSameBins);
+            throw DocumentError(std::string("only the ") + (merged.slot < 0 ? "second" : "first") +
+                                    " of the two has " + variable,
+                                "summarise parts that have the same columns");
         case MAMergeProblem::OtherKind:
             throw DocumentError(variable + " is of another kind in one of the two", kSameBins);
         case MAMergeProblem::OtherCutPoints:
@@ -83,14 +85,6 @@ MissingTokens CommonTokens(const MissingTokens& first, const MissingTokens& seco
     return MissingTokens::Only(texts);
 }
 
-std::vector<MAUncountedData> Counts(const Reference& summary) {
-    std::vector<MAUncountedData> counts;
-    for (const UncountedData& data : summary.uncounted) {
-        counts.push_back({data.missing, data.unreadable});
-    }
-    return counts;
-}
-
 }  // namespace
 
 Reference Merge(Reference first, const Reference& second) {
@@ -122,12 +116,6 @@ Reference Merge(Reference first, const Reference& second) {
     if (!first.namesMissing) first.missing = CommonTokens(first.missing, second.missing);
     first.sources.insert(first.sources.end(), second.sources.begin(), second.sources.end());
     return first;
-}
-
-std::vector<MAVariableComparison> Compare(const Reference& reference, const Reference& summary,
-                                          double alpha) {
-    return MACompareVariables(reference.stats, summary.stats, Counts(reference), Counts(summary),
-                              alpha);
 }
 
 }  // namespace MADocuments

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <vector>
-
-#include "accredit/accreditation/MAComparison.h"
 #include "accredit/documents/Reference.h"
 #include "accredit/host/AccreditExport.h"
 
 /// @file
-/// What is done with two references: merging and comparing them.
+/// Two references made one.
 
 namespace MADocuments {
 
@@ -24,12 +21,5 @@ namespace MADocuments {
 /// Takes `first` over, so that the sources of many parts need not be copied: whole =
 /// Merge(std::move(whole), part).
 ACCREDIT_EXPORT Reference Merge(Reference first, const Reference& second);
-
-/// What MACompareVariables says of a summary that was made with the cut points of `reference`, with
-/// all that is known of missing and unreadable data: one entry for each slot of `reference`, in
-/// slot order.
-ACCREDIT_EXPORT std::vector<MAVariableComparison> Compare(const Reference& reference,
-                                                          const Reference& summary,
-                                                          double alpha = 0.01);
 
 }  // namespace MADocuments

@@ -1,8 +1,6 @@
 #include "accredit/documents/NewRecords.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -41,12 +39,14 @@ struct Variable {
     std::size_t position;
     Kind kind;
     const IMCEncoder* reference;
-    MCStringEncoder texts;
-    MCNumberEncoder numbers;
+    MCStringEncoder texts = {};
+    MCNumberEncoder numbers = {};
     std::uint64_t missing = 0;
     std::uint64_t unreadable = 0;
     std::uint64_t others = 0;  // cases of categories without a name
-    Fate fate = Fate::Case;    // of the value that is being added
+    std::uint64_t firstUnreadable = 0;
+    std::string firstUnreadableText = {};
+    Fate fate = Fate::Case;  // of the value that is being added
 
     int NamedCategories() const { return texts.GetNumCategories() + numbers.GetNumCategories(); }
 };
@@ -62,12 +62,6 @@ MCVarList BareList(const MCVarList& list) {
         bare.Add(CopyOf(*list.GetVarAt(position), 0));
     }
     return bare;
-}
-
-std::string Spelled(double number) {
-    std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    return {digits.data(), end};
 }
 
 std::size_t SizeOf(const IMCEncoder& encoder) {
@@ -107,7 +101,7 @@ struct NewRecords::State {
                                   ? Kind::NumberCategory
                                   : Kind::TextCategory;
             if (kind != Kind::Continuous) referenceBytes += SizeOf(encoder);
-            variables.push_back({static_cast<std::size_t>(position), kind, &encoder, {}, {}});
+            variables.push_back({static_cast<std::size_t>(position), kind, &encoder});
         }
         usedBytes = referenceBytes;
     }
@@ -141,6 +135,22 @@ double Uncounted(Variable& variable, Fate fate) {
     return MCMV::Missing();
 }
 
+// Keeps the beginning of the first such text, if a document can hold it.
+double Unreadable(Variable& variable, std::string_view text) {
+    constexpr std::size_t kMaxShown = 40;
+    if (variable.unreadable == 0) {
+        std::size_t end = std::min(text.size(), kMaxShown);
+        // No character is cut in two.
+        while (end > 0 && end < text.size() &&
+               (static_cast<unsigned char>(text[end]) >> 6U) == 2U) {
+            --end;
+        }
+        variable.firstUnreadableText = text.substr(0, end);
+        if (!CanBeStored(variable.firstUnreadableText)) variable.firstUnreadableText.clear();
+    }
+    return Uncounted(variable, Fate::Unreadable);
+}
+
 // Once there is no room for one category there is none for any later one, so that those with a name
 // are the first.
 bool NewRecords::State::HasRoomFor(std::size_t length) {
@@ -170,8 +180,8 @@ double NewRecords::State::NumberCode(Variable& variable, double number) {
 
 double NewRecords::State::TakeNumber(Variable& variable, double number) {
     if (std::isnan(number) || MCMV::IsMissing(number)) return Uncounted(variable, Fate::Missing);
-    if (variable.kind == Kind::TextCategory) return TextCode(variable, Spelled(number));
-    if (std::isinf(number)) return Uncounted(variable, Fate::Unreadable);
+    if (variable.kind == Kind::TextCategory) return TextCode(variable, SpellNumber(number));
+    if (std::isinf(number)) return Unreadable(variable, SpellNumber(number));
     return variable.kind == Kind::NumberCategory ? NumberCode(variable, number) : number;
 }
 
@@ -180,7 +190,7 @@ double NewRecords::State::TakeText(Variable& variable, std::string_view text) {
     if (missing.Contains(trimmed)) return Uncounted(variable, Fate::Missing);
     if (variable.kind == Kind::TextCategory) return TextCode(variable, std::string(text));
     const std::optional<double> number = ParseNumber(trimmed);
-    return number ? TakeNumber(variable, *number) : Uncounted(variable, Fate::Unreadable);
+    return number ? TakeNumber(variable, *number) : Unreadable(variable, trimmed);
 }
 
 double NewRecords::State::Take(Variable& variable, const RecordValue& value) {
@@ -213,7 +223,9 @@ MCStatus NewRecords::Add(const std::vector<RecordValue>& record) {
     if (!status.IsOK()) return status;
     for (Variable& variable : state.variables) {
         if (variable.fate == Fate::Missing) ++variable.missing;
-        if (variable.fate == Fate::Unreadable) ++variable.unreadable;
+        if (variable.fate == Fate::Unreadable && ++variable.unreadable == 1) {
+            variable.firstUnreadable = RecordCount();
+        }
         if (variable.fate == Fate::OtherCategory) ++variable.others;
     }
     return {};
@@ -257,6 +269,10 @@ Reference NewRecords::Summary() const {
         UncountedData uncounted;
         uncounted.missing = variable.missing;
         if (variable.kind != Kind::TextCategory) uncounted.unreadable = variable.unreadable;
+        if (variable.firstUnreadable > 0 && !variable.firstUnreadableText.empty()) {
+            uncounted.firstUnreadableLine = variable.firstUnreadable;
+            uncounted.firstUnreadableText = variable.firstUnreadableText;
+        }
         double min = MCMV::Missing();
         double max = MCMV::Missing();
         double mean = MCMV::Missing();
@@ -287,7 +303,7 @@ void NewRecords::Clear() {
     State& state = *mState;
     state.builder.Clear();
     for (Variable& variable : state.variables) {
-        variable = {variable.position, variable.kind, variable.reference, {}, {}};
+        variable = {variable.position, variable.kind, variable.reference};
     }
     state.usedBytes = state.referenceBytes;
     state.hasNoRoom = false;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "accredit/documents/Reference.h"
@@ -16,8 +17,8 @@
 
 namespace MADocuments {
 
-/// One value of a record: a number, a text, or none. A text is not copied: it must live until the
-/// record has been added.
+/// One value of a record: a number, a text, or none. A text that is not a temporary is not copied:
+/// it must live until the record has been added.
 class RecordValue {
 public:
     /// What a value is.
@@ -34,6 +35,9 @@ public:
     RecordValue(std::string_view text) : mKind(Kind::Text), mText(text) {}
     /// The same.
     RecordValue(const std::string& text) : RecordValue(std::string_view(text)) {}
+    /// The same of a temporary, which is kept.
+    RecordValue(std::string&& text)
+        : mKind(Kind::Text), mOwnsText(true), mOwnText(std::move(text)) {}
     /// The same; null is no value.
     RecordValue(const char* text)
         : mKind(text ? Kind::Text : Kind::None), mText(text ? text : std::string_view()) {}
@@ -43,12 +47,14 @@ public:
     /// The number, 0 if it is none.
     double Number() const { return mNumber; }
     /// The text, empty if it is none.
-    std::string_view Text() const { return mText; }
+    std::string_view Text() const { return mOwnsText ? std::string_view(mOwnText) : mText; }
 
 private:
     Kind mKind = Kind::None;
+    bool mOwnsText = false;
     double mNumber = 0.0;
     std::string_view mText;
+    std::string mOwnText;
 };
 
 /// What the categories of a reference and of new data may take of memory. What has more has keys or
@@ -104,8 +110,9 @@ public:
     ACCREDIT_EXPORT std::uint64_t RecordCount() const;
 
     /// The summary of the records so far, with the counts of missing and unreadable data and the
-    /// tokens of the reference. It shares nothing with this object, which goes on as if it had not
-    /// been asked. What made it and its sources are left open.
+    /// tokens of the reference. In the place of the line of the first unreadable datum it has the
+    /// number of its record, from 1. It shares nothing with this object, which goes on as if it had
+    /// not been asked. What made it and its sources are left open.
     ACCREDIT_EXPORT Reference Summary() const;
 
     /// Forgets all records, and the categories that came with them.

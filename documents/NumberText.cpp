@@ -2,6 +2,8 @@
 
 #include <fast_float/fast_float.h>
 
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <system_error>
 
@@ -33,6 +35,12 @@ std::optional<double> ParseNumber(std::string_view text) {
     // NaN and infinities by name, and a number too large for a double, which becomes an infinity.
     if (!std::isfinite(value) || MCMV::IsMissing(value)) return std::nullopt;
     return value;
+}
+
+std::string SpellNumber(double number) {
+    std::array<char, 32> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    return {digits.data(), end};
 }
 
 }  // namespace MADocuments

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "accredit/host/AccreditExport.h"
@@ -18,5 +19,8 @@ ACCREDIT_EXPORT std::string_view TrimBlanks(std::string_view text);
 /// and nothing for any other text, for a number too large, and for the missing value, which no
 /// datum can have. NaN, infinities and hexadecimal digits are not decimal numbers.
 ACCREDIT_EXPORT std::optional<double> ParseNumber(std::string_view text);
+
+/// The shortest text that gives a number back, in any locale.
+ACCREDIT_EXPORT std::string SpellNumber(double number);
 
 }  // namespace MADocuments

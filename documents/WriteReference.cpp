@@ -1,11 +1,15 @@
 // A reference as a document: what the library writes, with the missing tokens and counts.
 
+#include <algorithm>
 #include <cstddef>
 #include <ios>
 #include <memory>
 #include <numeric>
+#include <set>
 #include <sstream>
+#include <string_view>
 
+#include "accredit/diststats/MAProblems.h"
 #include "accredit/diststats/MAUniStats.h"
 #include "accredit/documents/Reference.h"
 #include "accredit/documents/internal/Element.h"
@@ -32,24 +36,65 @@ using ElementPtr = std::unique_ptr<XMLElement>;
 
 constexpr const char* kUnheld = "a text with control characters or bytes that are not UTF-8";
 
-// Runs a step of the exporter and gives the element that it made.
-template <class Step>
-ElementPtr Made(Step step) {
-    XMLElement* element = nullptr;
-    const MCStatus status = step(element);
-    ElementPtr made(element);
-    if (!status.IsOK() || !made) {
-        throw DocumentError("a PMML document cannot hold this reference",
-                            "MAFindExportProblem names the variable and what is wrong with it");
+// What of a variable no document holds.
+std::string InWords(MAProblemKind kind) {
+    switch (kind) {
+        case MAProblemKind::Name:
+            return std::string("its name is ") + kUnheld;
+        case MAProblemKind::RepeatedName:
+            return "an earlier one has its name";
+        case MAProblemKind::TooManyCategories:
+            return "with its categories there are too many";
+        case MAProblemKind::Category:
+            return std::string("a category is ") + kUnheld + ", or no finite number";
+        case MAProblemKind::RepeatedCategory:
+            return "a category is there twice";
+        case MAProblemKind::SummaryStats:
+            return "its minimum, maximum, mean or deviation is no finite number";
+        case MAProblemKind::CutPoints:
+            return "its cut points are not finite or do not ascend";
+        default:
+            return "a frequency is no finite number";
     }
-    return made;
+}
+
+[[noreturn]] void RefuseVariables(const Reference& reference,
+                                  const std::vector<std::string>& tokens) {
+    const MAVariableProblem problem = MAFindExportProblem(reference.stats, tokens);
+    const auto slot = static_cast<unsigned int>(std::max(problem.slot, 0));
+    // The category without a name decodes to the empty text, and is not written.
+    if (problem.slot < 0 || (problem.category >= 0 &&
+                             problem.category == UncountedAt(reference, slot).otherCategories)) {
+        throw DocumentError("a PMML document cannot hold this reference",
+                            "give it variables with finite counts that fit together");
+    }
+    throw DocumentError("a PMML document cannot hold the variable \"" +
+                            Shortened(VariableName(reference.stats, slot)) +
+                            "\": " + InWords(problem.kind),
+                        "correct that, or leave the variable out");
+}
+
+bool IsXmlText(const std::string& text) {
+    const ElementPtr element(XMLElement::Create("Value"));
+    return element->SetAttribute("value", text);
+}
+
+void RequireGoodSources(const std::vector<std::string>& sources) {
+    std::set<std::string_view> seen;
+    for (const std::string& source : sources) {
+        const std::string place = "source " + std::to_string(seen.size() + 1);
+        if (source.empty()) throw DocumentError(place + " is empty", "leave it out, or name it");
+        if (!IsXmlText(source)) throw DocumentError(place + " is " + kUnheld, "name it otherwise");
+        if (!seen.insert(source).second) {
+            throw DocumentError(place + " is there twice", "leave one out");
+        }
+    }
 }
 
 ElementPtr Extension(MCPMMLExporter& exporter, const std::string& name, const std::string& value) {
-    return Made([&](XMLElement*& element) {
-        exporter.ExportExtension(name, value, element);
-        return MCStatus();
-    });
+    XMLElement* element = nullptr;
+    exporter.ExportExtension(name, value, element);
+    return ElementPtr(element);
 }
 
 // The input variables with the categories that their fields show: without the one that has no name.
@@ -102,15 +147,13 @@ std::vector<std::string> TokensOf(const Reference& reference) {
     if (!reference.namesMissing) return {};
     const int slot = FindMissingCategory(reference.stats, reference.missing);
     if (slot >= 0) {
-        const std::string name =
-            MAUniStatsOf(reference.stats, static_cast<unsigned>(slot)).GetVarName();
+        const std::string name = VariableName(reference.stats, static_cast<unsigned int>(slot));
         throw DocumentError(
             "the variable \"" + Shortened(name) + "\" has a missing token as a category",
             "name other tokens, or none with namesMissing");
     }
-    const ElementPtr element(XMLElement::Create("Value"));
     for (const std::string& token : reference.missing.Texts()) {
-        if (element->SetAttribute("value", token)) continue;
+        if (IsXmlText(token)) continue;
         throw DocumentError(std::string("a PMML document cannot hold a missing token, ") + kUnheld,
                             "name another");
     }
@@ -156,8 +199,10 @@ ElementPtr SourcesExtension(MCPMMLExporter& exporter, const Reference& reference
 }
 
 std::string DocumentOf(const Reference& reference) {
+    RequireGoodSources(reference.sources);
     MCPMMLExporter exporter(nullptr);
-    exporter.SetMissingValues(TokensOf(reference));
+    const std::vector<std::string> tokens = TokensOf(reference);
+    exporter.SetMissingValues(tokens);
     const ElementPtr root(exporter.ExportPMMLElement());
     XMLElement* header = nullptr;
     if (!exporter.ExportHeader(&reference.application, "", true, header).IsOK()) {
@@ -169,18 +214,20 @@ std::string DocumentOf(const Reference& reference) {
     const MCVarList fields = FieldsOf(reference);
     std::vector<int> positions(fields.Size());
     std::iota(positions.begin(), positions.end(), 0);
-    ElementPtr dictionary = Made([&](XMLElement*& element) {
-        return exporter.ExportDataDictionary(fields, positions, element);
-    });
-    root->AddElement(dictionary.release());
+    XMLElement* dictionary = nullptr;
+    if (!exporter.ExportDataDictionary(fields, positions, dictionary).IsOK()) {
+        RefuseVariables(reference, tokens);
+    }
+    root->AddElement(dictionary);
 
     ElementPtr extension = Extension(exporter, "containerModel", "");
     ElementPtr modelStats(XMLElement::Create("ModelStats"));
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
-        const MCUniStats variable = Statistics(reference, slot);
-        ElementPtr child =
-            Made([&](XMLElement*& element) { return exporter.ExportUniStats(variable, element); });
-        modelStats->AddElement(child.release());
+        XMLElement* variable = nullptr;
+        if (!exporter.ExportUniStats(Statistics(reference, slot), variable).IsOK()) {
+            RefuseVariables(reference, tokens);
+        }
+        modelStats->AddElement(variable);
     }
     extension->AddElement(modelStats.release());
     root->AddElement(extension.release());

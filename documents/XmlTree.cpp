@@ -22,6 +22,7 @@ constexpr std::string_view kWhiteSpace = " \t\r\n";
 constexpr const char* kOtherEncoding = "the encoding must be UTF-8";
 constexpr const char* kConvert = "convert the document to UTF-8, and name that in its first line";
 constexpr const char* kTakeOut = "take it out, a reference needs none";
+constexpr const char* kGiveDocument = "this is no document: give the text of one, decompressed";
 constexpr const char* kWriteAsText = "write its text with character references instead";
 constexpr const char* kLeaveOut = "leave out variables that have many categories";
 
@@ -66,7 +67,8 @@ public:
         if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
         Refuse(error == XML_ERROR_INVALID_TOKEN
                    ? "not well-formed XML: a byte or character that cannot stand here"
-                   : std::string("not well-formed XML: ") + XML_ErrorString(error));
+                   : std::string("not well-formed XML: ") + XML_ErrorString(error),
+               BeginsLikeDocument(document) ? kRestoreDocument : kGiveDocument);
     }
 
 private:

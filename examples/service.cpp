@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "accredit/documents/Merge.h"
+#include "accredit/documents/Comparison.h"
 #include "accredit/documents/NewRecords.h"
 #include "accredit/documents/Reference.h"
 
@@ -42,44 +42,74 @@ std::vector<std::string> Fields(const std::string& line) {
     return fields;
 }
 
-void Report(const Reference& reference, const Reference& recent, std::size_t from, std::size_t to) {
-    std::cout << "requests " << from << " to " << to << ':';
-    bool isUnchanged = true;
+const char* VerdictText(MAVerdict verdict) {
+    switch (verdict) {
+        case MAVerdict::Unchanged:
+            return "unchanged";
+        case MAVerdict::Minor:
+            return "minor";
+        case MAVerdict::Moderate:
+            return "moderate";
+        case MAVerdict::Major:
+            return "major";
+        case MAVerdict::NotTested:
+            break;
+    }
+    return "not tested";
+}
+
+// What is worth an alarm: how large the change is, and which categories the model does not know.
+void Report(const Reference& reference, const Reference& recent, std::size_t requests) {
+    std::cout << "request " << requests << ":\n";
     const auto variables = MADocuments::Compare(reference, recent);
     for (unsigned int slot = 0; slot < variables.size(); ++slot) {
-        if (variables[slot].verdict < MAVerdict::Moderate) continue;
-        std::cout << (isUnchanged ? " " : ", ") << MADocuments::VariableName(reference.stats, slot)
-                  << (variables[slot].verdict == MAVerdict::Major      ? " major"
-                      : variables[slot].verdict == MAVerdict::Moderate ? " moderate"
-                                                                       : " not tested");
-        isUnchanged = false;
+        const MAVariableComparison& variable = variables[slot];
+        if (variable.verdict < MAVerdict::Moderate) continue;
+        std::cout << "  " << MADocuments::VariableName(reference.stats, slot) << ": "
+                  << VerdictText(variable.verdict);
+        if (variable.values.shareMoved) {
+            std::cout << ", share moved " << *variable.values.shareMoved;
+        }
+        if (variable.missing.newShare) std::cout << ", missing " << *variable.missing.newShare;
+        for (const auto& category : MADocuments::UnknownCategories(reference, recent, slot)) {
+            std::cout << ", unknown \"" << category.text << '"';
+        }
+        std::cout << '\n';
     }
-    std::cout << (isUnchanged ? " unchanged" : "") << std::endl;
+    std::cout << std::flush;
+}
+
+// Where the values of a request stand in a record, -1 for what the reference does not know.
+std::vector<int> Places(const Reference& reference, const std::vector<std::string>& names) {
+    const auto& list = reference.stats.GetVarList();
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const std::string name = MADocuments::VariableName(reference.stats, slot);
+        if (std::find(names.begin(), names.end(), name) != names.end()) continue;
+        // All its values would count as missing.
+        throw std::runtime_error("the requests have no \"" + name + '"');
+    }
+    std::vector<int> places;
+    for (const std::string& name : names) places.push_back(list.FindVariable(name));
+    return places;
 }
 
 void Serve(const Reference& reference, std::size_t interval) {
-    // Where the values of a request stand in a record; what the reference does not know is left
-    // out.
-    const auto& list = reference.stats.GetVarList();
     std::string line;
     std::getline(std::cin, line);
-    std::vector<int> places;
-    for (const std::string& name : Fields(line)) places.push_back(list.FindVariable(name));
-
+    const std::vector<int> places = Places(reference, Fields(line));
     NewRecords recent(reference);
-    std::size_t requests = 0;
-    while (std::getline(std::cin, line)) {
+    for (std::size_t requests = 1; std::getline(std::cin, line); ++requests) {
         const std::vector<std::string> fields = Fields(line);
-        std::vector<RecordValue> record(list.Size());
+        std::vector<RecordValue> record(reference.stats.GetVarList().Size());
         for (std::size_t i = 0; i < std::min(places.size(), fields.size()); ++i) {
             if (places[i] >= 0) record[static_cast<std::size_t>(places[i])] = fields[i];
         }
-        recent.Add(record);  // has one value for each variable, and so cannot fail
+        recent.Add(record);  // one value for each variable of the list, so it cannot fail
 
         // This is where the model would score the request.
 
-        if (++requests % interval != 0) continue;
-        Report(reference, recent.Summary(), requests - interval + 1, requests);
+        if (requests % interval != 0) continue;
+        Report(reference, recent.Summary(), requests);
         recent.Clear();
     }
 }

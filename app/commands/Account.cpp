@@ -276,15 +276,6 @@ std::vector<std::string> RemarksOn(const SettledColumns& data, bool isOneFile) {
 
 std::vector<std::string> RemarksOn(const Learned& learned) {
     std::vector<std::string> remarks = RemarksOn(learned.data, learned.fileCount == 1);
-    if (learned.repeatedFiles > 0) {
-        remarks.push_back(
-            learned.repeatedFiles == 1
-                ? "one of the files has the same content as an earlier one, and its rows count "
-                  "again"
-                : fmt::format("{} of the files have the same content as earlier ones, and their "
-                              "rows count again",
-                              learned.repeatedFiles));
-    }
     const MADistStats& stats = learned.reference.stats;
     const bool isReference = !learned.data.columns.empty();
     for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
@@ -293,7 +284,9 @@ std::vector<std::string> RemarksOn(const Learned& learned) {
         std::string remark = isReference ? CrowdedInWords(stats, slot)
                                          : UnreadableInWords(learned.reference.uncounted[slot]);
         if (remark.empty()) continue;
-        if (!isReference && learned.fileCount > 1) remark += " of " + learned.unreadableFiles[slot];
+        if (!isReference && learned.fileCount > 1 && !learned.unreadableFiles[slot].empty()) {
+            remark += " of " + learned.unreadableFiles[slot];
+        }
         const int position = stats.GetVarListIndex(slot);
         const std::string name = stats.GetVarList().GetVarAt(position)->GetName();
         remarks.push_back(fmt::format(

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "accredit/accreditation/MAVariableResult.h"
-#include "accredit/documents/Merge.h"
+#include "accredit/documents/Comparison.h"
 #include "accredit/documents/NewRecords.h"
 #include "accredit/host/MAStatus.h"
 

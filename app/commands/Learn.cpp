@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -74,7 +75,9 @@ Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCance
                    Learned& learned) {
     InputFile file(options.binsOfPath, progress, cancel);
     const auto document = LoadDocument(file);
-    if (!document) throw InputError(file.Name() + ": this is not a stored reference");
+    if (!document)
+        throw InputError(file.Name() +
+                         ": this is not a stored reference; 'accredit learn' makes one of data");
     Reference reference = ReferenceIn(*document, options.data.columns.ignored);
     SettleMissing(options.data, "the reference of --bins-of has settled this", reference);
     learned.documentRemarks = ContradictionsIn(reference, file.Name());
@@ -89,7 +92,16 @@ void SummariseWithBins(const LearnOptions& options, const Reference& reference, 
     NewSummary made = SummariseLike(reference, reader, cancel);
     RequireIgnored(options, reader, names);
     if (made.summary.stats.GetVarCount() == 0) {
-        throw InputError(reader.Name() + ": the file has no column of the reference");
+        throw InputError(
+            reader.Name() +
+            ": the file has no column of the reference; is the line of headings missing?");
+    }
+    const MCVarList& found = made.summary.stats.GetVarList();
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const std::string name = MADocuments::VariableName(reference.stats, slot);
+        if (found.FindVariable(name) >= 0) continue;
+        learned.documentRemarks.push_back(fmt::format(
+            "{}: the column \"{}\" of the reference is not there", reader.Name(), Shortened(name)));
     }
     learned.reference = std::move(made.summary);
     learned.unreadableFiles = std::move(made.unreadableFiles);
@@ -103,6 +115,23 @@ void RequireUtf8(const LearnOptions& options, const CsvReader& reader) {
         if (!IsUtf8(heading) &&
             std::find(ignored.begin(), ignored.end(), heading) == ignored.end()) {
             reader.Refuse(i, std::string("the heading is ") + kNotText + kOtherEncoding);
+        }
+    }
+}
+
+// A file without rows, which adds nothing, has no fingerprint.
+void TakeSources(const CsvReader& reader, Learned& learned) {
+    std::map<std::string, std::string> files;
+    for (std::size_t i = 0; i < reader.Fingerprints().size(); ++i) {
+        const std::string& fingerprint = reader.Fingerprints()[i];
+        const std::string name = reader.FileName(i);
+        const auto [known, isNew] = files.emplace(fingerprint, name);
+        if (fingerprint.empty()) continue;
+        if (isNew) {
+            learned.reference.sources.push_back(fingerprint);
+        } else {
+            learned.documentRemarks.push_back(
+                fmt::format("{}: has the rows of {}, which count again", name, known->second));
         }
     }
 }
@@ -155,14 +184,7 @@ Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& ca
     } else {
         SummariseWithBins(options, *bins, reader, cancel, learned);
     }
-    std::set<std::string> seen{""};  // of files without rows, which add nothing
-    for (const std::string& fingerprint : reader.Fingerprints()) {
-        if (seen.insert(fingerprint).second) {
-            learned.reference.sources.push_back(fingerprint);
-        } else if (!fingerprint.empty()) {
-            ++learned.repeatedFiles;
-        }
-    }
+    TakeSources(reader, learned);
     learned.reference.application = ThisProgram();
     return learned;
 }
@@ -172,6 +194,9 @@ std::string DocumentOf(const Learned& learned) {
     try {
         return MADocuments::WriteReference(reference);
     } catch (const MADocuments::DocumentError& error) {
+        if (learned.isMerged) {
+            throw InputError(fmt::format("{}: {}", learned.name, Printable(error.what())));
+        }
         const MAVariableProblem problem = MAFindExportProblem(
             reference.stats,
             reference.namesMissing ? reference.missing.Texts() : std::vector<std::string>());

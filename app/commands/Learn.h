@@ -27,10 +27,10 @@ struct Learned {
     std::string name;  ///< Of the data, fit to be shown.
     std::size_t fileCount = 1;
     std::string separatedBy;  ///< In words; empty for several files.
-    /// How many files have the content of an earlier one, and count once more.
-    std::size_t repeatedFiles = 0;
-    SettledColumns data;  ///< Of a reference, in the order of its list; else none.
-    /// What a person should know of the documents that were read; see ContradictionsIn.
+    bool isMerged = false;    ///< Whether it was made of summaries.
+    SettledColumns data;      ///< Of a reference, in the order of its list; else none.
+    /// What a person should know of the documents and of the files as such; each begins with a
+    /// file's name.
     std::vector<std::string> documentRemarks;
     /// Of new data, for each slot the file of the first unreadable cell, fit to be shown.
     std::vector<std::string> unreadableFiles;

@@ -68,8 +68,10 @@ void Merging::Add(const Reference& summary, const std::string& fileName) {
     for (const std::string& source : summary.sources) {
         const auto [known, isNew] = filesBySource.emplace(source, fileName);
         if (isNew) continue;
-        throw InputError(fmt::format("{}: has data that is in {} already; leave one of the two out",
-                                     fileName, known->second));
+        throw InputError(fmt::format(
+            "{}: has data that is in {} already ({}); leave one of the two out, or merge "
+            "their parts again, each once",
+            fileName, known->second, Shortened(source)));
     }
     try {
         whole = MADocuments::Merge(std::move(whole), summary);
@@ -114,6 +116,7 @@ Learned MergeSummaries(const MergeOptions& options, Progress& progress, MCQueryC
     if (learned.fileCount > 1) {
         learned.name = fmt::format("{} and {} more", learned.name, learned.fileCount - 1);
     }
+    learned.isMerged = true;
     learned.documentRemarks = std::move(merging.remarks);
     learned.unreadableFiles = std::move(merging.unreadableFiles);
     learned.reference = std::move(merging.whole);

@@ -170,7 +170,9 @@ int RunShow(const ShowOptions& options, std::ostream& out, std::ostream& err,
     const std::optional<Document> document = LoadDocument(file);
     progress.Erase();
     interrupt.EndAtOnce();
-    if (!document) throw InputError(file.Name() + ": this is not a stored reference");
+    if (!document)
+        throw InputError(file.Name() +
+                         ": this is not a stored reference; 'accredit learn' makes one of data");
     const MADocuments::Reference reference = ReferenceIn(*document, {});
     const std::string remarks = Remarks(ContradictionsIn(reference, file.Name()), "");
     Write(out, options.json ? JsonListing(reference) : TextListing(reference, file.Name()));

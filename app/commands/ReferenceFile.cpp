@@ -141,6 +141,8 @@ void SettleMissing(const DataOptions& data, const std::string& settled, Referenc
     std::vector<std::string> texts = data.onlyMissing ? named : reference.missing.Texts();
     if (!data.onlyMissing) texts.insert(texts.end(), named.begin(), named.end());
     reference.missing = MADocuments::MissingTokens::Only(texts);
+    // From here on a summary must have been made with the same.
+    reference.namesMissing = data.onlyMissing || !named.empty();
 }
 
 std::vector<std::string> ContradictionsIn(const Reference& reference, const std::string& fileName) {

@@ -66,6 +66,9 @@ public:
     /// The name of the file that the row is from, fit to be shown.
     const std::string& FileName() const { return mFiles[mFile]->Name(); }
 
+    /// That of a file that has been opened, counted from 0.
+    const std::string& FileName(std::size_t file) const { return mFiles[file]->Name(); }
+
     std::size_t FileCount() const { return mPaths.size(); }
 
     /// The headings, one for each column, one or more; they may be empty and the same. Of several
