@@ -103,7 +103,7 @@ ACCREDIT_EXPORT bool BeginsLikeDocument(std::string_view beginning);
 /// statistics without field; margins that do not ascend or leave gaps; frequencies that do not sum
 /// to the number of cases outside the library's extension for those; summary values that
 /// MADistStatsImp::SetSummStats refuses, or that it does not look at and makes missing; tokens that
-/// are categories; missingFreq in some fields only, or with totals that differ; all fields ignored.
+/// are categories; totals that differ among the fields with missingFreq; all fields ignored.
 /// Time and memory are bounded by the length. Throws std::bad_alloc.
 ACCREDIT_EXPORT Reference ReadReference(std::string_view document,
                                         const std::vector<std::string>& ignored = {});

@@ -148,7 +148,18 @@ void SettleMissing(const DataOptions& data, const std::string& settled, Referenc
 std::vector<std::string> ContradictionsIn(const Reference& reference, const std::string& fileName) {
     std::vector<std::string> remarks;
     const MADistStats& stats = reference.stats;
+    const auto isCounted = [](const MADocuments::UncountedData& data) {
+        return data.missing.has_value();
+    };
+    const bool anyIsCounted =
+        std::any_of(reference.uncounted.begin(), reference.uncounted.end(), isCounted);
     for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
+        if (anyIsCounted && !isCounted(UncountedAt(reference, slot))) {
+            remarks.push_back(fmt::format(
+                "{}: column \"{}\": its missing values are not counted, and so not compared, "
+                "while those of other columns are",
+                fileName, Shortened(VariableName(stats, slot))));
+        }
         const std::string contradiction = MADocuments::FindContradiction(stats, slot);
         if (contradiction.empty()) continue;
         remarks.push_back(
