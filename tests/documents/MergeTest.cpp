@@ -1,3 +1,4 @@
+#include "accredit/documents/Comparison.h"
 #include "accredit/documents/Merge.h"
 
 #include <gmock/gmock.h>
@@ -96,6 +97,27 @@ TEST(NewRecords, KeepNamesAsLongAsThereIsRoom) {
     }
     EXPECT_EQ(fakes::CodeOf([] { MADocuments::NewRecords none{Reference()}; }),
               MAStatusNoInputVars);
+}
+
+TEST(UnknownCategories, AreThoseOfTheNewDataAlone) {
+    Reference reference;
+    reference.stats =
+        MADistStats(new MADistStatsImp(fakes::Loaded("c:a,b x n#1", "c; 3; 1 2 / n; 1; 1")));
+    MADocuments::NewRecords records(reference, 6 * MADocuments::kCategorySize);
+    for (const auto& row : std::vector<std::vector<MADocuments::RecordValue>>{
+             {"new", 1, 2.5}, {"b", 1, 1}, {"", 1, 1}, {"new", 1, 3}, {"more", 1, "?"}}) {
+        EXPECT_TRUE(records.Add(row).IsOK());
+    }
+    std::string found;
+    for (unsigned int slot = 0; slot < 4; ++slot) {
+        for (const auto& [text, cases, isNamed] :
+             UnknownCategories(reference, records.Summary(), slot)) {
+            found += (isNamed ? text : "others") + ' ' + fakes::ToText({cases}) + "; ";
+        }
+    }
+    EXPECT_EQ(found, "new 2; others 1; 2.5 1; others 1; ");
+    EXPECT_TRUE(UnknownCategories(reference, reference, 0).empty());
+    EXPECT_TRUE(UnknownCategories(reference, Reference(), 0).empty());
 }
 
 // One request with such a text must not keep a service from storing what it has seen.
