@@ -19,7 +19,6 @@
 #include "accredit/host/MCVariable.h"
 #include "accredit/host/XMLElement.h"
 
-using MCCommon::MCStatus;
 using MCMTD_NAMESPACE::IMCEncoder;
 using MCMTD_NAMESPACE::IMCVariable;
 using MCMTD_NAMESPACE::MCUniStats;

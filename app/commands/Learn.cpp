@@ -124,7 +124,7 @@ void TakeSources(const CsvReader& reader, Learned& learned) {
     std::map<std::string, std::string> files;
     for (std::size_t i = 0; i < reader.Fingerprints().size(); ++i) {
         const std::string& fingerprint = reader.Fingerprints()[i];
-        const std::string name = reader.FileName(i);
+        const std::string& name = reader.FileName(i);
         const auto [known, isNew] = files.emplace(fingerprint, name);
         if (fingerprint.empty()) continue;
         if (isNew) {
