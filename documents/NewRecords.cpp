@@ -64,66 +64,6 @@ MCVarList BareList(const MCVarList& list) {
     return bare;
 }
 
-std::size_t SizeOf(const IMCEncoder& encoder) {
-    std::size_t size = 0;
-    for (int code = 0; code < encoder.GetNumCategories(); ++code) {
-        size += kCategorySize + encoder.DecodeString(code).size();
-    }
-    return size;
-}
-
-}  // namespace
-
-std::vector<std::vector<double>> UsableCutPoints(const MADistStats& reference) {
-    std::vector<std::vector<double>> usable;
-    for (unsigned int slot = 0; slot < reference.GetVarCount(); ++slot) {
-        usable.push_back(MACutPointsFor(reference, slot));
-        const std::vector<double>& list = usable.back();
-        const auto disorder = std::adjacent_find(
-            list.begin(), list.end(), [](double left, double right) { return !(left < right); });
-        if (disorder != list.end()) usable.back().clear();
-    }
-    return usable;
-}
-
-struct NewRecords::State {
-    State(const Reference& reference, std::size_t maxBytes)
-        : list(reference.stats.GetVarList()),
-          missing(reference.missing),
-          categoryBytes(maxBytes),
-          builder(BareList(list), UsableCutPoints(reference.stats)),
-          values(list.Size(), MCMV::Missing()) {
-        for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
-            const int position = reference.stats.GetVarListIndex(slot);
-            const IMCEncoder& encoder = *list.GetEncoderAt(position);
-            const Kind kind = !reference.stats.IsCategorical(slot) ? Kind::Continuous
-                              : encoder.GetValueType() == IMCEncoder::ValueTypeNumber
-                                  ? Kind::NumberCategory
-                                  : Kind::TextCategory;
-            if (kind != Kind::Continuous) referenceBytes += SizeOf(encoder);
-            variables.push_back({static_cast<std::size_t>(position), kind, &encoder});
-        }
-        usedBytes = referenceBytes;
-    }
-
-    double Take(Variable& variable, const RecordValue& value);
-    double TakeText(Variable& variable, std::string_view text);
-    double TakeNumber(Variable& variable, double number);
-    double TextCode(Variable& variable, const std::string& text);
-    double NumberCode(Variable& variable, double number);
-    bool HasRoomFor(std::size_t length);
-
-    MCVarList list;
-    MissingTokens missing;
-    std::size_t categoryBytes;
-    std::size_t referenceBytes = 0;
-    std::size_t usedBytes = 0;
-    bool hasNoRoom = false;
-    MASummaryBuilder builder;
-    std::vector<Variable> variables;
-    std::vector<double> values;
-};
-
 // Whether a document can hold a text: it is UTF-8 without characters that XML does not have.
 bool CanBeStored(const std::string& text) {
     const std::unique_ptr<XMLElement> element(XMLElement::Create("Value"));
@@ -150,6 +90,66 @@ double Unreadable(Variable& variable, std::string_view text) {
     }
     return Uncounted(variable, Fate::Unreadable);
 }
+
+}  // namespace
+
+std::vector<std::vector<double>> UsableCutPoints(const MADistStats& reference) {
+    std::vector<std::vector<double>> usable;
+    for (unsigned int slot = 0; slot < reference.GetVarCount(); ++slot) {
+        usable.push_back(MACutPointsFor(reference, slot));
+        const std::vector<double>& list = usable.back();
+        const auto disorder = std::adjacent_find(
+            list.begin(), list.end(), [](double left, double right) { return !(left < right); });
+        if (disorder != list.end()) usable.back().clear();
+    }
+    return usable;
+}
+
+std::size_t CategoryBytes(const IMCEncoder& encoder) {
+    std::size_t bytes = 0;
+    for (int code = 0; code < encoder.GetNumCategories() && bytes <= kMaxCategoryBytes; ++code) {
+        bytes += kCategorySize + encoder.DecodeString(code).size();
+    }
+    return bytes;
+}
+
+struct NewRecords::State {
+    State(const Reference& reference, std::size_t maxBytes)
+        : list(reference.stats.GetVarList()),
+          missing(reference.missing),
+          categoryBytes(maxBytes),
+          builder(BareList(list), UsableCutPoints(reference.stats)),
+          values(list.Size(), MCMV::Missing()) {
+        for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+            const int position = reference.stats.GetVarListIndex(slot);
+            const IMCEncoder& encoder = *list.GetEncoderAt(position);
+            const Kind kind = !reference.stats.IsCategorical(slot) ? Kind::Continuous
+                              : encoder.GetValueType() == IMCEncoder::ValueTypeNumber
+                                  ? Kind::NumberCategory
+                                  : Kind::TextCategory;
+            if (kind != Kind::Continuous) referenceBytes += CategoryBytes(encoder);
+            variables.push_back({static_cast<std::size_t>(position), kind, &encoder});
+        }
+        usedBytes = referenceBytes;
+    }
+
+    double Take(Variable& variable, const RecordValue& value);
+    double TakeText(Variable& variable, std::string_view text);
+    double TakeNumber(Variable& variable, double number);
+    double TextCode(Variable& variable, const std::string& text);
+    double NumberCode(Variable& variable, double number);
+    bool HasRoomFor(std::size_t length);
+
+    MCVarList list;
+    MissingTokens missing;
+    std::size_t categoryBytes;
+    std::size_t referenceBytes = 0;
+    std::size_t usedBytes = 0;
+    bool hasNoRoom = false;
+    MASummaryBuilder builder;
+    std::vector<Variable> variables;
+    std::vector<double> values;
+};
 
 // Once there is no room for one category there is none for any later one, so that those with a name
 // are the first.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 #include "accredit/documents/Reference.h"
 #include "accredit/host/AccreditExport.h"
+#include "accredit/host/IMCEncoder.h"
 #include "accredit/host/MCStatus.h"
 
 /// @file
@@ -62,6 +64,9 @@ private:
 inline constexpr std::size_t kMaxCategoryBytes = 128 * std::size_t{1'048'576};
 /// What a category takes of it besides its text: about its places in the encoder and the summary.
 inline constexpr std::size_t kCategorySize = 128;
+
+/// What the categories of an encoder take of it. One that takes more is not looked at to its end.
+ACCREDIT_EXPORT std::size_t CategoryBytes(const MCMTD_NAMESPACE::IMCEncoder& encoder);
 
 /// The cut points of each input variable of a reference with which new data is summarised, by slot;
 /// see MACutPointsFor. Values that hardly vary at their size, or are so far apart that their

@@ -74,11 +74,7 @@ void RequireIgnored(const LearnOptions& options, const CsvReader& reader,
 Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
                    Learned& learned) {
     InputFile file(options.binsOfPath, progress, cancel);
-    const auto document = LoadDocument(file);
-    if (!document)
-        throw InputError(file.Name() +
-                         ": this is not a stored reference; 'accredit learn' makes one of data");
-    Reference reference = ReferenceIn(*document, options.data.columns.ignored);
+    Reference reference = ReferenceIn(LoadReference(file), options.data.columns.ignored);
     SettleMissing(options.data, "the reference of --bins-of has settled this", reference);
     learned.documentRemarks = ContradictionsIn(reference, file.Name());
     return reference;

@@ -58,7 +58,6 @@ struct Merging {
     Reference whole;
     std::vector<std::string> unreadableFiles = {};  // by slot
     std::map<std::string, std::string> filesBySource = {};
-
     std::vector<std::string> remarks = {};
 
     void Add(const Reference& summary, const std::string& fileName);

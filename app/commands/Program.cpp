@@ -167,13 +167,10 @@ int RunShow(const ShowOptions& options, std::ostream& out, std::ostream& err,
     Progress progress(terminal);
     Interrupt interrupt;
     InputFile file(options.referencePath, progress, interrupt);
-    const std::optional<Document> document = LoadDocument(file);
+    const Document document = LoadReference(file);
     progress.Erase();
     interrupt.EndAtOnce();
-    if (!document)
-        throw InputError(file.Name() +
-                         ": this is not a stored reference; 'accredit learn' makes one of data");
-    const MADocuments::Reference reference = ReferenceIn(*document, {});
+    const MADocuments::Reference reference = ReferenceIn(document, {});
     const std::string remarks = Remarks(ContradictionsIn(reference, file.Name()), "");
     Write(out, options.json ? JsonListing(reference) : TextListing(reference, file.Name()));
     err << remarks;

@@ -106,6 +106,13 @@ std::optional<Document> LoadDocument(InputFile& file) {
     return Document{file.Name(), std::move(text)};
 }
 
+Document LoadReference(InputFile& file) {
+    std::optional<Document> document = LoadDocument(file);
+    if (document) return std::move(*document);
+    throw InputError(file.Name() +
+                     ": this is not a stored reference; 'accredit learn' makes one of data");
+}
+
 Reference ReferenceIn(const Document& document, const std::vector<std::string>& ignored) {
     try {
         Reference reference = MADocuments::ReadReference(document.text, ignored);

@@ -21,6 +21,9 @@ struct Document {
 /// nothing, and the file stands at its beginning. Throws InputError, Cancelled.
 std::optional<Document> LoadDocument(InputFile& file);
 
+/// The same of a file that must be one. Throws InputError, Cancelled.
+Document LoadReference(InputFile& file);
+
 /// The reference that a document holds; the columns named in `ignored` are not input variables of
 /// it. Throws InputError with the place in the file.
 MADocuments::Reference ReferenceIn(const Document& document,

@@ -50,16 +50,6 @@ bool IsOneCategory(double number, std::string_view text) {
            digits.find_first_not_of("0.,", kDigits.size()) == std::string_view::npos;
 }
 
-// What the categories of an encoder take; null has none.
-std::size_t SizeOf(const IMCEncoder* encoder) {
-    if (!encoder) return 0;
-    std::size_t size = 0;
-    for (int code = 0; code < encoder->GetNumCategories(); ++code) {
-        size += kCategorySize + encoder->DecodeString(code).size();
-    }
-    return size;
-}
-
 // A categorical variable whose encoder grows.
 class GrowingVariable : public MCVariable {
 public:
@@ -203,7 +193,9 @@ double CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
 // are the first of the file.
 bool CsvRecordIter::HasRoomForUnknown(std::size_t length) {
     if (!mReferenceIsCounted) {
-        for (const Source& each : mSources) mCategoryBytes += SizeOf(each.reference);
+        for (const Source& each : mSources) {
+            if (each.reference) mCategoryBytes += MADocuments::CategoryBytes(*each.reference);
+        }
         mReferenceIsCounted = true;
     }
     if (mNoRoom) return false;
