@@ -206,8 +206,12 @@ double NewRecords::State::Take(Variable& variable, const RecordValue& value) {
     return Uncounted(variable, Fate::Missing);
 }
 
-NewRecords::NewRecords(const Reference& reference, std::size_t categoryBytes)
-    : mState(std::make_unique<State>(reference, categoryBytes)) {}
+NewRecords::NewRecords(const Reference& reference, std::size_t categoryBytes) {
+    if (reference.stats.GetVarCount() == 0) {
+        throw DocumentError("the reference has no variables", "read or learn one that has");
+    }
+    mState = std::make_unique<State>(reference, categoryBytes);
+}
 
 NewRecords::NewRecords(NewRecords&& other) noexcept = default;
 NewRecords& NewRecords::operator=(NewRecords&& other) noexcept = default;

@@ -86,8 +86,8 @@ public:
     /// No records yet. The categories that the reference lacks are kept by name as long as they
     /// take no more than `categoryBytes` together with those of the reference; all that come later
     /// are counted as one without a name, and so is a text that no document can hold: one that is
-    /// not UTF-8 or has control characters other than tab and line end. Throws MCStatus
-    /// MAStatusNoInputVars for a reference without variables.
+    /// not UTF-8 or has control characters other than tab and line end. Throws DocumentError,
+    /// without a place, for a reference without variables.
     ACCREDIT_EXPORT explicit NewRecords(const Reference& reference,
                                         std::size_t categoryBytes = kMaxCategoryBytes);
 

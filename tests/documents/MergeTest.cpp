@@ -9,7 +9,6 @@
 #include <string>
 
 #include "accredit/documents/NewRecords.h"
-#include "accredit/host/MAStatus.h"
 #include "fakes/Documents.h"
 #include "fakes/Summaries.h"
 
@@ -95,8 +94,7 @@ TEST(NewRecords, KeepNamesAsLongAsThereIsRoom) {
         records.Clear();
         EXPECT_EQ(fakes::Contents(records.Summary().stats), "0; M M M M; ; / 0; M M M M; ;");
     }
-    EXPECT_EQ(fakes::CodeOf([] { MADocuments::NewRecords none{Reference()}; }),
-              MAStatusNoInputVars);
+    EXPECT_THROW(MADocuments::NewRecords{Reference()}, MADocuments::DocumentError);
 }
 
 TEST(UnknownCategories, AreThoseOfTheNewDataAlone) {
