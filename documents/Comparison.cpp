@@ -48,7 +48,7 @@ std::vector<UnknownCategory> UnknownCategories(const Reference& reference, const
         if (!(cells->observed[cell] > 0.0)) continue;
         UnknownCategory category;
         category.cases = cells->observed[cell];
-        category.isNamed = code != others;
+        category.isNamed = code != others && code < encoder.GetNumCategories();
         if (category.isNamed) {
             category.text = encoder.GetValueType() == IMCEncoder::ValueTypeNumber
                                 ? SpellNumber(encoder.DecodeNumber(code))

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "accredit/diststats/MAMerge.h"
+#include "accredit/documents/internal/Element.h"
 
 using MCMTD_NAMESPACE::IMCEncoder;
 
@@ -20,7 +21,7 @@ constexpr const char* kSameBins = "summarise all parts with the bins of the same
     const std::string name =
         merged.slot >= 0 ? VariableName(first.stats, static_cast<unsigned int>(merged.slot))
                          : VariableName(second.stats, static_cast<unsigned int>(merged.secondSlot));
-    const std::string variable = "the variable \"" + name + "\"";
+    const std::string variable = "the variable \"" + Shortened(name) + "\"";
     switch (merged.problem) {
         case MAMergeProblem::OtherVariables:
             throw DocumentError(std::string("only the ") + (merged.slot < 0 ? "second" : "first") +
@@ -72,7 +73,8 @@ void RequireOtherSources(const Reference& first, const Reference& second) {
     const std::set<std::string_view> sources(second.sources.begin(), second.sources.end());
     for (const std::string& source : first.sources) {
         if (sources.count(source) == 0) continue;
-        throw DocumentError("both were made of the same data, " + source, "leave one of them out");
+        throw DocumentError("both were made of the same data, " + Shortened(source),
+                            "leave one of them out");
     }
 }
 

@@ -57,16 +57,14 @@ std::string InWords(MAProblemKind kind) {
     }
 }
 
-[[noreturn]] void RefuseVariables(const Reference& reference,
-                                  const std::vector<std::string>& tokens) {
-    const MAVariableProblem problem = MAFindExportProblem(reference.stats, tokens);
-    const auto slot = static_cast<unsigned int>(std::max(problem.slot, 0));
-    // The category without a name decodes to the empty text, and is not written.
-    if (problem.slot < 0 || (problem.category >= 0 &&
-                             problem.category == UncountedAt(reference, slot).otherCategories)) {
+// Tokens that are categories have been refused before.
+[[noreturn]] void RefuseVariables(const Reference& reference) {
+    const MAVariableProblem problem = MAFindExportProblem(reference.stats);
+    if (problem.slot < 0) {
         throw DocumentError("a PMML document cannot hold this reference",
                             "give it variables with finite counts that fit together");
     }
+    const auto slot = static_cast<unsigned int>(problem.slot);
     throw DocumentError("a PMML document cannot hold the variable \"" +
                             Shortened(VariableName(reference.stats, slot)) +
                             "\": " + InWords(problem.kind),
@@ -200,8 +198,7 @@ ElementPtr SourcesExtension(MCPMMLExporter& exporter, const Reference& reference
 std::string DocumentOf(const Reference& reference) {
     RequireGoodSources(reference.sources);
     MCPMMLExporter exporter(nullptr);
-    const std::vector<std::string> tokens = TokensOf(reference);
-    exporter.SetMissingValues(tokens);
+    exporter.SetMissingValues(TokensOf(reference));
     const ElementPtr root(exporter.ExportPMMLElement());
     XMLElement* header = nullptr;
     if (!exporter.ExportHeader(&reference.application, "", true, header).IsOK()) {
@@ -215,7 +212,7 @@ std::string DocumentOf(const Reference& reference) {
     std::iota(positions.begin(), positions.end(), 0);
     XMLElement* dictionary = nullptr;
     if (!exporter.ExportDataDictionary(fields, positions, dictionary).IsOK()) {
-        RefuseVariables(reference, tokens);
+        RefuseVariables(reference);
     }
     root->AddElement(dictionary);
 
@@ -224,7 +221,7 @@ std::string DocumentOf(const Reference& reference) {
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
         XMLElement* variable = nullptr;
         if (!exporter.ExportUniStats(Statistics(reference, slot), variable).IsOK()) {
-            RefuseVariables(reference, tokens);
+            RefuseVariables(reference);
         }
         modelStats->AddElement(variable);
     }

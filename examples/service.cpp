@@ -72,7 +72,7 @@ void Report(const Reference& reference, const Reference& recent, std::size_t req
         }
         if (variable.missing.newShare) std::cout << ", missing " << *variable.missing.newShare;
         for (const auto& category : MADocuments::UnknownCategories(reference, recent, slot)) {
-            std::cout << ", unknown \"" << category.text << '"';
+            std::cout << ", unknown \"" << (category.isNamed ? category.text : "others") << '"';
         }
         std::cout << '\n';
     }

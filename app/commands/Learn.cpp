@@ -193,9 +193,7 @@ std::string DocumentOf(const Learned& learned) {
         if (learned.isMerged) {
             throw InputError(fmt::format("{}: {}", learned.name, Printable(error.what())));
         }
-        const MAVariableProblem problem = MAFindExportProblem(
-            reference.stats,
-            reference.namesMissing ? reference.missing.Texts() : std::vector<std::string>());
+        const MAVariableProblem problem = MAFindExportProblem(reference.stats);
         if (problem.slot >= 0) {
             throw InputError(learned.name + ": a PMML document cannot hold " +
                              Unwritable(reference, problem));

@@ -114,6 +114,11 @@ TEST(UnknownCategories, AreThoseOfTheNewDataAlone) {
         }
     }
     EXPECT_EQ(found, "new 2; others 1; 2.5 1; others 1; ");
+    // Codes beyond the categories of an encoder have no name either.
+    Reference beyond;
+    beyond.stats = fakes::Summary(fakes::List("c:a,b x n#1"), {{3, 1, 0}, {0, 1, 0}});
+    ASSERT_EQ(UnknownCategories(reference, beyond, 0).size(), 1U);
+    EXPECT_FALSE(UnknownCategories(reference, beyond, 0)[0].isNamed);
     EXPECT_TRUE(UnknownCategories(reference, reference, 0).empty());
     EXPECT_TRUE(UnknownCategories(reference, Reference(), 0).empty());
 }
