@@ -3,10 +3,12 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <iostream>
 
 #include "app/base/Screen.h"
 #include "app/commands/Program.h"
+#include "app/sql/Connection.h"
 
 namespace {
 
@@ -35,6 +37,9 @@ int main(int argc, char** argv) {
     AllowManyFiles();
     // A file that must not grow further is told by the write that failed.
     std::signal(SIGXFSZ, SIG_IGN);
-    return app::RunProgram(argc, argv, std::cout, std::cerr, app::ScreenOf(STDOUT_FILENO),
-                           isatty(STDERR_FILENO) == 1);
+    const int status = app::RunProgram(argc, argv, std::cout, std::cerr,
+                                       app::ScreenOf(STDOUT_FILENO), isatty(STDERR_FILENO) == 1);
+    // A query that does not stop may still use what would be taken down.
+    if (app::Connection::IsStuck()) std::_Exit(status);
+    return status;
 }

@@ -36,19 +36,36 @@ Progress::Progress(std::ostream* terminal, std::chrono::milliseconds interval)
 
 Progress::~Progress() { Erase(); }
 
+bool Progress::IsTime() {
+    if (!mTerminal) return false;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < mNextDraw) return false;
+    mNextDraw = now + mInterval;
+    return true;
+}
+
+void Progress::Draw(const std::string& line) {
+    mDrawn = true;
+    *mTerminal << "\r\x1b[K" << line << std::flush;
+}
+
 void Progress::Update(std::string_view file, int pass, std::uint64_t done,
                       std::optional<std::uint64_t> size) {
-    if (!mTerminal) return;
-    const auto now = std::chrono::steady_clock::now();
-    if (now < mNextDraw) return;
-    mNextDraw = now + mInterval;
-    mDrawn = true;
+    if (!IsTime()) return;
     // A file that is being written to may be longer by now than it was when it was opened.
     const std::string amount =
         size.value_or(0) > 0
             ? Bar(std::min(1.0, static_cast<double>(done) / static_cast<double>(*size)))
             : fmt::format("{:.1f} MB", static_cast<double>(done) / 1e6);
-    *mTerminal << fmt::format("\r\x1b[K{}, pass {} {}", Name(file), pass, amount) << std::flush;
+    Draw(fmt::format("{}, pass {} {}", Name(file), pass, amount));
+}
+
+void Progress::UpdateQuery(std::string_view table, std::size_t query, std::size_t queries,
+                           double seconds) {
+    if (!IsTime()) return;
+    Draw(query == 0
+             ? fmt::format("{}, connecting, {:.0f} s", Name(table), seconds)
+             : fmt::format("{}, query {} of {}, {:.0f} s", Name(table), query, queries, seconds));
 }
 
 void Progress::Erase() {

@@ -98,6 +98,7 @@ std::string FewValues(const Learned& learned) {
 }
 
 std::string Place(const ShownCell& cell, bool isOneFile) {
+    if (cell.line == 0) return fmt::format("\"{}\"", Shortened(cell.text));
     return fmt::format("\"{}\" on line {}{}", Shortened(cell.text), cell.line,
                        isOneFile ? std::string() : " of " + cell.file);
 }

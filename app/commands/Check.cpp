@@ -20,6 +20,7 @@
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
 #include "app/data/NewSummary.h"
+#include "app/sql/TableSource.h"
 
 using MADocuments::Reference;
 
@@ -139,9 +140,35 @@ private:
     bool mHasSummary = false;
 };
 
+CheckResult CheckTable(const SqlOptions& options, const CheckOptions& check,
+                       const std::shared_ptr<const Reference>& reference,
+                       const std::vector<double>& weights, std::vector<std::string>& remarks,
+                       Progress& progress, MCQueryCancel& cancel, std::ostream* log) {
+    TableQueries table(options, progress, cancel, log);
+    const std::vector<std::string> known = NamesOf(reference->stats.GetVarList());
+    const std::vector<std::string> columns = NamesOf(table.Columns());
+    RequireColumns(check.data.ignoredByOption, {&known, &columns},
+                   "neither the reference nor the table has a column");
+    TableSummary made = SummariseTable(*reference, table);
+    remarks.insert(remarks.end(), made.remarks.begin(), made.remarks.end());
+    CheckResult result = Compare(reference, std::move(made.summary), weights, check.alpha);
+    for (const UntestedColumn& each : made.untested) {
+        ExplainUntested(each.name, each.problem, result);
+    }
+    result.newName = table.Name();
+    return result;
+}
+
 }  // namespace
 
-Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel) {
+std::vector<std::string> NewLabels(const CheckOptions& options) {
+    if (!options.table.sql) return options.newPaths;
+    const SqlOptions& sql = *options.table.sql;
+    return {sql.table.empty() ? "query" : sql.table};
+}
+
+Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel,
+              std::ostream* log) {
     const bool isInput = options.referencePath == "-";
     if (std::count(options.newPaths.begin(), options.newPaths.end(), "-") + (isInput ? 1 : 0) > 1) {
         throw UsageError("only one of the files can be standard input");
@@ -182,6 +209,10 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
 
     const auto shared = std::make_shared<const Reference>(std::move(*reference));
     const std::vector<double> inOrder = WeightsInOrder(weights, shared->stats);
+    if (options.table.sql) {
+        checked.results.push_back(CheckTable(*options.table.sql, options, shared, inOrder,
+                                             checked.remarks, progress, cancel, log));
+    }
     for (const std::string& path : options.newPaths) {
         NewFile file = OpenNew(path, format, progress, cancel);
         if (!IsRegularFile(path)) columns.Take(file);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,6 +26,7 @@ enum class ReportFormat { Text, Json, OpenMetrics };
 struct CheckOptions {
     std::string referencePath;          ///< A stored reference or a data file.
     std::vector<std::string> newPaths;  ///< Data or stored summaries; "-" is standard input.
+    TableOptions table;                 ///< In the place of files.
     DataOptions data;
     std::vector<ColumnWeight> weights;  ///< Columns that are not named weigh 1.
     double alpha = 0.01;
@@ -33,6 +35,9 @@ struct CheckOptions {
     bool showAll = false;    ///< All variables in the text report.
     std::string reportPath;  ///< The page to write; empty for none.
 };
+
+/// What reports call the new data, in the order of the results.
+std::vector<std::string> NewLabels(const CheckOptions& options);
 
 /// What comparisons with a reference gave.
 struct Checked {
@@ -45,9 +50,11 @@ struct Checked {
 /// Compares each new file with the reference. A data file is read up to three times and learned as
 /// a reference; of a stored reference, which its beginning tells apart, all that is known, and the
 /// result is the same to the last bit. So it is with new data and its stored summary. New data is
-/// read once. Memory does not grow with the number of rows.
+/// read once. Memory does not grow with the number of rows. `log` takes the queries to an engine
+/// where they are to be shown.
 ///
 /// Throws UsageError for options that do not fit the reference, InputError, OutputError, Cancelled.
-Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel);
+Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel,
+              std::ostream* log);
 
 }  // namespace app

@@ -157,6 +157,14 @@ CheckResult Compare(std::shared_ptr<const Reference> reference, Reference newSum
     return result;
 }
 
+void ExplainUntested(const std::string& name, const std::string& problem, CheckResult& result) {
+    for (CheckedVariable& variable : result.variables) {
+        if (variable.name != name) continue;
+        variable.status = MCStatus(MAStatusVariableNotInput, false);
+        variable.reason = "Not tested: the column " + problem;
+    }
+}
+
 std::optional<std::uint64_t> RowCount(const Reference& summary) {
     if (summary.stats.GetVarCount() == 0 || !UncountedAt(summary, 0).missing) return std::nullopt;
     const UncountedData& data = summary.uncounted[0];

@@ -52,6 +52,9 @@ CheckResult Compare(std::shared_ptr<const MADocuments::Reference> reference,
                     MADocuments::Reference newSummary, const std::vector<double>& weights,
                     double alpha);
 
+/// Says of a variable that the new data has and that could not be summarised why that is so.
+void ExplainUntested(const std::string& name, const std::string& problem, CheckResult& result);
+
 /// The number of rows that a summary was made of, nothing if it is not known.
 std::optional<std::uint64_t> RowCount(const MADocuments::Reference& summary);
 

@@ -7,8 +7,17 @@
 #include "accredit/documents/MissingTokens.h"
 #include "app/data/ColumnKinds.h"
 #include "app/data/CsvReader.h"
+#include "app/sql/Connection.h"
 
 namespace app {
+
+/// What the user says about new data that is no file.
+struct TableOptions {
+    std::optional<SqlOptions> sql;         ///< A table that is asked over a connection.
+    std::vector<std::string> answerPaths;  ///< What an engine's own client printed.
+
+    bool IsGiven() const { return sql || !answerPaths.empty(); }
+};
 
 /// What the user says about data, for all files of a call.
 struct DataOptions {

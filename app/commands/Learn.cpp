@@ -20,6 +20,7 @@
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
 #include "app/data/NewSummary.h"
+#include "app/sql/TableSource.h"
 
 using MADocuments::Reference;
 using MCMTD_NAMESPACE::IMCVariable;
@@ -80,6 +81,20 @@ Reference LoadBins(const LearnOptions& options, Progress& progress, MCQueryCance
     return reference;
 }
 
+// The columns of the reference that the new data does not have.
+std::vector<std::string> AbsentColumns(const Reference& reference, const Reference& summary,
+                                       const std::string& name) {
+    std::vector<std::string> remarks;
+    const MCVarList& found = summary.stats.GetVarList();
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        const std::string column = MADocuments::VariableName(reference.stats, slot);
+        if (found.FindVariable(column) >= 0) continue;
+        remarks.push_back(fmt::format("{}: the column \"{}\" of the reference is not there", name,
+                                      Shortened(column)));
+    }
+    return remarks;
+}
+
 void SummariseWithBins(const LearnOptions& options, const Reference& reference, CsvReader& reader,
                        MCQueryCancel& cancel, Learned& learned) {
     const std::vector<std::string> names = NamesOf(reference.stats.GetVarList());
@@ -92,12 +107,8 @@ void SummariseWithBins(const LearnOptions& options, const Reference& reference, 
             reader.Name() +
             ": the file has no column of the reference; is the line of headings missing?");
     }
-    const MCVarList& found = made.summary.stats.GetVarList();
-    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
-        const std::string name = MADocuments::VariableName(reference.stats, slot);
-        if (found.FindVariable(name) >= 0) continue;
-        learned.documentRemarks.push_back(fmt::format(
-            "{}: the column \"{}\" of the reference is not there", reader.Name(), Shortened(name)));
+    for (std::string& remark : AbsentColumns(reference, made.summary, reader.Name())) {
+        learned.documentRemarks.push_back(std::move(remark));
     }
     learned.reference = std::move(made.summary);
     learned.unreadableFiles = std::move(made.unreadableFiles);
@@ -132,9 +143,48 @@ void TakeSources(const CsvReader& reader, Learned& learned) {
     }
 }
 
+Learned LearnOfTable(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
+                     std::ostream* log) {
+    Learned learned;
+    std::optional<Reference> bins;
+    if (!options.binsOfPath.empty()) bins = LoadBins(options, progress, cancel, learned);
+    TableQueries table(*options.table.sql, progress, cancel, log);
+    learned.name = table.Name();
+    const std::vector<std::string> columns = NamesOf(table.Columns());
+    const std::vector<std::string> known =
+        bins ? NamesOf(bins->stats.GetVarList()) : std::vector<std::string>();
+    RequireColumns(options.data.ignoredByOption, {&known, &columns},
+                   table.Name() + ": the table has no column");
+    if (bins) {
+        TableSummary made = SummariseTable(*bins, table);
+        for (const UntestedColumn& each : made.untested) {
+            throw InputError(fmt::format("{}: the column \"{}\" {}", table.Name(),
+                                         Shortened(each.name), each.problem));
+        }
+        if (made.summary.stats.GetVarCount() == 0) {
+            throw InputError(table.Name() + ": the table has no column of the reference");
+        }
+        learned.documentRemarks = std::move(made.remarks);
+        for (std::string& remark : AbsentColumns(*bins, made.summary, table.Name())) {
+            learned.documentRemarks.push_back(std::move(remark));
+        }
+        learned.unreadableFiles.resize(made.summary.stats.GetVarCount());
+        learned.reference = std::move(made.summary);
+    } else {
+        LearnedReference reference =
+            LearnTable(table, options.data.columns, options.data.Missing());
+        learned.reference = std::move(reference.reference);
+        learned.data = std::move(reference.data);
+    }
+    learned.reference.application = ThisProgram();
+    return learned;
+}
+
 }  // namespace
 
-Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
+Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
+              std::ostream* log) {
+    if (options.table.sql) return LearnOfTable(options, progress, cancel, log);
     const std::vector<std::string>& paths = options.dataPaths;
     const auto inputs = std::count(paths.begin(), paths.end(), "-");
     if (inputs + (options.binsOfPath == "-" ? 1 : 0) > 1) {

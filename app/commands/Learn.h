@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ namespace app {
 /// What `accredit learn` is asked to do.
 struct LearnOptions {
     std::vector<std::string> dataPaths;  ///< One or more; "-" is standard input.
+    TableOptions table;                  ///< In the place of files.
     std::string outputPath;              ///< "-" is standard output.
     /// A stored reference with whose bins the data is summarised; empty for bins of its own.
     std::string binsOfPath;
@@ -37,8 +39,11 @@ struct Learned {
 };
 
 /// The reference that is learned from the files, see LearnReference; or their summary with the bins
-/// of another, see SummariseLike. Throws UsageError, InputError, OutputError, Cancelled.
-Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel);
+/// of another, see SummariseLike; of a table, LearnTable and SummariseTable. `log` takes the
+/// queries to an engine where they are to be shown. Throws UsageError, InputError, OutputError,
+/// Cancelled.
+Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
+              std::ostream* log);
 
 /// The document of what was learned. Throws InputError for what a document cannot hold, with the
 /// column.

@@ -261,7 +261,7 @@ void WriteCounts(Metrics& metrics) {
 
 std::string OpenMetricsReport(const std::vector<CheckResult>& results,
                               const CheckOptions& options) {
-    Metrics metrics(results, options.newPaths);
+    Metrics metrics(results, NewLabels(options));
     WriteFiles(metrics);
     metrics.OfFiles("failed_rules", "", "Number of the rules for failure that the file breaks.",
                     [&options](const CheckResult& result, const auto& sample) {

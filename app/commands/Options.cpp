@@ -263,7 +263,8 @@ void AddRepeated(CLI::App& command, const std::string& name,
 }
 
 // One argument or more, to the end of the command line.
-void AddPaths(CLI::App& command, const std::string& name, std::vector<std::string>& paths) {
+void AddPaths(CLI::App& command, const std::string& name, std::vector<std::string>& paths,
+              bool required = true) {
     command
         .add_option(name,
                     [&paths](const CLI::results_t& arguments) {
@@ -273,7 +274,7 @@ void AddPaths(CLI::App& command, const std::string& name, std::vector<std::strin
         ->type_size(1)
         ->allow_extra_args()
         ->expected(1, CLI::detail::expected_max_vector_size)
-        ->required();
+        ->required(required);
 }
 
 void AddSingle(CLI::App& command, const std::string& name,
@@ -331,6 +332,45 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
     AddSingle(command, "--delimiter",
               [&data](const std::string& text) { data.format.delimiter = ParseDelimiter(text); });
     command.add_flag("--decimal-comma", data.format.decimalComma);
+}
+
+// New data that is no file. `hasFiles` tells at the end of the command line whether there are any.
+void AddTableOptions(CLI::App& command, TableOptions& table) {
+    const auto sql = [&table]() -> SqlOptions& {
+        return table.sql ? *table.sql : table.sql.emplace();
+    };
+    const auto addText = [&](const std::string& name, std::string SqlOptions::*member) {
+        AddSingle(command, name, [sql, name, member](const std::string& text) {
+            if (text.empty()) throw UsageError(name + " needs a value");
+            sql().*member = text;
+        });
+    };
+    addText("--sql", &SqlOptions::connection);
+    addText("--table", &SqlOptions::table);
+    addText("--query", &SqlOptions::query);
+    addText("--shard-by", &SqlOptions::shardBy);
+    AddSingle(command, "--timeout", [sql](const std::string& text) {
+        const double seconds = ParseValue("--timeout", text);
+        if (seconds < 0.0) throw UsageError("--timeout: must not be negative");
+        sql().timeout = seconds;
+    });
+    command.add_flag_callback("--verbose", [sql] { sql().isVerbose = true; });
+}
+
+// `files` names the argument that the table stands for.
+void RequireOneSource(const TableOptions& table, bool hasFiles, const char* files) {
+    if (!table.sql) {
+        if (!hasFiles) throw UsageError(fmt::format("{} is required, or --sql and --table", files));
+        return;
+    }
+    const SqlOptions& sql = *table.sql;
+    if (sql.connection.empty()) {
+        throw UsageError("--table, --query, --shard-by, --timeout and --verbose need --sql");
+    }
+    if (hasFiles) throw UsageError(fmt::format("--sql stands in the place of {}", files));
+    if (sql.table.empty() == sql.query.empty()) {
+        throw UsageError("--sql needs --table NAME or --query SELECT, and only one of the two");
+    }
 }
 
 bool ParseSwitch(const std::string& key, const std::string& text) {
@@ -435,7 +475,8 @@ void AddOptions(CLI::App& check, CheckOptions& options) {
     });
     check.add_flag("--all", options.showAll);
     AddPath(check, "REFERENCE", options.referencePath);
-    AddPaths(check, "NEW", options.newPaths);
+    AddTableOptions(check, options.table);
+    AddPaths(check, "NEW", options.newPaths, false);
 }
 
 void AddOptions(CLI::App& learn, LearnOptions& options) {
@@ -445,7 +486,8 @@ void AddOptions(CLI::App& learn, LearnOptions& options) {
         if (text.empty()) throw UsageError("--bins-of: a stored reference is needed");
         options.binsOfPath = text;
     });
-    AddPaths(learn, "DATA", options.dataPaths);
+    AddTableOptions(learn, options.table);
+    AddPaths(learn, "DATA", options.dataPaths, false);
 }
 
 void AddOptions(CLI::App& merge, MergeOptions& options) {
@@ -519,10 +561,12 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     if (learn.parsed()) {
         TakeConfigFile("learn", learnOptions.data, noWeights);
         RequireOneMissing(learnOptions.data);
+        RequireOneSource(learnOptions.table, !learnOptions.dataPaths.empty(), "DATA");
         return learnOptions;
     }
     TakeConfigFile("check", checkOptions.data, checkOptions.weights);
     RequireOneMissing(checkOptions.data);
+    RequireOneSource(checkOptions.table, !checkOptions.newPaths.empty(), "NEW");
     return checkOptions;
 }
 

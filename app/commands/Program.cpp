@@ -94,13 +94,15 @@ int RunCheck(const CheckOptions& options, std::ostream& out, std::ostream& err,
     std::optional<OutputFile> page;
     if (!options.reportPath.empty()) {
         std::vector<std::string> inputs = options.newPaths;
+        inputs.insert(inputs.end(), options.table.answerPaths.begin(),
+                      options.table.answerPaths.end());
         inputs.push_back(options.referencePath);
         inputs.push_back(options.data.configPath);
         page.emplace(OutputBeside(inputs, options.reportPath, "--report"));
     }
     Progress progress(terminal);
     Interrupt interrupt;
-    const Checked checked = Check(options, progress, interrupt);
+    const Checked checked = Check(options, progress, interrupt, &err);
     progress.Erase();
     interrupt.EndAtOnce();
     std::string warnings = Remarks(checked.remarks, "");
@@ -148,8 +150,9 @@ int RunLearn(const LearnOptions& options, std::ostream& out, std::ostream& err,
     std::vector<std::string> inputs = options.dataPaths;
     inputs.push_back(options.binsOfPath);
     inputs.push_back(options.data.configPath);
-    const auto make = [&options](Progress& progress, MCQueryCancel& cancel) {
-        return Learn(options, progress, cancel);
+    inputs.insert(inputs.end(), options.table.answerPaths.begin(), options.table.answerPaths.end());
+    const auto make = [&options, &err](Progress& progress, MCQueryCancel& cancel) {
+        return Learn(options, progress, cancel, &err);
     };
     return Store(make, inputs, options.outputPath, out, err, screen, terminal);
 }

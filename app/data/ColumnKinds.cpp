@@ -23,8 +23,6 @@ namespace app {
 
 namespace {
 
-enum class Choice { None, Ignored, Categorical, Continuous };
-
 // Every position of every heading: an ignored heading may stand at several. The texts are a
 // stranger's, who could choose them so that a hash map becomes slow.
 using Positions = std::multimap<std::string_view, std::size_t>;
@@ -57,17 +55,6 @@ void Choose(const std::vector<std::string>& names, Choice choice, const Position
             chosen = choice;
         }
     }
-}
-
-std::vector<Choice> ChoicesByColumn(const std::vector<std::string>& headings,
-                                    const ColumnChoices& choices) {
-    Positions positions;
-    for (std::size_t i = 0; i < headings.size(); ++i) positions.emplace(headings[i], i);
-    std::vector<Choice> result(headings.size(), Choice::None);
-    Choose(choices.ignored, Choice::Ignored, positions, result);
-    Choose(choices.categorical, Choice::Categorical, positions, result);
-    Choose(choices.continuous, Choice::Continuous, positions, result);
-    return result;
 }
 
 constexpr std::uint64_t kMaxFew = 100;
@@ -173,32 +160,8 @@ SettledColumn Settle(const CsvReader& reader, std::size_t column, Choice choice,
                      const ColumnScan& scan) {
     SettledColumn settled;
     settled.column.name = reader.Headings()[column];
-    settled.isChosen = choice != Choice::None;
-    if (choice == Choice::Ignored) {
-        settled.leftOut = LeftOut::Ignored;
-        return settled;
-    }
-    const ColumnFacts& facts = settled.facts = scan.Facts();
-    const std::uint64_t present = facts.present;
-    if (choice == Choice::Categorical) {
-        settled.column.kind =
-            facts.noNumbers > 0 ? ColumnKind::TextCategory : ColumnKind::NumberCategory;
-        return settled;
-    }
-    const std::uint64_t others = facts.noNumbers - facts.spreadsheetNumbers;
-    const bool looksLikeNumbers = facts.spreadsheetNumbers > 0 && AreFew(others, present);
-    if (looksLikeNumbers && (others == 0 || !AreFew(facts.noNumbers, present))) {
-        RefuseSpreadsheetNumbers(reader, column, facts);
-    }
-    if (AreFew(facts.noNumbers, present)) {
-        settled.column.kind = ColumnKind::Continuous;
-    } else if (AreFew(present - facts.dates, present)) {
-        settled.leftOut = LeftOut::Dates;
-    } else if (facts.distinct > kMaxKeptKeys && 2 * facts.distinct > present) {
-        settled.leftOut = LeftOut::Keys;
-    } else {
-        settled.column.kind = ColumnKind::TextCategory;
-    }
+    settled.facts = scan.Facts();
+    if (!SettleByFacts(choice, settled)) RefuseSpreadsheetNumbers(reader, column, settled.facts);
     return settled;
 }
 
@@ -212,6 +175,46 @@ std::string EmptyHeading(const std::vector<std::string>& headings) {
 }
 
 }  // namespace
+
+std::vector<Choice> ChoicesByColumn(const std::vector<std::string>& headings,
+                                    const ColumnChoices& choices) {
+    Positions positions;
+    for (std::size_t i = 0; i < headings.size(); ++i) positions.emplace(headings[i], i);
+    std::vector<Choice> result(headings.size(), Choice::None);
+    Choose(choices.ignored, Choice::Ignored, positions, result);
+    Choose(choices.categorical, Choice::Categorical, positions, result);
+    Choose(choices.continuous, Choice::Continuous, positions, result);
+    return result;
+}
+
+bool SettleByFacts(Choice choice, SettledColumn& settled) {
+    settled.isChosen = choice != Choice::None;
+    const ColumnFacts& facts = settled.facts;
+    const std::uint64_t present = facts.present;
+    if (choice == Choice::Ignored) {
+        settled.leftOut = LeftOut::Ignored;
+        settled.facts = {};
+        return true;
+    }
+    if (choice == Choice::Categorical) {
+        settled.column.kind =
+            facts.noNumbers > 0 ? ColumnKind::TextCategory : ColumnKind::NumberCategory;
+        return true;
+    }
+    const std::uint64_t others = facts.noNumbers - facts.spreadsheetNumbers;
+    const bool looksLikeNumbers = facts.spreadsheetNumbers > 0 && AreFew(others, present);
+    if (looksLikeNumbers && (others == 0 || !AreFew(facts.noNumbers, present))) return false;
+    if (AreFew(facts.noNumbers, present)) {
+        settled.column.kind = ColumnKind::Continuous;
+    } else if (AreFew(present - facts.dates, present)) {
+        settled.leftOut = LeftOut::Dates;
+    } else if (facts.distinct > kMaxKeptKeys && 2 * facts.distinct > present) {
+        settled.leftOut = LeftOut::Keys;
+    } else {
+        settled.column.kind = ColumnKind::TextCategory;
+    }
+    return true;
+}
 
 void RequireColumns(const std::vector<std::string>& names,
                     const std::vector<const std::vector<std::string>*>& lists,

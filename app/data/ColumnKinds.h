@@ -33,6 +33,14 @@ void CheckHeadings(const CsvReader& reader, const std::vector<std::string>& igno
 void CheckNewHeadings(const CsvReader& reader, const std::vector<std::string>& reference,
                       const std::vector<std::string>& ignored);
 
+/// What the user says about one column.
+enum class Choice { None, Ignored, Categorical, Continuous };
+
+/// The choice for each heading. Throws UsageError for choices of a kind that name no column and for
+/// contradicting ones.
+std::vector<Choice> ChoicesByColumn(const std::vector<std::string>& headings,
+                                    const ColumnChoices& choices);
+
 /// Why a column of data is no part of the reference that is learned from it.
 enum class LeftOut { No, Ignored, Keys, Dates };
 
@@ -69,6 +77,10 @@ struct SettledColumns {
 /// OutputError, Cancelled.
 SettledColumns SettleKinds(CsvReader& reader, const ColumnChoices& choices,
                            const MADocuments::MissingTokens& missing);
+
+/// The kind of a column by its facts; see SettleKinds. `settled` has its name and facts and gets
+/// the rest. False, and nothing is settled, for numbers as spreadsheets show them.
+bool SettleByFacts(Choice choice, SettledColumn& settled);
 
 /// What must be wrong with the delimiter of a file whose only column is full of another; empty if
 /// nothing is.

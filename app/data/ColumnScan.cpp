@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "accredit/documents/NumberText.h"
 #include "app/data/CellText.h"
 
 namespace app {
@@ -15,8 +16,9 @@ constexpr std::uint64_t kMaxOdd = 100;
 constexpr std::size_t kMaxWholeNumbers = 20;
 constexpr std::size_t kLimitOfNumbers = 2048;
 
-ShownCell CellAt(const CsvReader& reader, std::string_view text) {
-    return {reader.FileName(), reader.RowLine(), std::string(text)};
+ShownCell CellAt(const CsvReader* reader, std::string_view text) {
+    if (!reader) return {"", 0, std::string(text)};
+    return {reader->FileName(), reader->RowLine(), std::string(text)};
 }
 
 }  // namespace
@@ -32,12 +34,24 @@ void ColumnScan::Take(std::string_view field, std::string_view text, std::option
         mDistinct.Add(*number);
         if (reader.Delimiter() == ';' && mHasNoOtherPoints) TakePoint(text);
     } else {
-        TakeText(text, reader);
+        TakeText(text, 1, &reader);
         mDistinct.Add(field);
     }
     if (reader.Headings().size() > 1) return;
     for (std::size_t i = 0; i < kSearchedDelimiters.size(); ++i) {
         if (field.find(kSearchedDelimiters[i]) != std::string_view::npos) ++mFacts.delimiters[i];
+    }
+}
+
+void ColumnScan::TakeGroup(std::string_view text, std::optional<double> number,
+                           std::uint64_t count) {
+    mFacts.present += count;
+    if (number) {
+        TakeNumber(*number);
+        mDistinct.Add(*number);
+    } else {
+        TakeText(MADocuments::TrimBlanks(text), count, nullptr);
+        mDistinct.Add(text);
     }
 }
 
@@ -60,26 +74,29 @@ void ColumnScan::TakePoint(std::string_view number) {
                         (!hasPoint || (number.size() == whole + 1 + kGroup && number[0] != '0'));
 }
 
-void ColumnScan::TakeText(std::string_view text, const CsvReader& reader) {
-    if (mFacts.noNumbers++ == 0) {
+void ColumnScan::TakeText(std::string_view text, std::uint64_t count, const CsvReader* reader) {
+    const bool isFirst = mFacts.noNumbers == 0;
+    mFacts.noNumbers += count;
+    if (isFirst) {
         mFacts.firstNoNumber = CellAt(reader, text);
         mDistinct.SetLimit(mDistinctLimit);
     } else if (mFacts.allNoNumbersAreOneText) {
         mFacts.allNoNumbersAreOneText = text == mFacts.firstNoNumber.text;
     }
     const auto isWorthIt = [&](std::uint64_t found) {
-        const std::uint64_t others = mFacts.noNumbers - 1 - found;
+        const std::uint64_t others = mFacts.noNumbers - count - found;
         return others <= kMaxOdd || found > others;
     };
     // With a decimal comma, a number that has a point is one of another program.
     const bool hasPoint = ParseCell(text, false).has_value();
     if (isWorthIt(mFacts.spreadsheetNumbers) && (hasPoint || IsSpreadsheetNumber(text))) {
-        if (mFacts.spreadsheetNumbers++ == 0) mFacts.firstSpreadsheetNumber = CellAt(reader, text);
-        if (hasPoint) ++mFacts.points;
-        if (ParseCell(text, true)) ++mFacts.decimalCommas;
-        if (IsAmbiguousComma(text)) ++mFacts.ambiguousCommas;
+        if (mFacts.spreadsheetNumbers == 0) mFacts.firstSpreadsheetNumber = CellAt(reader, text);
+        mFacts.spreadsheetNumbers += count;
+        if (hasPoint) mFacts.points += count;
+        if (ParseCell(text, true)) mFacts.decimalCommas += count;
+        if (IsAmbiguousComma(text)) mFacts.ambiguousCommas += count;
     }
-    if (isWorthIt(mFacts.dates) && IsDate(text)) ++mFacts.dates;
+    if (isWorthIt(mFacts.dates) && IsDate(text)) mFacts.dates += count;
 }
 
 ColumnFacts ColumnScan::Facts() const {

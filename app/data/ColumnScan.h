@@ -16,7 +16,7 @@ namespace app {
 /// A cell, or a row, that is to be shown.
 struct ShownCell {
     std::string file;             ///< Its name, fit to be shown.
-    unsigned long long line = 0;  ///< On which its row begins, from 1.
+    unsigned long long line = 0;  ///< On which its row begins, from 1; 0 for no line.
     std::string text = {};        ///< As it stands.
 };
 
@@ -65,13 +65,17 @@ public:
     void Take(std::string_view field, std::string_view text, std::optional<double> number,
               const CsvReader& reader);
 
+    /// Takes so many equal values of a table that are not missing, which stand on no line.
+    void TakeGroup(std::string_view text, std::optional<double> number, std::uint64_t count);
+
     /// The facts of all cells so far.
     ColumnFacts Facts() const;
 
 private:
     void TakeNumber(double number);
     void TakePoint(std::string_view number);
-    void TakeText(std::string_view text, const CsvReader& reader);
+    // The texts are from the reader's row, unless it is null.
+    void TakeText(std::string_view text, std::uint64_t count, const CsvReader* reader);
 
     std::size_t mDistinctLimit;
     ColumnFacts mFacts;

@@ -1,0 +1,243 @@
+#include "app/sql/TableQueries.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <ostream>
+#include <utility>
+
+#include "app/base/Printable.h"
+
+namespace app {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Engines take between 1,600 and several thousand expressions a query.
+constexpr std::size_t kMaxExpressions = 1000;
+// So long is waited for a lock: longer than a transaction that only writes rows takes.
+constexpr int kLockSeconds = 30;
+
+// A statement may end in a semicolon, which cannot stand within another one.
+std::string WithoutEnd(std::string query) {
+    const std::size_t last = query.find_last_not_of(" \t\r\n;");
+    query.resize(last == std::string::npos ? 0 : last + 1);
+    return query;
+}
+
+}  // namespace
+
+std::vector<std::string> NamesOf(const std::vector<ResultColumn>& columns) {
+    std::vector<std::string> names;
+    for (const ResultColumn& column : columns) names.push_back(column.name);
+    return names;
+}
+
+TableQueries::TableQueries(const SqlOptions& options, Progress& progress, MCQueryCancel& cancel,
+                           std::ostream* log)
+    : mName(options.table.empty() ? "query" : Printable(options.table)),
+      mProgress(progress),
+      mLog(options.isVerbose ? log : nullptr),
+      mBegin(Clock::now()),
+      mConnection(
+          options,
+          [this] {
+              const std::chrono::duration<double> seconds = Clock::now() - mBegin;
+              mProgress.UpdateQuery(mName, mQuery, mExpected, seconds.count());
+          },
+          cancel),
+      mDialect(mConnection.Engine(), Dialect::Numbers::Bound),
+      mFrom(options.table.empty() ? "(" + WithoutEnd(options.query) + ") accredit_rows"
+                                  : mDialect.Table(options.table)),
+      mShardBy(options.shardBy),
+      mShard(options.shardBy.empty() ? "" : mDialect.Quoted(options.shardBy)) {
+    Begin(options);
+    mColumns = mConnection.Describe("SELECT * FROM " + mFrom + " WHERE 1 = 0");
+    if (options.shardBy.empty()) return;
+    const bool isThere = std::any_of(
+        mColumns.begin(), mColumns.end(),
+        [&options](const ResultColumn& column) { return column.name == options.shardBy; });
+    if (!isThere) {
+        throw UsageError(
+            fmt::format("--shard-by: {} has no column \"{}\"", mName, Shortened(options.shardBy)));
+    }
+}
+
+// What an engine does not know of this is left out.
+void TableQueries::Begin(const SqlOptions& options) {
+    std::vector<std::string> required;
+    std::vector<std::string> wished;
+    switch (mConnection.Engine()) {
+        case Dialect::Engine::PostgreSql:
+            required = {"SET TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY",
+                        fmt::format("SET LOCAL lock_timeout = '{}s'", kLockSeconds)};
+            // Without this the rows of all nodes would be fetched.
+            if (!options.shardBy.empty()) {
+                required.emplace_back("SET LOCAL enable_partitionwise_aggregate = on");
+            }
+            break;
+        case Dialect::Engine::MySql:
+            // Spider asks all nodes at the same time.
+            wished = {"SET SESSION spider_bgs_mode = 2"};
+            required = {fmt::format("SET SESSION lock_wait_timeout = {}", kLockSeconds),
+                        "SET SESSION TRANSACTION ISOLATION LEVEL REPEATABLE READ",
+                        "START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY"};
+            break;
+        case Dialect::Engine::Sqlite:
+            required = {"PRAGMA query_only = 1"};
+            break;
+        default:
+            break;
+    }
+    for (const std::string& statement : wished) {
+        try {
+            mConnection.Execute(statement);
+        } catch (const SqlError&) {
+        }
+    }
+    for (const std::string& statement : required) mConnection.Execute(statement);
+}
+
+void TableQueries::Expect(std::size_t queries) { mExpected = mQuery + queries; }
+
+std::size_t TableQueries::QueriesFor(std::size_t questions) {
+    return std::max<std::size_t>(1, (questions + kMaxExpressions - 2) / (kMaxExpressions - 1));
+}
+
+void TableQueries::Log(const Expression& sql, double seconds) {
+    if (!mLog) return;
+    mProgress.Erase();
+    std::string numbers;
+    for (const double number : sql.numbers) {
+        numbers += fmt::format("{}{}", numbers.empty() ? "; with " : ", ", number);
+    }
+    *mLog << fmt::format("-- query {} of {}, {:.3f} s{}\n{};\n", mQuery, mExpected, seconds,
+                         Printable(numbers), sql.sql)
+          << std::flush;
+}
+
+void TableQueries::Run(const Expression& sql, const std::vector<ReadAs>& columns,
+                       const std::function<void(const std::vector<SqlValue>&)>& take) {
+    mExpected = std::max(mExpected, ++mQuery);
+    const auto begin = Clock::now();
+    mConnection.Run(sql, columns, take);
+    Log(sql, std::chrono::duration<double>(Clock::now() - begin).count());
+}
+
+void TableQueries::TakeRows(std::uint64_t rows) {
+    if (!mRows) mRows = rows;
+    if (*mRows != rows) RefuseChangedTable(mName);
+}
+
+Expression TableQueries::QueryFor(const std::vector<Question>& questions, std::size_t first,
+                                  std::size_t last, std::vector<ReadAs>& columns) const {
+    Expression sql{"SELECT "};
+    columns.clear();
+    if (!mShard.empty()) {
+        sql += mDialect.ShownKey(mDialect.AsKey(mShard, Storage::Other), Storage::Other) + ", ";
+        columns.push_back(ReadAs::Text);
+    }
+    // The driver of SQLite cuts numbers at 15 digits, but not texts.
+    const bool asText = mDialect.GetEngine() == Dialect::Engine::Sqlite;
+    std::string texts = "SELECT accredit_rows";
+    sql += "COUNT(*) AS accredit_rows";
+    columns.push_back(ReadAs::Number);
+    for (std::size_t i = first; i < last; ++i) {
+        sql += ", ";
+        sql += questions[i].expression;
+        columns.push_back(ReadAs::Number);
+        if (!asText) continue;
+        const std::string name = fmt::format("accredit_{}", i - first);
+        sql += " AS " + name;
+        texts += ", " + (IsDouble(questions[i].part) ? mDialect.AsText(name) : name);
+    }
+    sql += " FROM " + mFrom;
+    if (!mShard.empty()) sql += " GROUP BY " + mShard;
+    if (!asText || !mShard.empty()) return sql;
+    return {texts + " FROM (" + sql.sql + ") accredit_answers", std::move(sql.numbers)};
+}
+
+void TableQueries::Ask(const std::vector<Question>& questions, std::vector<ColumnAnswer>& answers) {
+    if (questions.empty() && mRows) return;
+    const std::size_t perQuery = kMaxExpressions - 1;
+    std::size_t first = 0;
+    do {
+        const std::size_t last = std::min(questions.size(), first + perQuery);
+        std::vector<ReadAs> columns;
+        const Expression sql = QueryFor(questions, first, last, columns);
+        // In the order of the shards, which an engine does not keep.
+        std::map<std::string, std::vector<SqlValue>> rows;
+        Run(sql, columns, [&](const std::vector<SqlValue>& row) {
+            rows[mShard.empty() || row[0].isNull ? "" : "=" + row[0].text] = row;
+        });
+        std::uint64_t count = 0;
+        for (const auto& [shard, row] : rows) {
+            std::size_t at = mShard.empty() ? 0 : 1;
+            ColumnAnswer all;
+            bool isGood = all.Take(Part::Count, 0, row[at].number);
+            count += all.count;
+            for (std::size_t i = first; i < last; ++i) {
+                const Question& question = questions[i];
+                const SqlValue& value = row[++at];
+                ColumnAnswer& answer = answers[question.column];
+                isGood = answer.Take(question.part, question.index,
+                                     value.isNull ? std::nullopt : std::optional(value.number)) &&
+                         isGood;
+            }
+            if (!isGood) throw InputError(mName + ": the engine counted what is no whole number");
+        }
+        TakeRows(count);
+        first = last;
+    } while (first < questions.size());
+}
+
+bool TableQueries::AskGroups(const std::string& key, Storage storage, const std::string& condition,
+                             ColumnAnswer& answer) {
+    const std::string rows = mFrom + (condition.empty() ? "" : " WHERE " + condition);
+    const std::string limit = mDialect.Limit(MaxCategories() + 2);
+    // Without a shard the engine stops as soon as there are too many. The nodes of shards can only
+    // be made to count by themselves if all is grouped.
+    const Expression distinct{
+        mShard.empty()
+            ? fmt::format("SELECT COUNT(*) FROM (SELECT DISTINCT {} AS accredit_key FROM {}{}) "
+                          "accredit_keys",
+                          key, rows, limit)
+            : fmt::format("SELECT COUNT(DISTINCT {}) FROM {} GROUP BY {}", key, rows, mShard)};
+    double most = 0.0;
+    Run(distinct, {ReadAs::Number},
+        [&most](const std::vector<SqlValue>& row) { most = std::max(most, row[0].number); });
+    // One of them may be NULL.
+    if (most > static_cast<double>(MaxCategories() + 1)) return false;
+
+    const std::string shard = mShard.empty() ? "" : mShard + " AS accredit_shard, ";
+    const std::string groups = mShard.empty() ? key : mShard + ", " + key;
+    const Expression sql{fmt::format(
+        "SELECT {}, accredit_count FROM (SELECT {}{} AS accredit_key, COUNT(*) AS accredit_count "
+        "FROM {} GROUP BY {}{}) accredit_groups",
+        mDialect.ShownKey("accredit_key", storage), shard, key, rows, groups,
+        mShard.empty() ? limit : "")};
+    std::map<std::string, std::uint64_t> found;
+    std::uint64_t count = 0;
+    bool isGood = true;
+    Run(sql, {ReadAs::Text, ReadAs::Number}, [&](const std::vector<SqlValue>& row) {
+        ColumnAnswer one;
+        isGood = isGood && one.Take(Part::Count, 0, row[1].number);
+        count += one.count;
+        if (row[0].isNull) return;
+        if (found.size() > MaxCategories()) return;
+        found[row[0].text] += one.count;
+    });
+    if (!isGood) throw InputError(mName + ": the engine counted what is no whole number");
+    if (found.size() > MaxCategories()) return false;
+    if (condition.empty()) TakeRows(count);
+    for (const auto& [shown, cases] : found) {
+        const std::optional<Key> decoded = DecodeKey(shown);
+        if (!decoded) throw InputError(mName + ": the engine answered what is no category");
+        answer.groups.push_back({*decoded, cases});
+    }
+    return true;
+}
+
+}  // namespace app

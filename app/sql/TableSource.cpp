@@ -1,0 +1,644 @@
+#include "app/sql/TableSource.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <map>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "accredit/documents/NewRecords.h"
+#include "accredit/documents/NumberText.h"
+#include "accredit/host/MCMV.h"
+#include "app/base/Printable.h"
+#include "app/base/ShellText.h"
+#include "app/data/CellText.h"
+
+using MADocuments::MissingTokens;
+using MADocuments::Reference;
+using MADocuments::TrimBlanks;
+
+namespace app {
+
+namespace {
+
+// A class of SQLSTATE: a value that an expression cannot take, such as one that overflows.
+constexpr const char* kDataException = "22";
+
+// What a column is asked by.
+struct AskedColumn {
+    std::string quoted;  // its name
+    std::string type;    // as the engine calls it
+    std::string value;   // its numbers as doubles; empty if there are none
+    std::string texts;   // the condition for what is grouped beside them
+    // Of SQLite's columns, the values of each type.
+    std::uint64_t textCount = 0;
+    std::uint64_t integerCount = 0;
+    std::uint64_t numberCount = 0;
+    std::string problem = {};
+};
+
+// The columns that are summarised, and what they are asked by.
+class Summariser {
+public:
+    explicit Summariser(TableQueries& table) : mTable(table) {}
+
+    void Add(const Column& column, const ResultColumn& source, std::vector<double> cutPoints) {
+        AnsweredColumn answered;
+        answered.column = column;
+        answered.storage = source.storage;
+        answered.cutPoints = std::move(cutPoints);
+        columns.push_back(std::move(answered));
+        asked.push_back({mTable.GetDialect().Quoted(source.name), source.type, "", ""});
+    }
+
+    void FindTypes();
+    void SettleNumbers(std::size_t i);
+    bool AskCategories(std::size_t i);
+    bool AskTexts(std::size_t i);
+    void AskNumbers();
+    void AskMoments();
+    void AskBins();
+
+    std::vector<AnsweredColumn> columns;
+    std::vector<AskedColumn> asked;
+
+private:
+    bool HasNumbers(std::size_t i) const {
+        return columns[i].column.kind == ColumnKind::Continuous && columns[i].problem.empty() &&
+               !asked[i].value.empty();
+    }
+    std::vector<ColumnAnswer> Answers() const { return std::vector<ColumnAnswer>(columns.size()); }
+    void AskSums(bool all);
+    void AskDeviations();
+    void RequireSameCount(std::size_t i, const ColumnAnswer& answer) const;
+
+    TableQueries& mTable;
+};
+
+// A column of SQLite holds whatever was put in, so it is asked what that is.
+void Summariser::FindTypes() {
+    const Dialect& dialect = mTable.GetDialect();
+    std::vector<Question> questions;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].storage != Storage::Any || !columns[i].problem.empty()) continue;
+        const std::string type = fmt::format("typeof({})", asked[i].quoted);
+        for (const char* const condition :
+             {" IN ('text', 'blob')", " = 'integer'", " IN ('integer', 'real')"}) {
+            const std::size_t column = 3 * i + questions.size() % 3;
+            questions.push_back({column, Part::Count, 0, {dialect.CountIf(type + condition)}});
+        }
+    }
+    if (questions.empty()) return;
+    std::vector<ColumnAnswer> answers(3 * columns.size());
+    mTable.Ask(questions, answers);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        asked[i].textCount = answers[3 * i].count;
+        asked[i].integerCount = answers[3 * i + 1].count;
+        asked[i].numberCount = answers[3 * i + 2].count;
+    }
+}
+
+// How the numbers of a column are asked for, and what else there is.
+void Summariser::SettleNumbers(std::size_t i) {
+    const Dialect& dialect = mTable.GetDialect();
+    AskedColumn& how = asked[i];
+    switch (columns[i].storage) {
+        case Storage::Text:
+            how.value.clear();
+            break;
+        case Storage::Any:
+            if (how.textCount == 0) {
+                how.value = dialect.AsDoubleOf(how.quoted, how.integerCount > 0);
+            } else if (how.numberCount > 0) {
+                how.value = dialect.AsDouble(how.quoted, Storage::Any);
+                how.texts = fmt::format("typeof({}) IN ('text', 'blob')", how.quoted);
+            }
+            break;
+        default:
+            how.value = dialect.AsDouble(how.quoted, columns[i].storage);
+    }
+}
+
+bool Summariser::AskCategories(std::size_t i) {
+    const Dialect& dialect = mTable.GetDialect();
+    const Storage storage = columns[i].storage;
+    const bool isNumber =
+        storage == Storage::Double || storage == Storage::Number || storage == Storage::Boolean;
+    const std::string& quoted = asked[i].quoted;
+    if (columns[i].column.kind == ColumnKind::NumberCategory && isNumber) {
+        return mTable.AskGroups(dialect.AsDouble(quoted, storage), Storage::Double, "",
+                                columns[i].answer);
+    }
+    return mTable.AskGroups(dialect.AsKey(quoted, storage), storage, "", columns[i].answer);
+}
+
+// The texts of a column of numbers, if it has any.
+bool Summariser::AskTexts(std::size_t i) {
+    const bool hasTexts = columns[i].storage == Storage::Text ||
+                          (columns[i].storage == Storage::Any && asked[i].textCount > 0);
+    return !hasTexts ||
+           mTable.AskGroups(mTable.GetDialect().AsKey(asked[i].quoted, columns[i].storage),
+                            columns[i].storage, asked[i].texts, columns[i].answer);
+}
+
+void Summariser::AskNumbers() {
+    const Dialect& dialect = mTable.GetDialect();
+    std::vector<Question> counts;
+    std::vector<Question> withSums;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!HasNumbers(i)) continue;
+        for (Question& question :
+             CountQuestions(dialect, i, asked[i].value, columns[i].cutPoints)) {
+            withSums.push_back(question);
+            counts.push_back(std::move(question));
+        }
+        withSums.push_back(SumQuestion(dialect, i, asked[i].value, {}));
+    }
+    const auto ask = [&](const std::vector<Question>& questions) {
+        std::vector<ColumnAnswer> answers = Answers();
+        mTable.Ask(questions, answers);
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            answers[i].groups = std::move(columns[i].answer.groups);
+            columns[i].answer = std::move(answers[i]);
+        }
+    };
+    try {
+        ask(withSums);
+    } catch (const SqlError& error) {
+        if (error.State().compare(0, 2, kDataException) != 0) throw;
+        // A sum that leaves the range of doubles is asked for again, with a scale.
+        ask(counts);
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (HasNumbers(i)) columns[i].answer.sum = std::numeric_limits<double>::infinity();
+        }
+    }
+}
+
+// Sums with a scale, of all columns of numbers or of those that need it.
+void Summariser::AskSums(bool all) {
+    std::vector<Question> questions;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!HasNumbers(i)) continue;
+        ColumnAnswer& answer = columns[i].answer;
+        const NumberFigures figures(answer, mTable.Rows(), MissingTokens());
+        if (answer.count == 0 || !(all || figures.NeedsScale())) continue;
+        answer.scale = ScaleFor(figures.Minimum(), figures.Maximum());
+        questions.push_back(SumQuestion(mTable.GetDialect(), i, asked[i].value, answer.scale));
+    }
+    if (questions.empty()) return;
+    std::vector<ColumnAnswer> answers = Answers();
+    mTable.Ask(questions, answers);
+    for (const Question& question : questions) {
+        columns[question.column].answer.sum = answers[question.column].sum;
+    }
+}
+
+void Summariser::AskDeviations() {
+    std::vector<Question> questions;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].column.kind != ColumnKind::Continuous || !columns[i].problem.empty()) {
+            continue;
+        }
+        ColumnAnswer& answer = columns[i].answer;
+        answer.center = NumberFigures(answer, mTable.Rows(), MissingTokens()).Center();
+        if (!HasNumbers(i) || answer.count == 0) continue;
+        for (Question& question : DeviationQuestions(mTable.GetDialect(), i, asked[i].value,
+                                                     answer.center, answer.scale)) {
+            questions.push_back(std::move(question));
+        }
+    }
+    if (questions.empty()) return;
+    std::vector<ColumnAnswer> answers = Answers();
+    mTable.Ask(questions, answers);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!HasNumbers(i) || columns[i].answer.count == 0) continue;
+        RequireSameCount(i, answers[i]);
+        columns[i].answer.deviation = answers[i].deviation;
+        columns[i].answer.square = answers[i].square;
+    }
+}
+
+void Summariser::RequireSameCount(std::size_t i, const ColumnAnswer& answer) const {
+    if (answer.count != columns[i].answer.count) RefuseChangedTable(mTable.Name());
+}
+
+void Summariser::AskMoments() {
+    AskSums(false);
+    try {
+        AskDeviations();
+        const bool isFinite =
+            std::all_of(columns.begin(), columns.end(), [](const AnsweredColumn& each) {
+                return std::isfinite(each.answer.square) && std::isfinite(each.answer.deviation);
+            });
+        if (isFinite) return;
+    } catch (const SqlError& error) {
+        if (error.State().compare(0, 2, kDataException) != 0) throw;
+    }
+    // Squares that leave the range of doubles, or vanish in it, need the scale, too.
+    AskSums(true);
+    AskDeviations();
+}
+
+// The cases up to the cut points, which were not known when the others were counted.
+void Summariser::AskBins() {
+    std::vector<Question> questions;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!HasNumbers(i) || columns[i].cutPoints.empty()) continue;
+        questions.push_back({i, Part::Count, 0, {fmt::format("COUNT({})", asked[i].value)}});
+        for (std::size_t k = 0; k < columns[i].cutPoints.size(); ++k) {
+            questions.push_back(
+                {i, Part::AtMost, k,
+                 mTable.GetDialect().CountAtMost(asked[i].value, columns[i].cutPoints[k])});
+        }
+    }
+    if (questions.empty()) return;
+    std::vector<ColumnAnswer> answers = Answers();
+    mTable.Ask(questions, answers);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!HasNumbers(i) || columns[i].cutPoints.empty()) continue;
+        RequireSameCount(i, answers[i]);
+        columns[i].answer.atMost = std::move(answers[i].atMost);
+    }
+}
+
+std::string Lower(std::string_view text) {
+    std::string lower;
+    for (const char c : text) {
+        lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return lower;
+}
+
+// What is said of a column whose type has neither numbers nor texts; empty for any other.
+std::string WrongType(const ResultColumn& source, const Column& column) {
+    const bool isContinuous = column.kind == ColumnKind::Continuous;
+    const std::string ignore = ShellOption("--ignore", column.name);
+    if (source.storage == Storage::Date && isContinuous) {
+        return fmt::format(
+            "holds dates, the type is \"{}\", where numbers belong; {} leaves it out",
+            Printable(source.type), ignore);
+    }
+    if (source.storage == Storage::Other) {
+        return fmt::format(
+            "is of the type \"{}\", which has neither numbers nor texts; {} leaves it "
+            "out, and --query 'SELECT CAST(...)' makes something else of it",
+            Printable(source.type), ignore);
+    }
+    return {};
+}
+
+// The table's column of this name, which may stand there only once; nothing if there is none. A
+// name that differs in capitals only will do if it is no other variable's.
+std::optional<std::size_t> FindColumn(const TableQueries& table, const std::string& name,
+                                      const std::set<std::string>& taken) {
+    std::vector<std::size_t> same;
+    std::vector<std::size_t> similar;
+    const std::vector<ResultColumn>& columns = table.Columns();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].name == name) same.push_back(i);
+        if (Lower(columns[i].name) == Lower(name) && taken.count(columns[i].name) == 0) {
+            similar.push_back(i);
+        }
+    }
+    if (same.size() > 1) {
+        throw InputError(
+            fmt::format("{}: the column \"{}\" stands twice; AS gives one of them "
+                        "another name",
+                        table.Name(), Shortened(name)));
+    }
+    if (!same.empty()) return same.front();
+    if (similar.size() == 1) return similar.front();
+    return std::nullopt;
+}
+
+}  // namespace
+
+TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
+    const MCMTD_NAMESPACE::MCVarList& list = reference.stats.GetVarList();
+    std::vector<std::string> names;
+    for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
+        names.push_back(MADocuments::VariableName(reference.stats, slot));
+    }
+    const std::set<std::string> taken(names.begin(), names.end());
+    const std::vector<Column> like = ColumnsLike(list, names);
+    const std::vector<std::vector<double>> cutPoints =
+        MADocuments::UsableCutPoints(reference.stats);
+
+    TableSummary made;
+    Summariser summariser(table);
+    std::size_t queries = 2;
+    for (std::size_t slot = 0; slot < names.size(); ++slot) {
+        const std::optional<std::size_t> found = FindColumn(table, names[slot], taken);
+        if (!found) continue;
+        const ResultColumn& source = table.Columns()[*found];
+        if (source.name != names[slot]) {
+            made.remarks.push_back(fmt::format("{}: the column \"{}\" is taken for \"{}\"",
+                                               table.Name(), Shortened(source.name),
+                                               Shortened(names[slot])));
+        }
+        summariser.Add(like[slot], source, cutPoints[slot]);
+        summariser.columns.back().problem = WrongType(source, like[slot]);
+        queries += like[slot].kind == ColumnKind::Continuous ? 0 : 2;
+    }
+    table.Expect(queries + 1);
+    summariser.FindTypes();
+    for (std::size_t i = 0; i < summariser.columns.size(); ++i) {
+        if (summariser.columns[i].column.kind == ColumnKind::Continuous &&
+            summariser.columns[i].problem.empty()) {
+            summariser.SettleNumbers(i);
+        }
+    }
+    summariser.AskNumbers();
+    for (std::size_t i = 0; i < summariser.columns.size(); ++i) {
+        AnsweredColumn& each = summariser.columns[i];
+        if (!each.problem.empty()) continue;
+        const bool isAnswered = each.column.kind == ColumnKind::Continuous
+                                    ? summariser.AskTexts(i)
+                                    : summariser.AskCategories(i);
+        if (!isAnswered) each.problem = TooManyCategories(each.column);
+    }
+    FindProblems(summariser.columns, table.Rows(), reference.missing);
+    summariser.AskMoments();
+    made.summary = SummaryOf(summariser.columns, table.Rows(), reference.missing, table.Name());
+    made.summary.namesMissing =
+        reference.namesMissing ||
+        MADocuments::FindMissingCategory(made.summary.stats, made.summary.missing) < 0;
+    for (const AnsweredColumn& each : summariser.columns) {
+        if (!each.problem.empty()) made.untested.push_back({each.column.name, each.problem});
+    }
+    return made;
+}
+
+namespace {
+
+// The columns of a table that a reference is learned from.
+class Learner {
+public:
+    Learner(TableQueries& table, const ColumnChoices& choices, const MissingTokens& missing)
+        : mTable(table), mMissing(missing), mSummariser(table) {
+        CheckNames(choices);
+        mChoices = ChoicesByColumn(NamesOf(table.Columns()), choices);
+        const std::vector<ResultColumn>& sources = table.Columns();
+        for (std::size_t i = 0; i < sources.size(); ++i) {
+            // What tells the shards apart is no property of the data.
+            if (sources[i].name == table.ShardBy() && mChoices[i] == Choice::None) {
+                mChoices[i] = Choice::Ignored;
+            }
+            Column column;
+            column.name = sources[i].name;
+            mSettled.emplace_back().column = column;
+            mSummariser.Add(column, sources[i], {});
+        }
+    }
+
+    LearnedReference Learn();
+
+private:
+    void CheckNames(const ColumnChoices& choices) const;
+    void SettleByTypes();
+    void SettleByTexts(std::size_t i);
+    void SettleTexts();
+    void ComputeCutPoints();
+    void RequireNoProblems() const;
+    void RequireColumnsLeft() const;
+    bool IsOpen(std::size_t i) const;
+    void Settle(std::size_t i, ColumnKind kind) { mSummariser.columns[i].column.kind = kind; }
+    std::string& Problem(std::size_t i) { return mSummariser.columns[i].problem; }
+
+    TableQueries& mTable;
+    const MissingTokens& mMissing;
+    Summariser mSummariser;
+    std::vector<Choice> mChoices;
+    std::vector<SettledColumn> mSettled;
+};
+
+void Learner::CheckNames(const ColumnChoices& choices) const {
+    const std::set<std::string> ignored(choices.ignored.begin(), choices.ignored.end());
+    std::set<std::string> known;
+    for (const ResultColumn& column : mTable.Columns()) {
+        if (ignored.count(column.name) != 0 || known.insert(column.name).second) continue;
+        throw InputError(
+            fmt::format("{}: the column \"{}\" stands twice; AS gives one of them "
+                        "another name",
+                        mTable.Name(), Shortened(column.name)));
+    }
+}
+
+// Whether the kind of a column depends on its texts.
+bool Learner::IsOpen(std::size_t i) const {
+    const Storage storage = mSummariser.columns[i].storage;
+    return mChoices[i] != Choice::Ignored && mSummariser.columns[i].problem.empty() &&
+           (storage == Storage::Text ||
+            (storage == Storage::Any && mSummariser.asked[i].textCount > 0));
+}
+
+void Learner::SettleByTypes() {
+    for (std::size_t i = 0; i < mChoices.size(); ++i) {
+        mSettled[i].isChosen = mChoices[i] != Choice::None;
+        if (mChoices[i] == Choice::Ignored) {
+            mSettled[i].leftOut = LeftOut::Ignored;
+            continue;
+        }
+        const ResultColumn& source = mTable.Columns()[i];
+        const bool isCategorical = mChoices[i] == Choice::Categorical;
+        switch (source.storage) {
+            case Storage::Double:
+            case Storage::Number:
+                Settle(i, isCategorical ? ColumnKind::NumberCategory : ColumnKind::Continuous);
+                break;
+            case Storage::Boolean:
+                Settle(i, mChoices[i] == Choice::Continuous ? ColumnKind::Continuous
+                                                            : ColumnKind::TextCategory);
+                break;
+            case Storage::Date:
+                Settle(i, ColumnKind::TextCategory);
+                if (isCategorical) break;
+                Problem(i) = fmt::format(
+                    "holds dates, the type is \"{}\", of which new data has others; {} leaves it "
+                    "out, {} takes them as categories",
+                    Printable(source.type), ShellOption("--ignore", source.name),
+                    ShellOption("--categorical", source.name));
+                break;
+            case Storage::Other:
+                Settle(i, ColumnKind::TextCategory);
+                Problem(i) = WrongType(source, mSummariser.columns[i].column);
+                break;
+            case Storage::Any:
+                if (mSummariser.asked[i].textCount > 0) break;
+                Settle(i, isCategorical ? ColumnKind::NumberCategory : ColumnKind::Continuous);
+                break;
+            case Storage::Text:
+                break;
+        }
+    }
+}
+
+// As of a file, but that equal texts come together.
+void Learner::SettleByTexts(std::size_t i) {
+    AnsweredColumn& each = mSummariser.columns[i];
+    AskedColumn& how = mSummariser.asked[i];
+    if (each.storage == Storage::Any && how.numberCount > 0) {
+        how.texts = fmt::format("typeof({}) IN ('text', 'blob')", how.quoted);
+    }
+    if (!mSummariser.AskTexts(i)) {
+        Settle(i, ColumnKind::TextCategory);
+        Problem(i) = TooManyCategories(each.column) +
+                     "; if these are numbers, --query 'SELECT CAST(...)' makes them such";
+        return;
+    }
+    ColumnScan scan(MaxCategories());
+    std::uint64_t distinct = 0;
+    for (const Group& group : each.answer.groups) {
+        const std::string_view text = TrimBlanks(group.key.text);
+        if (mMissing.Contains(text)) continue;
+        ++distinct;
+        scan.TakeGroup(group.key.text, ParseCell(text, false), group.count);
+    }
+    SettledColumn& settled = mSettled[i];
+    settled.facts = scan.Facts();
+    settled.facts.distinct = distinct;
+    settled.facts.distinctIsExact = true;
+    settled.facts.present += how.numberCount;
+    const std::string& name = each.column.name;
+    if (mChoices[i] == Choice::Continuous && settled.facts.noNumbers > 0) {
+        const std::string& text = settled.facts.firstNoNumber.text;
+        Problem(i) = fmt::format("{}; {} reads it as a missing value", NotANumber(text),
+                                 ShellOption("--missing", text, "TOKEN"));
+        return;
+    }
+    if (!SettleByFacts(mChoices[i], settled)) {
+        Problem(i) = fmt::format(
+            "has numbers as spreadsheets show them, such as \"{}\"; {} takes "
+            "the column as categories",
+            Shortened(settled.facts.firstSpreadsheetNumber.text),
+            ShellOption("--categorical", name));
+        return;
+    }
+    each.column.kind = settled.column.kind;
+    settled.column.name = name;
+    if (settled.leftOut == LeftOut::Dates) {
+        Problem(i) = fmt::format(
+            "holds dates, of which new data has others; {} leaves it out, {} "
+            "takes them as categories",
+            ShellOption("--ignore", name), ShellOption("--categorical", name));
+    } else if (each.column.kind != ColumnKind::Continuous &&
+               each.column.kind != ColumnKind::Ignored && how.numberCount > 0) {
+        each.answer.groups.clear();
+        if (!mSummariser.AskCategories(i)) Problem(i) = TooManyCategories(each.column);
+    }
+}
+
+void Learner::SettleTexts() {
+    for (std::size_t i = 0; i < mChoices.size(); ++i) {
+        if (IsOpen(i)) SettleByTexts(i);
+    }
+}
+
+void Learner::ComputeCutPoints() {
+    for (AnsweredColumn& each : mSummariser.columns) {
+        if (each.column.kind != ColumnKind::Continuous) continue;
+        const NumberFigures figures(each.answer, mTable.Rows(), mMissing);
+        const double s = figures.Deviation();
+        if (MCMV::IsMissing(s) || s == 0.0) continue;
+        const double m = figures.Mean();
+        const double twice = s + s;
+        each.cutPoints = {m - twice, m - s, m, m + s, m + twice};
+        const auto disorder =
+            std::adjacent_find(each.cutPoints.begin(), each.cutPoints.end(),
+                               [](double left, double right) { return !(left < right); });
+        if (disorder == each.cutPoints.end() && std::isfinite(s)) continue;
+        each.problem = fmt::format("{}; {} leaves it out",
+                                   std::isfinite(s)
+                                       ? "has values that vary too little for their size to be put "
+                                         "into bins"
+                                       : "has values so large that their deviation overflows",
+                                   ShellOption("--ignore", each.column.name));
+    }
+}
+
+void Learner::RequireNoProblems() const {
+    std::string problems;
+    for (const AnsweredColumn& each : mSummariser.columns) {
+        if (each.problem.empty()) continue;
+        problems += fmt::format("{}{}: the column \"{}\" {}",
+                                problems.empty() ? "" : "\naccredit: ", mTable.Name(),
+                                Shortened(each.column.name), each.problem);
+    }
+    if (!problems.empty()) throw InputError(problems);
+}
+
+void Learner::RequireColumnsLeft() const {
+    const bool isAnyLeft = std::any_of(
+        mSummariser.columns.begin(), mSummariser.columns.end(),
+        [](const AnsweredColumn& each) { return each.column.kind != ColumnKind::Ignored; });
+    if (isAnyLeft) return;
+    throw InputError(mTable.Name() +
+                     ": every column is left out, because it is ignored or its values are keys; "
+                     "--categorical COLUMN takes one as categories");
+}
+
+LearnedReference Learner::Learn() {
+    mTable.Expect(3 + 2 * mChoices.size());
+    for (std::size_t i = 0; i < mChoices.size(); ++i) {
+        if (mChoices[i] == Choice::Ignored) mSummariser.columns[i].storage = Storage::Other;
+    }
+    mSummariser.FindTypes();
+    SettleByTypes();
+    RequireNoProblems();
+    std::size_t grouped = 0;
+    for (std::size_t i = 0; i < mChoices.size(); ++i) {
+        const ColumnKind kind = mSummariser.columns[i].column.kind;
+        if (IsOpen(i) || kind == ColumnKind::TextCategory || kind == ColumnKind::NumberCategory) {
+            grouped += 2;
+        }
+    }
+    mTable.Expect(3 + grouped);
+    for (std::size_t i = 0; i < mChoices.size(); ++i) {
+        const ColumnKind kind = mSummariser.columns[i].column.kind;
+        if (kind == ColumnKind::TextCategory || kind == ColumnKind::NumberCategory) {
+            if (!mSummariser.AskCategories(i)) {
+                Problem(i) = TooManyCategories(mSummariser.columns[i].column);
+            }
+        }
+    }
+    SettleTexts();
+    for (std::size_t i = 0; i < mChoices.size(); ++i) {
+        if (mSummariser.columns[i].column.kind == ColumnKind::Continuous) {
+            mSummariser.SettleNumbers(i);
+        }
+    }
+    RequireNoProblems();
+    mSummariser.AskNumbers();
+    if (mTable.Rows() == 0) throw InputError(mTable.Name() + ": there are no rows to learn from");
+    RequireColumnsLeft();
+    FindProblems(mSummariser.columns, mTable.Rows(), mMissing);
+    RequireNoProblems();
+    mSummariser.AskMoments();
+    ComputeCutPoints();
+    RequireNoProblems();
+    mSummariser.AskBins();
+
+    LearnedReference learned;
+    learned.reference = SummaryOf(mSummariser.columns, mTable.Rows(), mMissing, mTable.Name());
+    for (std::size_t i = 0; i < mSettled.size(); ++i) {
+        mSettled[i].column = mSummariser.columns[i].column;
+        if (mSettled[i].facts.present == 0) {
+            mSettled[i].facts.present = mSummariser.columns[i].answer.count;
+        }
+    }
+    learned.data.columns = std::move(mSettled);
+    return learned;
+}
+
+}  // namespace
+
+LearnedReference LearnTable(TableQueries& table, const ColumnChoices& choices,
+                            const MissingTokens& missing) {
+    return Learner(table, choices, missing).Learn();
+}
+
+}  // namespace app
