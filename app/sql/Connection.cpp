@@ -123,10 +123,14 @@ std::string WithoutLayers(std::string_view words) {
         words.remove_prefix(end + 1);
         words = MADocuments::TrimBlanks(words);
     }
-    while (!words.empty() && std::isspace(static_cast<unsigned char>(words.back())) != 0) {
-        words.remove_suffix(1);
+    // One driver adds a line of its own that says nothing more.
+    words = words.substr(0, words.find(";\nError while executing the query"));
+    std::string line;
+    for (const char c : words) {
+        const bool isBlank = std::isspace(static_cast<unsigned char>(c)) != 0;
+        if (!isBlank || (!line.empty() && line.back() != ' ')) line += isBlank ? ' ' : c;
     }
-    return std::string(words);
+    return std::string(MADocuments::TrimBlanks(line));
 }
 
 Failure FailureOf(SQLSMALLINT type, SQLHANDLE handle) {

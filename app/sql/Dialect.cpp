@@ -204,10 +204,12 @@ std::string Dialect::AsDoubleOf(std::string_view quoted, bool hasIntegers) const
     return hasIntegers ? fmt::format("CAST({} AS REAL)", quoted) : std::string(quoted);
 }
 
-std::string Dialect::AsKey(std::string_view quoted, Storage storage) const {
+std::string Dialect::AsKey(std::string_view quoted, Storage storage, bool isOnNodes) const {
     if (storage == Storage::Double) return std::string(quoted);
     switch (mEngine) {
         case Engine::PostgreSql:
+            // A node answers for itself only what it is asked without a cast and a collation.
+            if (isOnNodes && storage == Storage::Text) return std::string(quoted);
             return fmt::format("CAST({} AS text) COLLATE \"C\"", quoted);
         case Engine::MySql:
             return fmt::format("CAST(CONVERT({} USING utf8mb4) AS BINARY)", quoted);
@@ -229,7 +231,7 @@ std::string Dialect::ShownKey(const std::string& key, Storage storage) const {
     if (storage == Storage::Double) return number;
     switch (mEngine) {
         case Engine::PostgreSql:
-            return fmt::format("encode(convert_to({}, 'UTF8'), 'hex')", key);
+            return fmt::format("encode(convert_to(CAST({} AS text), 'UTF8'), 'hex')", key);
         case Engine::Sqlite:
             return fmt::format(
                 "CASE typeof({0}) WHEN 'null' THEN NULL WHEN 'real' THEN {1} ELSE hex({0}) END",

@@ -20,6 +20,9 @@ constexpr std::size_t kMaxExpressions = 1000;
 // So long is waited for a lock: longer than a transaction that only writes rows takes.
 constexpr int kLockSeconds = 30;
 
+// Of so many shards that all have every category as many categories are told apart as of one.
+constexpr std::uint64_t kGroupsToOneCategory = 4;
+
 // A statement may end in a semicolon, which cannot stand within another one.
 std::string WithoutEnd(std::string query) {
     const std::size_t last = query.find_last_not_of(" \t\r\n;");
@@ -196,28 +199,28 @@ void TableQueries::Ask(const std::vector<Question>& questions, std::vector<Colum
 bool TableQueries::AskGroups(const std::string& key, Storage storage, const std::string& condition,
                              ColumnAnswer& answer) {
     const std::string rows = mFrom + (condition.empty() ? "" : " WHERE " + condition);
-    const std::string limit = mDialect.Limit(MaxCategories() + 2);
-    // Without a shard the engine stops as soon as there are too many. The nodes of shards can only
-    // be made to count by themselves if all is grouped.
-    const Expression distinct{
+    // One of the groups may be NULL. Shards that have the same categories have more groups.
+    const std::uint64_t most = (mShard.empty() ? 1 : kGroupsToOneCategory) * (MaxCategories() + 1);
+    const std::string limit = mDialect.Limit(most + 1);
+    // The engine stops as soon as there are too many, but the nodes of shards group all that they
+    // have: only what is grouped is done by themselves.
+    const Expression distinct{fmt::format(
         mShard.empty()
-            ? fmt::format("SELECT COUNT(*) FROM (SELECT DISTINCT {} AS accredit_key FROM {}{}) "
-                          "accredit_keys",
-                          key, rows, limit)
-            : fmt::format("SELECT COUNT(DISTINCT {}) FROM {} GROUP BY {}", key, rows, mShard)};
-    double most = 0.0;
+            ? "SELECT COUNT(*) FROM (SELECT DISTINCT {0} AS accredit_key FROM {1}{2}) accredit_keys"
+            : "SELECT COUNT(*) FROM (SELECT {3} AS accredit_shard, {0} AS accredit_key FROM {1} "
+              "GROUP BY {3}, {0}{2}) accredit_keys",
+        key, rows, limit, mShard)};
+    double different = 0.0;
     Run(distinct, {ReadAs::Number},
-        [&most](const std::vector<SqlValue>& row) { most = std::max(most, row[0].number); });
-    // One of them may be NULL.
-    if (most > static_cast<double>(MaxCategories() + 1)) return false;
+        [&different](const std::vector<SqlValue>& row) { different = row[0].number; });
+    if (different > static_cast<double>(most)) return false;
 
     const std::string shard = mShard.empty() ? "" : mShard + " AS accredit_shard, ";
     const std::string groups = mShard.empty() ? key : mShard + ", " + key;
     const Expression sql{fmt::format(
         "SELECT {}, accredit_count FROM (SELECT {}{} AS accredit_key, COUNT(*) AS accredit_count "
         "FROM {} GROUP BY {}{}) accredit_groups",
-        mDialect.ShownKey("accredit_key", storage), shard, key, rows, groups,
-        mShard.empty() ? limit : "")};
+        mDialect.ShownKey("accredit_key", storage), shard, key, rows, groups, limit)};
     std::map<std::string, std::uint64_t> found;
     std::uint64_t count = 0;
     bool isGood = true;

@@ -133,7 +133,8 @@ bool Summariser::AskCategories(std::size_t i) {
         return mTable.AskGroups(dialect.AsDouble(quoted, storage), Storage::Double, "",
                                 columns[i].answer);
     }
-    return mTable.AskGroups(dialect.AsKey(quoted, storage), storage, "", columns[i].answer);
+    return mTable.AskGroups(dialect.AsKey(quoted, storage, !mTable.ShardBy().empty()), storage, "",
+                            columns[i].answer);
 }
 
 // The texts of a column of numbers, if it has any.
@@ -141,7 +142,8 @@ bool Summariser::AskTexts(std::size_t i) {
     const bool hasTexts = columns[i].storage == Storage::Text ||
                           (columns[i].storage == Storage::Any && asked[i].textCount > 0);
     return !hasTexts ||
-           mTable.AskGroups(mTable.GetDialect().AsKey(asked[i].quoted, columns[i].storage),
+           mTable.AskGroups(mTable.GetDialect().AsKey(asked[i].quoted, columns[i].storage,
+                                                      !mTable.ShardBy().empty()),
                             columns[i].storage, asked[i].texts, columns[i].answer);
 }
 
