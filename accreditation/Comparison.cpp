@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <limits>
 #include <numeric>
+#include <string>
+#include <tuple>
+#include <utility>
 
 #include "accredit/accreditation/MAComparison.h"
 #include "accredit/accreditation/internal/VariableTests.h"
@@ -98,6 +101,43 @@ const IMCEncoder& EncoderOf(const MADistStats& stats, unsigned int slot) {
     return *stats.GetVarList().GetEncoderAt(stats.GetVarListIndex(slot));
 }
 
+// The codes in the order of what they stand for, and last those that no value encodes to: the order
+// in which categories were met must not show in sums over them.
+std::vector<int> ByValue(std::vector<int> codes, const IMCEncoder& encoder) {
+    struct Category {
+        bool isNameless;
+        std::string text;
+        double number;
+        int code;
+    };
+    if (codes.size() < 2) return codes;
+    const bool areNumbers = encoder.GetValueType() == IMCEncoder::ValueTypeNumber;
+    std::vector<Category> categories;
+    categories.reserve(codes.size());
+    for (const int code : codes) {
+        Category category{false, {}, 0.0, code};
+        if (areNumbers) {
+            category.number = encoder.DecodeNumber(code);
+        } else {
+            category.text = encoder.DecodeString(code);
+        }
+        category.isNameless = std::isnan(category.number) ||
+                              MADetail::MapCategory(encoder, encoder, code) != code;
+        if (category.isNameless) category.number = 0.0;
+        categories.push_back(std::move(category));
+    }
+    const auto order = [](const Category& each) {
+        return std::tie(each.isNameless, each.text, each.number, each.code);
+    };
+    std::sort(categories.begin(), categories.end(),
+              [&order](const Category& left, const Category& right) {
+                  return order(left) < order(right);
+              });
+    std::transform(categories.begin(), categories.end(), codes.begin(),
+                   [](const Category& each) { return each.code; });
+    return codes;
+}
+
 // A category without a frequency has no cases, so the vectors bound the work, whatever the encoders
 // claim.
 MACells Categories(const MADistStats& refStats, unsigned int slot, const MADistStats& newStats,
@@ -119,12 +159,15 @@ MACells Categories(const MADistStats& refStats, unsigned int slot, const MADistS
         cells.newCodes[c] = code;
         seen[k] = 1;
     }
+    std::vector<int> unknown;
     for (std::size_t k = 0; k < newFreq.size(); ++k) {
-        if (seen[k] != 0) continue;
+        if (seen[k] == 0) unknown.push_back(static_cast<int>(k));
+    }
+    for (const int code : ByValue(std::move(unknown), EncoderOf(newStats, newSlot))) {
         cells.reference.push_back(0.0);
-        cells.observed.push_back(newFreq[k]);
+        cells.observed.push_back(newFreq[static_cast<std::size_t>(code)]);
         cells.referenceCodes.push_back(-1);
-        cells.newCodes.push_back(static_cast<int>(k));
+        cells.newCodes.push_back(code);
     }
     return cells;
 }

@@ -55,6 +55,6 @@ struct Checked {
 ///
 /// Throws UsageError for options that do not fit the reference, InputError, OutputError, Cancelled.
 Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel,
-              std::ostream* log);
+              std::ostream* log = nullptr);
 
 }  // namespace app

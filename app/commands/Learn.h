@@ -43,7 +43,7 @@ struct Learned {
 /// queries to an engine where they are to be shown. Throws UsageError, InputError, OutputError,
 /// Cancelled.
 Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
-              std::ostream* log);
+              std::ostream* log = nullptr);
 
 /// The document of what was learned. Throws InputError for what a document cannot hold, with the
 /// column.

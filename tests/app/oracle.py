@@ -97,6 +97,11 @@ class Sample:
             self.deviation = math.sqrt(squares / (self.cases - 1)) if varies else 0.0
 
 
+def order_of(value):
+    """Texts in the order of their UTF-8, numbers ascending."""
+    return value.encode() if isinstance(value, str) else value
+
+
 class Table:
     """The cells of a variable with the counts of both samples."""
 
@@ -104,7 +109,7 @@ class Table:
         self.cuts = []
         if kind != "numbers":
             before, after = map(collections.Counter, (reference.values, new.values))
-            self.names = [{"value": value} for value in [*before, *(v for v in after if v not in before)]]
+            self.names = [{"value": value} for value in [*before, *sorted(set(after) - set(before), key=order_of)]]
             self.r = [before[name["value"]] for name in self.names]
             self.o = [after[name["value"]] for name in self.names]
             self.library_r = [before[value] for value in before]
