@@ -55,6 +55,7 @@ public:
         asked.push_back({mTable.GetDialect().Quoted(source.name), source.type, "", ""});
     }
 
+    void ExpectQueries();
     void FindTypes();
     void SettleNumbers(std::size_t i);
     bool AskCategories(std::size_t i);
@@ -67,6 +68,7 @@ public:
     std::vector<AskedColumn> asked;
 
 private:
+    bool HasTexts(std::size_t i) const;
     bool HasNumbers(std::size_t i) const {
         return columns[i].column.kind == ColumnKind::Continuous && columns[i].problem.empty() &&
                !asked[i].value.empty();
@@ -78,6 +80,31 @@ private:
 
     TableQueries& mTable;
 };
+
+bool Summariser::HasTexts(std::size_t i) const {
+    return columns[i].storage == Storage::Text ||
+           (columns[i].storage == Storage::Any && asked[i].textCount > 0);
+}
+
+// Columns of texts whose kind is not known yet, and have no bins of their own, are taken as either.
+void Summariser::ExpectQueries() {
+    constexpr std::size_t kCounts = 4;
+    constexpr std::size_t kDeviations = 3;
+    std::size_t counts = 0;
+    std::size_t deviations = 0;
+    std::size_t groups = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const bool isCategory = columns[i].column.kind == ColumnKind::TextCategory ||
+                                columns[i].column.kind == ColumnKind::NumberCategory;
+        if (!columns[i].problem.empty()) continue;
+        if (isCategory || HasTexts(i)) groups += 2;
+        if (columns[i].column.kind != ColumnKind::Continuous) continue;
+        counts += kCounts + columns[i].cutPoints.size();
+        deviations += kDeviations;
+    }
+    mTable.Expect(groups + TableQueries::QueriesFor(counts) +
+                  (deviations > 0 ? TableQueries::QueriesFor(deviations) : 0));
+}
 
 // A column of SQLite holds whatever was put in, so it is asked what that is.
 void Summariser::FindTypes() {
@@ -139,9 +166,7 @@ bool Summariser::AskCategories(std::size_t i) {
 
 // The texts of a column of numbers, if it has any.
 bool Summariser::AskTexts(std::size_t i) {
-    const bool hasTexts = columns[i].storage == Storage::Text ||
-                          (columns[i].storage == Storage::Any && asked[i].textCount > 0);
-    return !hasTexts ||
+    return !HasTexts(i) ||
            mTable.AskGroups(mTable.GetDialect().AsKey(asked[i].quoted, columns[i].storage,
                                                       !mTable.ShardBy().empty()),
                             columns[i].storage, asked[i].texts, columns[i].answer);
@@ -332,7 +357,6 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
 
     TableSummary made;
     Summariser summariser(table);
-    std::size_t queries = 2;
     for (std::size_t slot = 0; slot < names.size(); ++slot) {
         const std::optional<std::size_t> found = FindColumn(table, names[slot], taken);
         if (!found) continue;
@@ -344,9 +368,8 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
         }
         summariser.Add(like[slot], source, cutPoints[slot]);
         summariser.columns.back().problem = WrongType(source, like[slot]);
-        queries += like[slot].kind == ColumnKind::Continuous ? 0 : 2;
     }
-    table.Expect(queries + 1);
+    summariser.ExpectQueries();
     summariser.FindTypes();
     for (std::size_t i = 0; i < summariser.columns.size(); ++i) {
         if (summariser.columns[i].column.kind == ColumnKind::Continuous &&
@@ -354,6 +377,7 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
             summariser.SettleNumbers(i);
         }
     }
+    summariser.ExpectQueries();
     summariser.AskNumbers();
     for (std::size_t i = 0; i < summariser.columns.size(); ++i) {
         AnsweredColumn& each = summariser.columns[i];
@@ -584,21 +608,14 @@ void Learner::RequireColumnsLeft() const {
 }
 
 LearnedReference Learner::Learn() {
-    mTable.Expect(3 + 2 * mChoices.size());
     for (std::size_t i = 0; i < mChoices.size(); ++i) {
         if (mChoices[i] == Choice::Ignored) mSummariser.columns[i].storage = Storage::Other;
     }
+    mSummariser.ExpectQueries();
     mSummariser.FindTypes();
     SettleByTypes();
     RequireNoProblems();
-    std::size_t grouped = 0;
-    for (std::size_t i = 0; i < mChoices.size(); ++i) {
-        const ColumnKind kind = mSummariser.columns[i].column.kind;
-        if (IsOpen(i) || kind == ColumnKind::TextCategory || kind == ColumnKind::NumberCategory) {
-            grouped += 2;
-        }
-    }
-    mTable.Expect(3 + grouped);
+    mSummariser.ExpectQueries();
     for (std::size_t i = 0; i < mChoices.size(); ++i) {
         const ColumnKind kind = mSummariser.columns[i].column.kind;
         if (kind == ColumnKind::TextCategory || kind == ColumnKind::NumberCategory) {
@@ -622,15 +639,20 @@ LearnedReference Learner::Learn() {
     mSummariser.AskMoments();
     ComputeCutPoints();
     RequireNoProblems();
+    mTable.Expect(1);
     mSummariser.AskBins();
 
     LearnedReference learned;
     learned.reference = SummaryOf(mSummariser.columns, mTable.Rows(), mMissing, mTable.Name());
+    unsigned int slot = 0;
     for (std::size_t i = 0; i < mSettled.size(); ++i) {
-        mSettled[i].column = mSummariser.columns[i].column;
-        if (mSettled[i].facts.present == 0) {
-            mSettled[i].facts.present = mSummariser.columns[i].answer.count;
-        }
+        const Column& column = mSummariser.columns[i].column;
+        mSettled[i].column = column;
+        if (column.kind == ColumnKind::Ignored) continue;
+        // Of types that have no texts nothing was settled by the values.
+        std::uint64_t& present = mSettled[i].facts.present;
+        present =
+            std::max<std::uint64_t>(present, learned.reference.stats.GetNumberOfCases(slot++));
     }
     learned.data.columns = std::move(mSettled);
     return learned;
