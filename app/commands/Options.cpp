@@ -41,6 +41,7 @@ constexpr std::string_view kCheckHelp =
     R"(accredit check - compare new data with a reference, variable by variable
 
 Usage: accredit check [OPTIONS] REFERENCE NEW...
+       accredit check [OPTIONS] REFERENCE --sql CONNECTION --table NAME
 
 REFERENCE is what 'accredit learn' stored, or the data itself; NEW is data, or a
 summary that 'accredit learn --bins-of REFERENCE' stored. Data is a CSV file
@@ -78,6 +79,18 @@ Files:
   --config FILE          read options of columns and files from a file, a line
                          each: ignore = ["id", "day"]
 
+A table in the place of NEW, which the engine that holds it summarises; only
+counts travel:
+  --sql CONNECTION       what ODBC takes, such as 'DSN=warehouse', or
+                         sqlite:FILE; the password is that of the environment
+                         variable ACCREDIT_PASSWORD, or of odbc.ini
+  --table NAME           the table: NAME or SCHEMA.NAME
+  --query SELECT         a query in its place: 'SELECT ... WHERE day = ...'
+  --shard-by COLUMN      group every query by the column that tells the nodes of
+                         the table apart, so that each does its part
+  --timeout SECONDS      what a query may take, 0 for no limit; 3600 if not given
+  --verbose              show every query and its time on standard error
+
 Result:
   --fail-on VERDICT      exit with status 1 if a variable is that or worse:
                          minor, moderate (not tested is worse), or major
@@ -99,11 +112,13 @@ missing value are the empty field, NA, NaN, nan, NULL, null, N/A, n/a, #N/A and
 Exit status: 0 if no rule is broken; 1 if --fail-on or --fail-below is, or,
 without --fail-on, if there is no accreditation: a variable is absent, has an
 unknown category or says nothing, or the weights sum to 0; 2 for wrong usage,
-unreadable or malformed files, too little memory, or an interrupt.
+unreadable or malformed files, an engine that cannot answer, too little memory,
+or an interrupt.
 
-Example:
+Examples:
   accredit check --missing '?' --ignore id --fail-on moderate \
       --report today.html train.csv today.csv
+  accredit check --fail-on moderate train.pmml --sql sqlite:a.db --table sales
 )";
 
 constexpr std::string_view kLearnHelp =
@@ -111,6 +126,7 @@ constexpr std::string_view kLearnHelp =
 reference
 
 Usage: accredit learn [OPTIONS] DATA... --output REFERENCE.pmml
+       accredit learn [OPTIONS] --sql CONNECTION --table NAME --output REFERENCE
 
 DATA is a CSV file with a heading, a pipe, or '-' for standard input; what is
 compressed by gzip or zstd is read as it is. Several files with the same
@@ -124,6 +140,18 @@ error what should be looked at.
   --bins-of REFERENCE    summarise new data with the bins of a stored reference,
                          so that 'accredit check' can compare the summary with
                          it; DATA may then have no rows
+
+A table in the place of DATA, which the engine that holds it summarises; only
+counts travel:
+  --sql CONNECTION       what ODBC takes, such as 'DSN=warehouse', or
+                         sqlite:FILE; the password is that of the environment
+                         variable ACCREDIT_PASSWORD, or of odbc.ini
+  --table NAME           the table: NAME or SCHEMA.NAME
+  --query SELECT         a query in its place: 'SELECT ... WHERE day = ...'
+  --shard-by COLUMN      group every query by the column that tells the nodes of
+                         the table apart, so that each does its part
+  --timeout SECONDS      what a query may take, 0 for no limit; 3600 if not given
+  --verbose              show every query and its time on standard error
 
 Files:
   --delimiter CHAR       what stands between fields: one character, or 'tab'; if
@@ -159,13 +187,17 @@ of headings and categories do. In a file of one column a blank line is a missing
 value; in any other it is passed over. Headings and categories must be UTF-8
 without control characters other than tab and line end.
 
+Of a table, numbers are continuous, and texts are taken as those of a file.
+Dates, NaN and infinities, and more categories than a reference can hold are
+refused with the column and what to do.
+
 Of pipes a temporary copy is made where data is read more than once, in the
 folder that TMPDIR names, or in /var/tmp.
 
 Exit status: 0 if the reference was written; 2 for wrong usage, unreadable or
 malformed data, data without rows (unless --bins-of is given) or that a
-reference cannot hold, a file that cannot be written, too little memory, or an
-interrupt.
+reference cannot hold, an engine that cannot answer, a file that cannot be
+written, too little memory, or an interrupt.
 
 Example:
   accredit learn --missing '?' --ignore id train.csv --output train.pmml
