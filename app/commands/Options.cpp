@@ -532,6 +532,15 @@ void AddOptions(CLI::App& show, ShowOptions& options) {
     AddPath(show, "REFERENCE", options.referencePath);
 }
 
+// Of a program that cannot connect the help says so.
+std::string HelpWithTables(std::string_view help) {
+    std::string text(help);
+    if (!Connection::IsThere()) {
+        text += "\nThis program was built without unixODBC, so --sql cannot be used.\n";
+    }
+    return text;
+}
+
 // Refuses the first word that the parser knows nothing of. It would itself rather complain about
 // what it misses because of that word.
 void RefuseUnknown(const CLI::App& program) {
@@ -569,9 +578,9 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     try {
         program.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
-        return Message{std::string(check.parsed()   ? kCheckHelp
-                                   : learn.parsed() ? kLearnHelp
-                                   : merge.parsed() ? kMergeHelp
+        if (check.parsed()) return Message{HelpWithTables(kCheckHelp)};
+        if (learn.parsed()) return Message{HelpWithTables(kLearnHelp)};
+        return Message{std::string(merge.parsed() ? kMergeHelp
                                    : show.parsed()  ? kShowHelp
                                                     : kHelp)};
     } catch (const CLI::CallForVersion&) {
