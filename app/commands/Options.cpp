@@ -580,9 +580,9 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     } catch (const CLI::CallForHelp&) {
         if (check.parsed()) return Message{HelpWithTables(kCheckHelp)};
         if (learn.parsed()) return Message{HelpWithTables(kLearnHelp)};
-        return Message{std::string(merge.parsed() ? kMergeHelp
-                                   : show.parsed()  ? kShowHelp
-                                                    : kHelp)};
+        return Message{std::string(merge.parsed()  ? kMergeHelp
+                                   : show.parsed() ? kShowHelp
+                                                   : kHelp)};
     } catch (const CLI::CallForVersion&) {
         return Message{std::string(kVersion) + "\n"};
     } catch (const CLI::ArgumentMismatch& error) {

@@ -264,8 +264,8 @@ struct Connection::State {
         if (env) SQLFreeHandle(SQL_HANDLE_ENV, env);
     }
 
-    static void Await(const std::shared_ptr<State>& state, std::function<void()> work,
-                      const std::function<void()>& stop);
+    static void Await(const std::shared_ptr<State>& state, double seconds,
+                      std::function<void()> work, const std::function<void()>& stop);
     [[noreturn]] void Fail(SQLSMALLINT type, SQLHANDLE handle, const std::string& what) const;
     std::string WithoutPassword(std::string words) const;
     std::string Info(SQLUSMALLINT what) const;
@@ -279,6 +279,7 @@ struct Connection::State {
     SQLHDBC dbc = nullptr;
     Dialect::Engine engine = Dialect::Engine::Ansi;
     std::string product;
+    bool isConnected = false;
     bool readsNumbersAsText = false;
     // Held while a row is handed over; nothing is once the query was given up.
     std::mutex handing;
@@ -333,8 +334,8 @@ private:
 // Does the work in a thread of its own and waits for it, so that an interrupt and the time-out are
 // heeded whatever the driver does. `stop` asks the engine to end it. If it does not end, it is left
 // behind with what it owns.
-void Connection::State::Await(const std::shared_ptr<State>& state, std::function<void()> work,
-                              const std::function<void()>& stop) {
+void Connection::State::Await(const std::shared_ptr<State>& state, double seconds,
+                              std::function<void()> work, const std::function<void()>& stop) {
     std::packaged_task<void()> task(std::move(work));
     std::future<void> done = task.get_future();
     std::thread thread(std::move(task));
@@ -346,8 +347,8 @@ void Connection::State::Await(const std::shared_ptr<State>& state, std::function
         const auto now = Clock::now();
         if (!told) {
             isCancelled = state->cancel.QueryCancel();
-            const bool isLate = state->timeout > 0.0 &&
-                                std::chrono::duration<double>(now - begin).count() > state->timeout;
+            const bool isLate =
+                seconds > 0.0 && std::chrono::duration<double>(now - begin).count() > seconds;
             if (!isCancelled && !isLate) continue;
             told = now;
             stop();
@@ -365,11 +366,17 @@ void Connection::State::Await(const std::shared_ptr<State>& state, std::function
         thread.join();
     }
     if (isCancelled) throw Cancelled();
+    if (told && !state->isConnected) {
+        throw SqlError(fmt::format("--sql: there is no connection after {:g} s; is the server "
+                                   "running, and can it be reached from here?",
+                                   seconds),
+                       "HYT00");
+    }
     if (told) {
-        throw SqlError(fmt::format("the query took longer than {:g} s; --timeout SECONDS gives it "
-                                   "more, and 0 all that it takes; is the table locked, or a node "
-                                   "not there?",
-                                   state->timeout),
+        throw SqlError(fmt::format("{}: the query took longer than {:g} s; --timeout SECONDS gives "
+                                   "it more, and 0 all that it takes; is the table locked, or a "
+                                   "node not there?",
+                                   state->product, seconds),
                        "HYT00");
     }
     done.get();
@@ -392,7 +399,8 @@ Connection::Connection(const SqlOptions& options, std::function<void()> wait, MC
                                                   nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
         if (!SQL_SUCCEEDED(result)) shared->Fail(SQL_HANDLE_DBC, shared->dbc, "--sql");
     };
-    State::Await(mState, connect, [] {});
+    State::Await(mState, static_cast<double>(kLoginSeconds), connect, [] {});
+    state.isConnected = true;
     state.engine = Dialect::EngineOf(state.Info(SQL_DBMS_NAME));
     state.product = state.Info(SQL_DBMS_NAME) + " " + state.Info(SQL_DBMS_VER);
     // One driver cuts numbers at 15 digits, and the other hands over the server's own.
@@ -439,13 +447,19 @@ std::vector<ResultColumn> Connection::Describe(const std::string& sql) {
             SQLColAttribute(handle, i, SQL_DESC_TYPE_NAME, typeName.data(),
                             static_cast<SQLSMALLINT>(typeName.size()), &length, nullptr);
             const std::string called = Lower(typeName.data());
+            // This one is not cut by the driver of SQLite.
+            if (shared->engine == Dialect::Engine::Sqlite) {
+                SQLColAttribute(handle, i, SQL_DESC_LABEL, name.data(),
+                                static_cast<SQLSMALLINT>(name.size()), &length, nullptr);
+            }
             found.push_back({reinterpret_cast<const char*>(name.data()),
                              StorageOf(type, called, shared->engine), called});
         }
         const std::lock_guard<std::mutex> lock(shared->handing);
         if (!shared->isGivenUp) columns = std::move(found);
     };
-    State::Await(mState, describe, [statement] { SQLCancel(statement->Handle()); });
+    State::Await(mState, mState->timeout, describe,
+                 [statement] { SQLCancel(statement->Handle()); });
     return columns;
 }
 
@@ -518,7 +532,7 @@ void Connection::Run(const Expression& sql, const std::vector<ReadAs>& columns,
             take(row);
         }
     };
-    State::Await(mState, run, [statement] { SQLCancel(statement->Handle()); });
+    State::Await(mState, mState->timeout, run, [statement] { SQLCancel(statement->Handle()); });
 }
 
 void Connection::Execute(const std::string& sql) {

@@ -125,8 +125,9 @@ std::string Dialect::Name() const {
     return {};
 }
 
+// SQLite takes a name between double quotes that it does not know for a text.
 char Dialect::Quote() const {
-    return mEngine == Engine::MySql || mEngine == Engine::ClickHouse ? '`' : '"';
+    return mEngine == Engine::Ansi || mEngine == Engine::PostgreSql ? '"' : '`';
 }
 
 // In ClickHouse a backslash within quotes escapes what follows.
@@ -141,7 +142,9 @@ std::string Dialect::Quoted(std::string_view name) const {
 }
 
 std::string Dialect::Table(std::string_view name) const {
-    if (!name.empty() && name.front() == Quote()) return std::string(name);
+    const bool isQuoted = !name.empty() && (name.front() == Quote() ||
+                                            (mEngine == Engine::Sqlite && name.front() == '"'));
+    if (isQuoted) return std::string(name);
     std::string quoted;
     for (;;) {
         const std::size_t point = name.find('.');

@@ -57,7 +57,11 @@ TableQueries::TableQueries(const SqlOptions& options, Progress& progress, MCQuer
       mShardBy(options.shardBy),
       mShard(options.shardBy.empty() ? "" : mDialect.Quoted(options.shardBy)) {
     Begin(options);
-    mColumns = mConnection.Describe("SELECT * FROM " + mFrom + " WHERE 1 = 0");
+    // Of a table itself the driver of SQLite cuts the names of columns at points.
+    const bool isCut = mConnection.Engine() == Dialect::Engine::Sqlite;
+    mColumns = mConnection.Describe(
+        "SELECT * FROM " + (isCut ? "(SELECT * FROM " + mFrom + ") accredit_columns" : mFrom) +
+        " WHERE 1 = 0");
     if (options.shardBy.empty()) return;
     const bool isThere = std::any_of(
         mColumns.begin(), mColumns.end(),
