@@ -90,7 +90,7 @@ std::string SqliteConnection(const std::string& path) {
     if (path.empty() || !std::filesystem::exists(path, ignored)) {
         throw InputError(Printable(path) + ": there is no such file");
     }
-    return "Driver=SQLite3;NoCreat=1;LongNames=1;Timeout=30000;Database=" + path;
+    return "Driver=SQLite3;NoCreat=1;Timeout=30000;Database=" + path;
 }
 
 std::string ConnectionText(const std::string& given, const std::string& password) {
@@ -447,6 +447,11 @@ std::vector<ResultColumn> Connection::Describe(const std::string& sql) {
             SQLColAttribute(handle, i, SQL_DESC_TYPE_NAME, typeName.data(),
                             static_cast<SQLSMALLINT>(typeName.size()), &length, nullptr);
             const std::string called = Lower(typeName.data());
+            // This is the name that one driver does not cut.
+            if (shared->engine == Dialect::Engine::Sqlite) {
+                SQLColAttribute(handle, i, SQL_DESC_LABEL, name.data(),
+                                static_cast<SQLSMALLINT>(name.size()), &length, nullptr);
+            }
             found.push_back({reinterpret_cast<const char*>(name.data()),
                              StorageOf(type, called, shared->engine), called});
         }

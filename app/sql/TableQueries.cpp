@@ -57,16 +57,11 @@ TableQueries::TableQueries(const SqlOptions& options, Progress& progress, MCQuer
       mShardBy(options.shardBy),
       mShard(options.shardBy.empty() ? "" : mDialect.Quoted(options.shardBy)) {
     Begin(options);
+    // The driver of SQLite cuts names at points, unless there is a column of no table, too.
+    const bool isCut = mConnection.Engine() == Dialect::Engine::Sqlite;
     mColumns = mConnection.Describe(
-        fmt::format("SELECT * FROM {} WHERE 1 = 0",
-                    options.table.empty() ? mFrom : "(SELECT * FROM " + mFrom + ") accredit_rows"));
-    // The driver of SQLite cuts names at points, unless it is to put that of the table before them.
-    constexpr std::string_view kLongName = "accredit_rows.";
-    for (ResultColumn& column : mColumns) {
-        if (column.name.compare(0, kLongName.size(), kLongName) == 0) {
-            column.name.erase(0, kLongName.size());
-        }
-    }
+        fmt::format("SELECT *{} FROM {} WHERE 1 = 0", isCut ? ", 1 AS accredit_end" : "", mFrom));
+    if (isCut) mColumns.pop_back();
     if (options.shardBy.empty()) return;
     const bool isThere = std::any_of(
         mColumns.begin(), mColumns.end(),
