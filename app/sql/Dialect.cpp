@@ -125,25 +125,28 @@ std::string Dialect::Name() const {
     return {};
 }
 
-// SQLite takes a name between double quotes that it does not know for a text.
-char Dialect::Quote() const {
-    return mEngine == Engine::Ansi || mEngine == Engine::PostgreSql ? '"' : '`';
+// SQLite takes a name between double quotes that it does not know for a text; but its driver takes
+// a question mark between other quotes for a parameter.
+char Dialect::QuoteFor(std::string_view name) const {
+    const bool isSqlite = mEngine == Engine::Sqlite && name.find('?') == std::string_view::npos;
+    return mEngine == Engine::MySql || mEngine == Engine::ClickHouse || isSqlite ? '`' : '"';
 }
 
 // In ClickHouse a backslash within quotes escapes what follows.
 std::string Dialect::Quoted(std::string_view name) const {
-    std::string quoted(1, Quote());
+    const char quote = QuoteFor(name);
+    std::string quoted(1, quote);
     for (const char c : name) {
         if (c == '\\' && mEngine == Engine::ClickHouse) quoted += c;
-        if (c == Quote()) quoted += mEngine == Engine::ClickHouse ? '\\' : c;
+        if (c == quote) quoted += mEngine == Engine::ClickHouse ? '\\' : c;
         quoted += c;
     }
-    return quoted + Quote();
+    return quoted + quote;
 }
 
 std::string Dialect::Table(std::string_view name) const {
-    const bool isQuoted = !name.empty() && (name.front() == Quote() ||
-                                            (mEngine == Engine::Sqlite && name.front() == '"'));
+    const bool isQuoted =
+        !name.empty() && (name.front() == QuoteFor("") || name.front() == QuoteFor("?"));
     if (isQuoted) return std::string(name);
     std::string quoted;
     for (;;) {

@@ -83,7 +83,7 @@ public:
 
 private:
     std::string LiteralOf(double number) const;
-    char Quote() const;
+    char QuoteFor(std::string_view name) const;
 
     Engine mEngine;
     Numbers mNumbers;
