@@ -26,6 +26,9 @@ constexpr std::array<std::pair<std::string_view, Engine>, 5> kNames = {{
     {"clickhouse", Engine::ClickHouse},
 }};
 
+// What a table is called within a query.
+constexpr const char* kRows = "accredit_rows";
+
 std::string Lower(std::string_view text) {
     std::string lower;
     for (const char c : text) {
@@ -125,34 +128,40 @@ std::string Dialect::Name() const {
     return {};
 }
 
-// SQLite takes a name between double quotes that it does not know for a text; but its driver takes
-// a question mark between other quotes for a parameter.
-char Dialect::QuoteFor(std::string_view name) const {
-    const bool isSqlite = mEngine == Engine::Sqlite && name.find('?') == std::string_view::npos;
-    return mEngine == Engine::MySql || mEngine == Engine::ClickHouse || isSqlite ? '`' : '"';
+char Dialect::Quote() const {
+    return mEngine == Engine::MySql || mEngine == Engine::ClickHouse ? '`' : '"';
 }
 
 // In ClickHouse a backslash within quotes escapes what follows.
 std::string Dialect::Quoted(std::string_view name) const {
-    const char quote = QuoteFor(name);
-    std::string quoted(1, quote);
+    std::string quoted(1, Quote());
     for (const char c : name) {
         if (c == '\\' && mEngine == Engine::ClickHouse) quoted += c;
-        if (c == quote) quoted += mEngine == Engine::ClickHouse ? '\\' : c;
+        if (c == Quote()) quoted += mEngine == Engine::ClickHouse ? '\\' : c;
         quoted += c;
     }
-    return quoted + quote;
+    return quoted + Quote();
+}
+
+std::string Dialect::Column(std::string_view name) const {
+    return (mEngine == Engine::Sqlite ? std::string(kRows) + "." : std::string()) + Quoted(name);
+}
+
+std::string Dialect::Query(std::string_view select) const {
+    const std::size_t last = select.find_last_not_of(" \t\r\n;");
+    return fmt::format("({}) {}", select.substr(0, last + 1), kRows);
 }
 
 std::string Dialect::Table(std::string_view name) const {
-    const bool isQuoted =
-        !name.empty() && (name.front() == QuoteFor("") || name.front() == QuoteFor("?"));
-    if (isQuoted) return std::string(name);
+    // SQLite takes a name between double quotes that it does not know for a text, unless a table
+    // stands before it.
+    const std::string alias = mEngine == Engine::Sqlite ? std::string(" ") + kRows : std::string();
+    if (!name.empty() && name.front() == Quote()) return std::string(name) + alias;
     std::string quoted;
     for (;;) {
         const std::size_t point = name.find('.');
         quoted += Quoted(name.substr(0, point));
-        if (point == std::string_view::npos) return quoted;
+        if (point == std::string_view::npos) return quoted + alias;
         quoted += '.';
         name.remove_prefix(point + 1);
     }

@@ -50,9 +50,13 @@ public:
 
     /// A name between the engine's quotes, those within doubled.
     std::string Quoted(std::string_view name) const;
-    /// A table's name, whose parts stand between points; one that begins with a quote is taken as
-    /// it stands.
+    /// A table's name as it stands behind FROM; its parts are set apart by points, and one that
+    /// begins with a quote is taken as it stands.
     std::string Table(std::string_view name) const;
+    /// A query in the place of a table. A semicolon at its end does not count.
+    std::string Query(std::string_view select) const;
+    /// A column of either. No engine takes it for anything else if there is no such column.
+    std::string Column(std::string_view name) const;
     /// A text between quotes. It may hold no control characters and no backslash.
     static std::string Text(std::string_view text);
 
@@ -83,7 +87,7 @@ public:
 
 private:
     std::string LiteralOf(double number) const;
-    char QuoteFor(std::string_view name) const;
+    char Quote() const;
 
     Engine mEngine;
     Numbers mNumbers;

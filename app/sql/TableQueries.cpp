@@ -23,13 +23,6 @@ constexpr int kLockSeconds = 30;
 // Of so many shards that all have every category as many categories are told apart as of one.
 constexpr std::uint64_t kGroupsToOneCategory = 4;
 
-// A statement may end in a semicolon, which cannot stand within another one.
-std::string WithoutEnd(std::string query) {
-    const std::size_t last = query.find_last_not_of(" \t\r\n;");
-    query.resize(last == std::string::npos ? 0 : last + 1);
-    return query;
-}
-
 }  // namespace
 
 std::vector<std::string> NamesOf(const std::vector<ResultColumn>& columns) {
@@ -52,10 +45,9 @@ TableQueries::TableQueries(const SqlOptions& options, Progress& progress, MCQuer
           },
           cancel),
       mDialect(mConnection.Engine(), Dialect::Numbers::Bound),
-      mFrom(options.table.empty() ? "(" + WithoutEnd(options.query) + ") accredit_rows"
-                                  : mDialect.Table(options.table)),
+      mFrom(options.table.empty() ? mDialect.Query(options.query) : mDialect.Table(options.table)),
       mShardBy(options.shardBy),
-      mShard(options.shardBy.empty() ? "" : mDialect.Quoted(options.shardBy)) {
+      mShard(options.shardBy.empty() ? "" : mDialect.Column(options.shardBy)) {
     Begin(options);
     // The driver of SQLite cuts names at points, unless there is a column of no table, too.
     const bool isCut = mConnection.Engine() == Dialect::Engine::Sqlite;

@@ -52,7 +52,7 @@ public:
         answered.storage = source.storage;
         answered.cutPoints = std::move(cutPoints);
         columns.push_back(std::move(answered));
-        asked.push_back({mTable.GetDialect().Quoted(source.name), source.type, "", ""});
+        asked.push_back({mTable.GetDialect().Column(source.name), source.type, "", ""});
     }
 
     void ExpectQueries();
