@@ -35,20 +35,23 @@ constexpr const char* kOtherEncoding =
     "; what is in an older encoding can be given through a pipe as '-' by 'iconv -f WINDOWS-1252 "
     "-t UTF-8 FILE'";
 
+constexpr const char* kIgnored = "; --ignore leaves it out";
+
 // What of the reference the library could not write.
-std::string Unwritable(const Reference& reference, const MAVariableProblem& problem) {
+std::string Unwritable(const Reference& reference, const MAVariableProblem& problem,
+                       const char* textRemedy) {
     const MCVarList& list = reference.stats.GetVarList();
     const int position = reference.stats.GetVarListIndex(static_cast<unsigned int>(problem.slot));
     const std::string column =
         fmt::format("the column \"{}\"", Shortened(list.GetVarAt(position)->GetName()));
     switch (problem.kind) {
         case MAProblemKind::Name:
-            return fmt::format("{}: its heading is {}{}", column, kNotText, kOtherEncoding);
+            return fmt::format("{}: its heading is {}{}", column, kNotText, textRemedy);
         case MAProblemKind::Category:
             return fmt::format(
                 "{}: the category \"{}\" is {}{}", column,
                 Shortened(list.GetEncoderAt(position)->DecodeString(problem.category)), kNotText,
-                kOtherEncoding);
+                textRemedy);
         case MAProblemKind::SummaryStats:
             return column +
                    ": its values are so large that their mean or deviation overflows; --ignore "
@@ -150,6 +153,7 @@ Learned LearnOfTable(const LearnOptions& options, Progress& progress, MCQueryCan
     if (!options.binsOfPath.empty()) bins = LoadBins(options, progress, cancel, learned);
     TableQueries table(*options.table.sql, progress, cancel, log);
     learned.name = table.Name();
+    learned.isTable = true;
     const std::vector<std::string> columns = NamesOf(table.Columns());
     const std::vector<std::string> known =
         bins ? NamesOf(bins->stats.GetVarList()) : std::vector<std::string>();
@@ -245,8 +249,9 @@ std::string DocumentOf(const Learned& learned) {
         }
         const MAVariableProblem problem = MAFindExportProblem(reference.stats);
         if (problem.slot >= 0) {
-            throw InputError(learned.name + ": a PMML document cannot hold " +
-                             Unwritable(reference, problem));
+            throw InputError(
+                learned.name + ": a PMML document cannot hold " +
+                Unwritable(reference, problem, learned.isTable ? kIgnored : kOtherEncoding));
         }
         throw InputError(fmt::format("{}: {}", learned.name, Printable(error.what())));
     }

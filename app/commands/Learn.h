@@ -29,7 +29,8 @@ struct Learned {
     std::string name;  ///< Of the data, fit to be shown.
     std::size_t fileCount = 1;
     std::string separatedBy;  ///< In words; empty for several files.
-    bool isMerged = false;    ///< Whether it was made of summaries.
+    bool isMerged = false;    ///< Whether it was made of summaries,
+    bool isTable = false;     ///< or of a table.
     SettledColumns data;      ///< Of a reference, in the order of its list; else none.
     /// What a person should know of the documents and of the files as such; each begins with a
     /// file's name.

@@ -234,15 +234,6 @@ Storage StorageOf(SQLSMALLINT type, const std::string& name, Dialect::Engine eng
     }
 }
 
-// A number that an engine spells, also one that no data can have.
-double NumberOf(const std::string& text) {
-    if (const auto number = MADocuments::ParseNumber(MADocuments::TrimBlanks(text))) return *number;
-    const std::string lower = Lower(MADocuments::TrimBlanks(text));
-    if (lower.find("inf") == std::string::npos) return std::numeric_limits<double>::quiet_NaN();
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    return lower.front() == '-' ? -kInfinity : kInfinity;
-}
-
 }  // namespace
 
 // What a query that got stuck may still use when its connection is given up.
@@ -490,7 +481,11 @@ std::optional<SqlValue> ValueOf(SQLHSTMT handle, SQLUSMALLINT column, ReadAs rea
         value.text += piece.data();
         if (result == SQL_SUCCESS) break;
     }
-    if (readAs == ReadAs::Number && !value.isNull) value.number = NumberOf(value.text);
+    if (readAs == ReadAs::Number && !value.isNull) {
+        const std::optional<double> number = NumberOf(value.text);
+        if (!number) return std::nullopt;
+        value.number = *number;
+    }
     return value;
 }
 

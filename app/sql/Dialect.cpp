@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "accredit/documents/NumberText.h"
@@ -97,6 +98,16 @@ std::optional<Key> DecodeText(std::string_view shown, char mark) {
 }
 
 }  // namespace
+
+std::optional<double> NumberOf(std::string_view shown) {
+    const std::string_view text = MADocuments::TrimBlanks(shown);
+    if (const auto number = MADocuments::ParseNumber(text)) return number;
+    const std::string lower = Lower(text);
+    if (lower == "nan" || lower == "-nan") return std::numeric_limits<double>::quiet_NaN();
+    if (lower.empty() || lower.find("inf") > 1) return std::nullopt;
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    return lower.front() == '-' ? -kInfinity : kInfinity;
+}
 
 Expression& Expression::operator+=(const Expression& other) {
     sql += other.sql;
@@ -248,9 +259,11 @@ std::string Dialect::ShownKey(const std::string& key, Storage storage) const {
         case Engine::PostgreSql:
             return fmt::format("encode(convert_to(CAST({} AS text), 'UTF8'), 'hex')", key);
         case Engine::Sqlite:
+            // hex() shows the bytes of the database's own encoding, which mostly is UTF-8.
             return fmt::format(
-                "CASE typeof({0}) WHEN 'null' THEN NULL WHEN 'real' THEN {1} ELSE hex({0}) END",
-                key, number);
+                "CASE WHEN {0} IS NULL THEN NULL WHEN typeof({0}) = 'real' THEN {1} WHEN "
+                "typeof({0}) = 'blob' OR instr({0}, char(0)) > 0 THEN hex({0}) ELSE {2} END",
+                key, number, PercentEncoded(key));
         case Engine::MySql:
         case Engine::ClickHouse:
             return fmt::format("hex({})", key);
@@ -302,7 +315,7 @@ std::string Dialect::Limit(std::uint64_t rows) const {
 
 std::optional<Key> DecodeKey(std::string_view shown) {
     if (!shown.empty() && shown.front() == '=') {
-        const std::optional<double> number = MADocuments::ParseNumber(shown.substr(1));
+        const std::optional<double> number = NumberOf(shown.substr(1));
         if (!number) return std::nullopt;
         return Key{MADocuments::SpellNumber(*number), number};
     }

@@ -99,6 +99,9 @@ struct Key {
     std::optional<double> number = {};  ///< Of what is stored as a double.
 };
 
+/// The number that an engine spells, also an infinity or NaN; nothing for any other text.
+std::optional<double> NumberOf(std::string_view shown);
+
 /// The key that ShownKey shows, unless it is NULL; nothing for a text that it does not give.
 std::optional<Key> DecodeKey(std::string_view shown);
 

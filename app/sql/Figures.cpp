@@ -28,7 +28,7 @@ namespace {
 // From here on several whole numbers are one double.
 constexpr double kTooLarge = 9007199254740992.0;
 
-std::optional<double> NumberOf(const Key& key) {
+std::optional<double> NumberIn(const Key& key) {
     return key.number ? key.number : ParseCell(TrimBlanks(key.text), false);
 }
 
@@ -43,7 +43,7 @@ NumberFigures::NumberFigures(const ColumnAnswer& answer, std::uint64_t rows,
     : mAnswer(answer), mCount(answer.count), mMinimum(answer.minimum), mMaximum(answer.maximum) {
     for (const Group& group : answer.groups) {
         if (missing.Contains(TrimBlanks(group.key.text))) continue;
-        if (const std::optional<double> number = NumberOf(group.key)) {
+        if (const std::optional<double> number = NumberIn(group.key)) {
             mSpelled[*number] += group.count;
             mCount += group.count;
             mMinimum = std::min(mMinimum, *number);
@@ -65,9 +65,13 @@ double NumberFigures::Unscaled(double number) const {
     return std::ldexp(number, -mAnswer.scale.exponent);
 }
 
-bool NumberFigures::HasBadNumbers() const {
-    return mAnswer.count > 0 && (!std::isfinite(mAnswer.minimum) ||
-                                 !std::isfinite(mAnswer.maximum) || std::isnan(mAnswer.sum));
+bool HasBadNumbers(const ColumnAnswer& answer) {
+    const bool isInGroups = std::any_of(
+        answer.groups.begin(), answer.groups.end(),
+        [](const Group& group) { return group.key.number && !std::isfinite(*group.key.number); });
+    return isInGroups ||
+           (answer.count > 0 && (!std::isfinite(answer.minimum) || !std::isfinite(answer.maximum) ||
+                                 std::isnan(answer.sum)));
 }
 
 bool NumberFigures::NeedsScale() const {
@@ -141,7 +145,7 @@ CategoryFigures::CategoryFigures(const ColumnAnswer& answer, bool areNumbers,
         if (missing.Contains(TrimBlanks(group.key.text))) continue;
         if (!areNumbers) {
             mTexts[group.key.text] += group.count;
-        } else if (const std::optional<double> number = NumberOf(group.key)) {
+        } else if (const std::optional<double> number = NumberIn(group.key)) {
             mNumbers[*number] += group.count;
             mHasTooLargeNumbers = mHasTooLargeNumbers || std::abs(*number) >= kTooLarge;
         } else {

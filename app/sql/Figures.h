@@ -13,6 +13,9 @@
 
 namespace app {
 
+/// Whether there is a NaN or an infinity among the numbers of a column.
+bool HasBadNumbers(const ColumnAnswer& answer);
+
 /// The numbers of a column: those that the engine has as numbers, and those that its texts spell.
 class NumberFigures {
 public:
@@ -28,8 +31,6 @@ public:
     const std::string& ExampleOfUnreadable() const { return mExample; }
     double Minimum() const { return mMinimum; }
     double Maximum() const { return mMaximum; }
-    /// Whether there are a NaN or an infinity among the numbers.
-    bool HasBadNumbers() const;
     /// Whether the sum left the range of doubles, so that it must be asked for with a scale.
     bool NeedsScale() const;
     /// A number near the mean, scaled as the sum is; 0 without any.

@@ -387,7 +387,7 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
                                     : summariser.AskCategories(i);
         if (!isAnswered) each.problem = TooManyCategories(each.column);
     }
-    FindProblems(summariser.columns, table.Rows(), reference.missing);
+    FindProblems(summariser.columns, reference.missing);
     summariser.AskMoments();
     made.summary = SummaryOf(summariser.columns, table.Rows(), reference.missing, table.Name());
     made.summary.namesMissing =
@@ -634,7 +634,7 @@ LearnedReference Learner::Learn() {
     mSummariser.AskNumbers();
     if (mTable.Rows() == 0) throw InputError(mTable.Name() + ": there are no rows to learn from");
     RequireColumnsLeft();
-    FindProblems(mSummariser.columns, mTable.Rows(), mMissing);
+    FindProblems(mSummariser.columns, mMissing);
     RequireNoProblems();
     mSummariser.AskMoments();
     ComputeCutPoints();

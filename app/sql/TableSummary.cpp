@@ -62,24 +62,21 @@ std::string TooManyCategories(const Column& column) {
                              ShellOption("--ignore", column.name));
 }
 
-void FindProblems(std::vector<AnsweredColumn>& columns, std::uint64_t rows,
-                  const MissingTokens& missing) {
+void FindProblems(std::vector<AnsweredColumn>& columns, const MissingTokens& missing) {
     std::size_t bytes = 0;
     for (const AnsweredColumn& each : columns) {
         if (each.column.reference) bytes += MADocuments::CategoryBytes(*each.column.reference);
     }
     for (AnsweredColumn& each : columns) {
         if (!IsSummarised(each)) continue;
-        if (each.column.kind == ColumnKind::Continuous) {
-            if (NumberFigures(each.answer, rows, missing).HasBadNumbers()) {
-                each.problem = fmt::format(
-                    "holds NaN or an infinity, which is no number; --query 'SELECT ... WHERE' "
-                    "leaves "
-                    "such rows out, or {} the column",
-                    ShellOption("--ignore", each.column.name));
-            }
+        if (HasBadNumbers(each.answer)) {
+            each.problem = fmt::format(
+                "holds NaN or an infinity, which is no number; --query 'SELECT ... WHERE' leaves "
+                "such rows out, or {} the column",
+                ShellOption("--ignore", each.column.name));
             continue;
         }
+        if (each.column.kind == ColumnKind::Continuous) continue;
         const CategoryFigures figures = CategoriesOf(each, missing);
         if (figures.HasTooLargeNumbers()) {
             each.problem = fmt::format(

@@ -28,8 +28,7 @@ std::string TooManyCategories(const Column& column);
 
 /// Finds the problems that show in the answers: numbers that are none, and categories that take too
 /// much memory together. Leaves those that are known.
-void FindProblems(std::vector<AnsweredColumn>& columns, std::uint64_t rows,
-                  const MADocuments::MissingTokens& missing);
+void FindProblems(std::vector<AnsweredColumn>& columns, const MADocuments::MissingTokens& missing);
 
 /// The summary of a table. Its list has the columns in their order; those that are ignored, or have
 /// a problem, are no input variables. Throws InputError if the counts contradict each other,
