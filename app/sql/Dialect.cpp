@@ -260,6 +260,34 @@ std::string Dialect::AsText(const std::string& number) const {
     return fmt::format("CAST({} AS VARCHAR(40))", number);
 }
 
+std::string Dialect::IsText(std::string_view quoted) const {
+    return fmt::format("typeof({}) IN ('text', 'blob')", quoted);
+}
+
+std::string Dialect::TypeOf(std::string_view quoted, std::string_view from) const {
+    switch (mEngine) {
+        case Engine::PostgreSql:
+            return fmt::format(
+                "CASE CAST(pg_typeof((SELECT {} FROM {} LIMIT 1)) AS text) WHEN 'boolean' THEN "
+                "'boolean' ELSE 'text' END",
+                quoted, from);
+        case Engine::MySql:
+            // A number can be told by what it may be compared with, but a date only by the quotes
+            // that JSON puts around it.
+            return fmt::format(
+                "(SELECT CASE WHEN COERCIBILITY({0}) < 5 THEN 'text' WHEN JSON_ARRAY({0}) LIKE "
+                "'[\"%' THEN 'date' ELSE 'number' END FROM {1} WHERE {0} IS NOT NULL LIMIT 1)",
+                quoted, from);
+        case Engine::ClickHouse:
+            return fmt::format(
+                "multiIf(match(toTypeName({0}), 'String'), 'text', match(toTypeName({0}), "
+                "'Date'), 'date', 'number')",
+                quoted);
+        default:
+            return {};
+    }
+}
+
 Expression Dialect::CountAtMost(const std::string& value, double bound) const {
     Expression condition{value + " <= "};
     condition += Number(bound);
