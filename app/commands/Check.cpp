@@ -17,9 +17,11 @@
 #include "app/base/ShellText.h"
 #include "app/commands/Account.h"
 #include "app/commands/ReferenceFile.h"
+#include "app/commands/Statements.h"
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
 #include "app/data/NewSummary.h"
+#include "app/sql/AnsweredTable.h"
 #include "app/sql/TableSource.h"
 
 using MADocuments::Reference;
@@ -159,9 +161,22 @@ CheckResult CheckTable(const SqlOptions& options, const CheckOptions& check,
     return result;
 }
 
+CheckResult CheckAnswers(const Answers& answers, const CheckOptions& check,
+                         const std::shared_ptr<const Reference>& reference,
+                         const std::vector<double>& weights) {
+    TableSummary made = SummariseAnswers(*reference, answers);
+    CheckResult result = Compare(reference, std::move(made.summary), weights, check.alpha);
+    for (const UntestedColumn& each : made.untested) {
+        ExplainUntested(each.name, each.problem, result);
+    }
+    result.newName = SourceName(answers.head.source);
+    return result;
+}
+
 }  // namespace
 
 std::vector<std::string> NewLabels(const CheckOptions& options) {
+    if (!options.table.answerPaths.empty() && !options.table.sql) return options.table.answerPaths;
     if (!options.table.sql) return options.newPaths;
     const SqlOptions& sql = *options.table.sql;
     return {sql.table.empty() ? "query" : sql.table};
@@ -170,7 +185,9 @@ std::vector<std::string> NewLabels(const CheckOptions& options) {
 Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& cancel,
               std::ostream* log) {
     const bool isInput = options.referencePath == "-";
-    if (std::count(options.newPaths.begin(), options.newPaths.end(), "-") + (isInput ? 1 : 0) > 1) {
+    std::vector<std::string> inputs = options.newPaths;
+    inputs.insert(inputs.end(), options.table.answerPaths.begin(), options.table.answerPaths.end());
+    if (std::count(inputs.begin(), inputs.end(), "-") + (isInput ? 1 : 0) > 1) {
         throw UsageError("only one of the files can be standard input");
     }
     const CsvFormat& format = options.data.format;
@@ -178,11 +195,18 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
     auto referenceFile = std::make_unique<InputFile>(options.referencePath, progress, cancel);
     std::optional<Reference> reference;
     std::optional<CsvReader> data;
+    std::optional<Answers> answers;
     Checked checked;
     if (const auto document = LoadDocument(*referenceFile)) {
         reference = ReferenceIn(*document, ignored);
         SettleMissing(options.data, "this was settled when the reference was learned", *reference);
         checked.remarks = ContradictionsIn(*reference, document->fileName);
+        if (!options.table.answerPaths.empty()) {
+            answers = LoadAnswers(options.table.answerPaths.front(), progress, cancel);
+            RequireAnswerTo(HeadOfCheck(*document, options.table, options.data.columns), *answers);
+        }
+    } else if (!options.table.answerPaths.empty()) {
+        throw UsageError("--answers belong to a stored reference, and this is data");
     } else {
         data.emplace(std::move(referenceFile), Reading::Repeated, format);
         CheckHeadings(*data, ignored);
@@ -209,7 +233,9 @@ Checked Check(const CheckOptions& options, Progress& progress, MCQueryCancel& ca
 
     const auto shared = std::make_shared<const Reference>(std::move(*reference));
     const std::vector<double> inOrder = WeightsInOrder(weights, shared->stats);
-    if (options.table.sql) {
+    if (answers) {
+        checked.results.push_back(CheckAnswers(*answers, options, shared, inOrder));
+    } else if (options.table.sql) {
         checked.results.push_back(CheckTable(*options.table.sql, options, shared, inOrder,
                                              checked.remarks, progress, cancel, log));
     }

@@ -31,6 +31,7 @@ Commands:
   check       compare new data with a reference, variable by variable
   merge       put summaries of parts of new data together
   show        print a stored reference
+  sql         print what a database's own client is to run for the above
 
 Options:
   -h, --help  show this help; 'accredit COMMAND --help' shows that of a command
@@ -257,6 +258,10 @@ Example:
   accredit show train.pmml
 )";
 
+constexpr std::string_view kSqlHelp =
+    R"(accredit sql - print what a database's own client is to run
+)";
+
 double ParseValue(std::string_view option, std::string_view text) {
     const std::optional<double> value = MADocuments::ParseNumber(MADocuments::TrimBlanks(text));
     if (!value) throw UsageError(fmt::format("{}: {}", option, NotANumber(text)));
@@ -366,6 +371,13 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
     command.add_flag("--decimal-comma", data.format.decimalComma);
 }
 
+void AddAnswers(CLI::App& command, TableOptions& table) {
+    AddRepeated(command, "--answers", [&table](const std::string& text) {
+        if (text.empty()) throw UsageError("--answers: a file is needed");
+        table.answerPaths.push_back(text);
+    });
+}
+
 // New data that is no file. `hasFiles` tells at the end of the command line whether there are any.
 void AddTableOptions(CLI::App& command, TableOptions& table) {
     const auto sql = [&table]() -> SqlOptions& {
@@ -387,12 +399,22 @@ void AddTableOptions(CLI::App& command, TableOptions& table) {
         sql().timeout = seconds;
     });
     command.add_flag_callback("--verbose", [sql] { sql().isVerbose = true; });
+    AddAnswers(command, table);
 }
 
 // `files` names the argument that the table stands for.
 void RequireOneSource(const TableOptions& table, bool hasFiles, const char* files) {
+    if (!table.answerPaths.empty()) {
+        if (hasFiles) throw UsageError(fmt::format("--answers stands in the place of {}", files));
+        if (table.sql && !(table.sql->connection.empty() && table.sql->shardBy.empty())) {
+            throw UsageError("--answers stands in the place of --sql and --shard-by");
+        }
+        return;
+    }
     if (!table.sql) {
-        if (!hasFiles) throw UsageError(fmt::format("{} is required, or --sql and --table", files));
+        if (!hasFiles)
+            throw UsageError(
+                fmt::format("{} is required, or --sql and --table, or --answers", files));
         return;
     }
     const SqlOptions& sql = *table.sql;
@@ -541,6 +563,38 @@ std::string HelpWithTables(std::string_view help) {
     return text;
 }
 
+Dialect::Engine ParseDialect(const std::string& text) {
+    if (const auto engine = Dialect::EngineNamed(text)) return *engine;
+    throw UsageError(
+        fmt::format("--dialect: \"{}\" is neither ansi, postgresql, mysql, sqlite nor clickhouse",
+                    Printable(text)));
+}
+
+void AddOptions(CLI::App& sql, StatementOptions& options) {
+    const auto table = [&options]() -> SqlOptions& {
+        return options.table.sql ? *options.table.sql : options.table.sql.emplace();
+    };
+    AddDataOptions(sql, options.data);
+    AddSingle(sql, "--table", [table](const std::string& text) { table().table = text; });
+    AddSingle(sql, "--query", [table](const std::string& text) { table().query = text; });
+    AddSingle(
+        sql, "--dialect",
+        [&options](const std::string& text) { options.engine = ParseDialect(text); }, true);
+    AddAnswers(sql, options.table);
+    AddSingle(sql, "REFERENCE",
+              [&options](const std::string& text) { options.referencePath = text; });
+}
+
+void RequireSource(const StatementOptions& options) {
+    const std::optional<SqlOptions>& source = options.table.sql;
+    if (!source || source->table.empty() == source->query.empty()) {
+        throw UsageError("--table NAME or --query SELECT is required, and only one of the two");
+    }
+    if (!options.referencePath.empty() && !options.table.answerPaths.empty()) {
+        throw UsageError("--answers are of earlier rounds of learning, and not with a REFERENCE");
+    }
+}
+
 // Refuses the first word that the parser knows nothing of. It would itself rather complain about
 // what it misses because of that word.
 void RefuseUnknown(const CLI::App& program) {
@@ -562,19 +616,22 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     LearnOptions learnOptions;
     MergeOptions mergeOptions;
     ShowOptions showOptions;
+    StatementOptions sqlOptions;
     CLI::App program;
     program.require_subcommand(1);
     CLI::App& check = *program.add_subcommand("check");
     CLI::App& learn = *program.add_subcommand("learn");
     CLI::App& merge = *program.add_subcommand("merge");
     CLI::App& show = *program.add_subcommand("show");
-    for (CLI::App* command : {&program, &check, &learn, &merge, &show}) {
+    CLI::App& sql = *program.add_subcommand("sql");
+    for (CLI::App* command : {&program, &check, &learn, &merge, &show, &sql}) {
         command->set_version_flag("--version", std::string(kVersion));
     }
     AddOptions(check, checkOptions);
     AddOptions(learn, learnOptions);
     AddOptions(merge, mergeOptions);
     AddOptions(show, showOptions);
+    AddOptions(sql, sqlOptions);
     try {
         program.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -582,6 +639,7 @@ Command ParseCommandLine(int argc, const char* const* argv) {
         if (learn.parsed()) return Message{HelpWithTables(kLearnHelp)};
         return Message{std::string(merge.parsed()  ? kMergeHelp
                                    : show.parsed() ? kShowHelp
+                                   : sql.parsed()  ? kSqlHelp
                                                    : kHelp)};
     } catch (const CLI::CallForVersion&) {
         return Message{std::string(kVersion) + "\n"};
@@ -599,6 +657,12 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     if (merge.parsed()) return mergeOptions;
     if (show.parsed()) return showOptions;
     std::vector<ColumnWeight> noWeights;
+    if (sql.parsed()) {
+        TakeConfigFile("learn", sqlOptions.data, noWeights);
+        RequireOneMissing(sqlOptions.data);
+        RequireSource(sqlOptions);
+        return sqlOptions;
+    }
     if (learn.parsed()) {
         TakeConfigFile("learn", learnOptions.data, noWeights);
         RequireOneMissing(learnOptions.data);
@@ -608,6 +672,9 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     TakeConfigFile("check", checkOptions.data, checkOptions.weights);
     RequireOneMissing(checkOptions.data);
     RequireOneSource(checkOptions.table, !checkOptions.newPaths.empty(), "NEW");
+    if (checkOptions.table.answerPaths.size() > 1) {
+        throw UsageError("--answers is given twice");
+    }
     return checkOptions;
 }
 

@@ -7,6 +7,7 @@
 #include "app/commands/Learn.h"
 #include "app/commands/Merge.h"
 #include "app/commands/Show.h"
+#include "app/commands/Statements.h"
 
 namespace app {
 
@@ -16,7 +17,8 @@ struct Message {
 };
 
 /// What the command line asks for.
-using Command = std::variant<Message, CheckOptions, LearnOptions, MergeOptions, ShowOptions>;
+using Command = std::variant<Message, CheckOptions, LearnOptions, MergeOptions, ShowOptions,
+                             StatementOptions>;
 
 /// Reads the command line. Throws UsageError.
 Command ParseCommandLine(int argc, const char* const* argv);

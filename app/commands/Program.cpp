@@ -24,6 +24,7 @@
 #include "app/commands/Options.h"
 #include "app/commands/ReferenceFile.h"
 #include "app/commands/Report.h"
+#include "app/commands/Statements.h"
 #include "app/commands/ThisProgram.h"
 #include "app/commands/Words.h"
 
@@ -180,6 +181,16 @@ int RunShow(const ShowOptions& options, std::ostream& out, std::ostream& err,
     return ExitPassed;
 }
 
+int RunSql(const StatementOptions& options, std::ostream& out, std::ostream* terminal) {
+    Progress progress(terminal);
+    Interrupt interrupt;
+    const std::string statement = PrintedStatement(options, progress, interrupt);
+    progress.Erase();
+    interrupt.EndAtOnce();
+    Write(out, statement);
+    return ExitPassed;
+}
+
 int Run(const Command& command, std::ostream& out, std::ostream& err, const Screen& screen,
         std::ostream* terminal) {
     if (const auto* check = std::get_if<CheckOptions>(&command)) {
@@ -194,6 +205,9 @@ int Run(const Command& command, std::ostream& out, std::ostream& err, const Scre
     if (const auto* show = std::get_if<ShowOptions>(&command)) {
         return RunShow(*show, out, err, terminal);
     }
+    if (const auto* sql = std::get_if<StatementOptions>(&command)) {
+        return RunSql(*sql, out, terminal);
+    }
     Write(out, std::get<Message>(command).text);
     return ExitPassed;
 }
@@ -201,7 +215,8 @@ int Run(const Command& command, std::ostream& out, std::ostream& err, const Scre
 // The command that was asked for, with a blank before it, if it is one.
 std::string CommandName(int argc, const char* const* argv) {
     const std::string name = argc > 1 ? argv[1] : "";
-    const bool isCommand = name == "check" || name == "learn" || name == "merge" || name == "show";
+    const bool isCommand =
+        name == "check" || name == "learn" || name == "merge" || name == "show" || name == "sql";
     return isCommand ? " " + name : "";
 }
 

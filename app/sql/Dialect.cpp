@@ -154,8 +154,12 @@ std::string Dialect::Quoted(std::string_view name) const {
     return quoted + Quote();
 }
 
+// SQLite takes a name between double quotes that it does not know for a text, unless a table stands
+// before it. The alias of a distributed table is not always known to the nodes of ClickHouse.
+bool Dialect::HasAlias() const { return mEngine != Engine::ClickHouse; }
+
 std::string Dialect::Column(std::string_view name) const {
-    return (mEngine == Engine::Sqlite ? std::string(kRows) + "." : std::string()) + Quoted(name);
+    return (HasAlias() ? std::string(kRows) + "." : std::string()) + Quoted(name);
 }
 
 std::string Dialect::Query(std::string_view select) const {
@@ -164,9 +168,7 @@ std::string Dialect::Query(std::string_view select) const {
 }
 
 std::string Dialect::Table(std::string_view name) const {
-    // SQLite takes a name between double quotes that it does not know for a text, unless a table
-    // stands before it.
-    const std::string alias = mEngine == Engine::Sqlite ? std::string(" ") + kRows : std::string();
+    const std::string alias = HasAlias() ? std::string(" ") + kRows : std::string();
     if (!name.empty() && name.front() == Quote()) return std::string(name) + alias;
     std::string quoted;
     for (;;) {
@@ -288,6 +290,34 @@ std::string Dialect::AsText(const std::string& number) const {
             break;
     }
     return fmt::format("CAST({} AS VARCHAR(40))", number);
+}
+
+std::string Dialect::IsText(std::string_view quoted) const {
+    return fmt::format("typeof({}) IN ('text', 'blob')", quoted);
+}
+
+std::string Dialect::TypeOf(std::string_view quoted, std::string_view from) const {
+    switch (mEngine) {
+        case Engine::PostgreSql:
+            return fmt::format(
+                "CASE CAST(pg_typeof((SELECT {} FROM {} LIMIT 1)) AS text) WHEN 'boolean' THEN "
+                "'boolean' ELSE 'text' END",
+                quoted, from);
+        case Engine::MySql:
+            // A number can be told by what it may be compared with, but a date only by the quotes
+            // that JSON puts around it.
+            return fmt::format(
+                "(SELECT CASE WHEN COERCIBILITY({0}) < 5 THEN 'text' WHEN JSON_ARRAY({0}) LIKE "
+                "'[\"%' THEN 'date' ELSE 'number' END FROM {1} WHERE {0} IS NOT NULL LIMIT 1)",
+                quoted, from);
+        case Engine::ClickHouse:
+            return fmt::format(
+                "multiIf(match(toTypeName({0}), 'String'), 'text', match(toTypeName({0}), "
+                "'Date'), 'date', 'number')",
+                quoted);
+        default:
+            return {};
+    }
 }
 
 Expression Dialect::CountAtMost(const std::string& value, double bound) const {

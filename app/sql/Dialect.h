@@ -77,6 +77,12 @@ public:
     /// A double as text that gives it back, NULL as NULL. `number` is a name: it may stand twice.
     std::string AsText(const std::string& number) const;
 
+    /// Whether a value of SQLite is a text, or bytes, which are taken for one.
+    std::string IsText(std::string_view quoted) const;
+    /// What the engine says of the type of a column of `from`: 'number', 'text', 'date', 'boolean',
+    /// or NULL if there are no values to tell it by. Empty if there is nothing to ask.
+    std::string TypeOf(std::string_view quoted, std::string_view from) const;
+
     /// How many values are at most so large. Never NULL.
     Expression CountAtMost(const std::string& value, double bound) const;
     /// How many rows fulfil a condition. Never NULL.
@@ -88,6 +94,7 @@ public:
 private:
     std::string LiteralOf(double number) const;
     char Quote() const;
+    bool HasAlias() const;
 
     Engine mEngine;
     Numbers mNumbers;

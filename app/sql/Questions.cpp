@@ -11,7 +11,7 @@ namespace app {
 
 namespace {
 
-constexpr std::array<std::pair<Part, std::string_view>, 8> kParts = {{
+constexpr std::array<std::pair<Part, std::string_view>, 9> kParts = {{
     {Part::Count, "count"},
     {Part::Minimum, "minimum"},
     {Part::Maximum, "maximum"},
@@ -20,6 +20,7 @@ constexpr std::array<std::pair<Part, std::string_view>, 8> kParts = {{
     {Part::Center, "center"},
     {Part::Deviation, "deviation"},
     {Part::Square, "square"},
+    {Part::Scale, "scale"},
 }};
 
 // Scaled numbers are at most 1; one below this, and its square, is no more than the rounding of the
@@ -99,6 +100,10 @@ bool ColumnAnswer::Take(Part part, std::size_t index, std::optional<double> valu
         case Part::Square:
             square += *value;
             break;
+        case Part::Scale:
+            if (!(*value > 0.0) || !std::isfinite(*value)) return false;
+            scale.exponent = std::ilogb(*value);
+            return scale.Factor() == *value;
     }
     return true;
 }

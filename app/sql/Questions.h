@@ -22,6 +22,7 @@ enum class Part {
     Center,     ///< A number near their mean.
     Deviation,  ///< The sum of what they differ from the center,
     Square,     ///< and of its squares; scaled.
+    Scale,      ///< The factor that the last three are scaled with.
 };
 
 /// The name of a part in an answer that a client prints.

@@ -300,24 +300,6 @@ std::string Lower(std::string_view text) {
     return lower;
 }
 
-// What is said of a column whose type has neither numbers nor texts; empty for any other.
-std::string WrongType(const ResultColumn& source, const Column& column) {
-    const bool isContinuous = column.kind == ColumnKind::Continuous;
-    const std::string ignore = ShellOption("--ignore", column.name);
-    if (source.storage == Storage::Date && isContinuous) {
-        return fmt::format(
-            "holds dates, the type is \"{}\", where numbers belong; {} leaves it out",
-            Printable(source.type), ignore);
-    }
-    if (source.storage == Storage::Other) {
-        return fmt::format(
-            "is of the type \"{}\", which has neither numbers nor texts; {} leaves it "
-            "out, and --query 'SELECT CAST(...)' makes something else of it",
-            Printable(source.type), ignore);
-    }
-    return {};
-}
-
 // The table's column of this name, which may stand there only once; nothing if there is none. A
 // name that differs in capitals only will do if it is no other variable's.
 std::optional<std::size_t> FindColumn(const TableQueries& table, const std::string& name,
@@ -367,7 +349,7 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
                                                Shortened(names[slot])));
         }
         summariser.Add(like[slot], source, cutPoints[slot]);
-        summariser.columns.back().problem = WrongType(source, like[slot]);
+        summariser.columns.back().problem = WrongType(source.storage, source.type, like[slot]);
     }
     summariser.ExpectQueries();
     summariser.FindTypes();
@@ -389,13 +371,8 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
     }
     FindProblems(summariser.columns, reference.missing);
     summariser.AskMoments();
-    made.summary = SummaryOf(summariser.columns, table.Rows(), reference.missing, table.Name());
-    made.summary.namesMissing =
-        reference.namesMissing ||
-        MADocuments::FindMissingCategory(made.summary.stats, made.summary.missing) < 0;
-    for (const AnsweredColumn& each : summariser.columns) {
-        if (!each.problem.empty()) made.untested.push_back({each.column.name, each.problem});
-    }
+    made.summary = SummaryLike(reference, summariser.columns, table.Rows(), table.Name());
+    made.untested = UntestedColumns(summariser.columns);
     return made;
 }
 
@@ -491,7 +468,7 @@ void Learner::SettleByTypes() {
                 break;
             case Storage::Other:
                 Settle(i, ColumnKind::TextCategory);
-                Problem(i) = WrongType(source, mSummariser.columns[i].column);
+                Problem(i) = WrongType(source.storage, source.type, mSummariser.columns[i].column);
                 break;
             case Storage::Any:
                 if (mSummariser.asked[i].textCount > 0) break;

@@ -9,22 +9,6 @@
 
 namespace app {
 
-/// Why a variable of the reference is not tested though the table has it.
-struct UntestedColumn {
-    std::string name;
-    std::string problem;  ///< "holds NaN or ..."; with what to do.
-};
-
-/// A table summarised with the bins of a reference.
-struct TableSummary {
-    /// As SummariseLike gives it of a file with the same rows, but for the order of categories; its
-    /// list has the reference's variables that the table has.
-    MADocuments::Reference summary;
-    std::vector<UntestedColumn> untested;
-    /// What a person should know of the columns besides.
-    std::vector<std::string> remarks;
-};
-
 /// Summarises a table for a comparison with a reference. Columns are matched by name; where none
 /// has the name, capital and small letters do not count. Throws UsageError, InputError, Cancelled.
 TableSummary SummariseTable(const MADocuments::Reference& reference, TableQueries& table);

@@ -12,6 +12,7 @@
 #include "accredit/host/MCMV.h"
 #include "accredit/host/MCVariable.h"
 #include "app/base/Errors.h"
+#include "app/base/Printable.h"
 #include "app/base/ShellText.h"
 
 using MADocuments::kMaxCategoryBytes;
@@ -60,6 +61,23 @@ std::string TooManyCategories(const Column& column) {
                  "CAST(...)' makes numbers of them"
                : fmt::format("has too many different categories to be kept; {} leaves it out",
                              ShellOption("--ignore", column.name));
+}
+
+std::string WrongType(Storage storage, const std::string& type, const Column& column) {
+    const bool isContinuous = column.kind == ColumnKind::Continuous;
+    const std::string ignore = ShellOption("--ignore", column.name);
+    if (storage == Storage::Date && isContinuous) {
+        return fmt::format(
+            "holds dates, the type is \"{}\", where numbers belong; {} leaves it out",
+            Printable(type), ignore);
+    }
+    if (storage == Storage::Other) {
+        return fmt::format(
+            "is of the type \"{}\", which has neither numbers nor texts; {} leaves it "
+            "out, and --query 'SELECT CAST(...)' makes something else of it",
+            Printable(type), ignore);
+    }
+    return {};
 }
 
 void FindProblems(std::vector<AnsweredColumn>& columns, const MissingTokens& missing) {
@@ -164,6 +182,22 @@ Reference SummaryOf(const std::vector<AnsweredColumn>& columns, std::uint64_t ro
     }
     summary.stats = MADistStats(stats.release());
     return summary;
+}
+
+Reference SummaryLike(const Reference& reference, const std::vector<AnsweredColumn>& columns,
+                      std::uint64_t rows, const std::string& tableName) {
+    Reference summary = SummaryOf(columns, rows, reference.missing, tableName);
+    summary.namesMissing = reference.namesMissing ||
+                           MADocuments::FindMissingCategory(summary.stats, summary.missing) < 0;
+    return summary;
+}
+
+std::vector<UntestedColumn> UntestedColumns(const std::vector<AnsweredColumn>& columns) {
+    std::vector<UntestedColumn> untested;
+    for (const AnsweredColumn& each : columns) {
+        if (!each.problem.empty()) untested.push_back({each.column.name, each.problem});
+    }
+    return untested;
 }
 
 }  // namespace app

@@ -1,0 +1,561 @@
+#include "app/sql/Statement.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "app/base/Errors.h"
+#include "app/base/Printable.h"
+#include "app/sql/TableSummary.h"
+
+namespace app {
+
+namespace {
+
+using Engine = Dialect::Engine;
+using Groups = StatementColumn::Groups;
+
+// So many expressions and rows a scan: PostgreSQL takes 1,664 expressions, SQLite 500 rows that are
+// put together by UNION ALL.
+constexpr std::size_t kMaxAnswers = 400;
+// So many parts that are put together by UNION ALL.
+constexpr std::size_t kMaxParts = 100;
+// What clickhouse-client takes for a statement unless it is told otherwise.
+constexpr std::size_t kClickHouseBytes = 262144;
+
+// Numbers are multiplied by a power of two before they are added up, by which their squares neither
+// overflow nor vanish. It is chosen by the size of the largest.
+constexpr int kLargeExponent = 400;
+constexpr int kSmallExponent = -400;
+constexpr int kTinyExponent = -700;
+constexpr int kLargeScale = -600;
+constexpr int kSmallScale = 600;
+constexpr int kTinyScale = 1000;
+// What a scale makes smaller than the rounding of the sum that it would be added to; see Scale.
+constexpr int kLargeFloor = -400 - kLargeScale;
+// Numbers outside of these would make a sum overflow, or its quotient vanish. Without them, a
+// center is less near to the mean, which matters little.
+constexpr int kMaxSummed = 900;
+constexpr int kMinSummed = -900;
+// What is added to a deviation before it is squared does not change it, but keeps its square from
+// vanishing, which some engines refuse.
+constexpr int kLeastDeviation = -530;
+
+double PowerOfTwo(int exponent) { return std::ldexp(1.0, exponent); }
+
+// The bytes of a double as reinterpretAsFloat64(unhex(...)) takes them.
+std::string BytesOf(double number) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &number, sizeof bits);
+    std::string bytes;
+    for (; bytes.size() < 2 * sizeof bits; bits >>= 8U) {
+        bytes += fmt::format("{:02X}", bits & 0xFFU);
+    }
+    return bytes;
+}
+
+std::string Hex(std::string_view text) {
+    std::string hex;
+    for (const char c : text) hex += fmt::format("{:02x}", static_cast<unsigned char>(c));
+    return hex;
+}
+
+// Engines end a name or a text at a control character, or leave it out.
+void RequirePlain(std::string_view text, const char* what) {
+    const bool isPlain = std::all_of(text.begin(), text.end(),
+                                     [](char c) { return static_cast<unsigned char>(c) >= 0x20; });
+    if (isPlain) return;
+    throw UsageError(
+        fmt::format("{} \"{}\" has a control character, which cannot stand in a statement", what,
+                    Shortened(text)));
+}
+
+// A row of the answer to one scan.
+struct Row {
+    std::size_t column;
+    std::string part;
+    std::string key;       // as it is,
+    std::string keySql;    // or what makes it; empty for the former
+    std::string countSql;  // empty for 1
+};
+
+std::string Join(const std::vector<std::string>& texts, const std::string& between) {
+    std::string joined;
+    for (const std::string& text : texts) joined += (joined.empty() ? "" : between) + text;
+    return joined;
+}
+
+class Writer {
+public:
+    Writer(const StatementHead& head, const std::vector<StatementColumn>& columns);
+
+    std::string Text();
+
+private:
+    struct Piece {
+        std::size_t first;
+        std::size_t last;
+        std::size_t number;
+        bool isFirst;
+    };
+
+    bool IsClickHouse() const { return mHead.engine == Engine::ClickHouse; }
+    std::string Literal(int exponent) const { return mDialect.Number(PowerOfTwo(exponent)).sql; }
+    std::string Quoted(std::size_t i) const;
+    std::string Value(std::size_t i) const;
+    std::string Center(std::size_t i, const std::string& from) const;
+    std::string ScaleOf(std::size_t i, const std::string& from) const;
+    std::string ScaleFor(std::size_t i) const;
+    std::string MeanFor(std::size_t i) const;
+    std::string CenterFor(std::size_t i) const;
+    std::string Summed(std::size_t i) const;
+    Expression Deviation(std::size_t i, const std::string& from) const;
+    std::string Square(const std::string& deviation) const;
+    std::vector<Row> HeadRows() const;
+    std::vector<Row> RowsOf(const Piece& piece) const;
+    void AddCommon(const Piece& piece);
+    std::string SumsOf(std::size_t i) const;
+    std::string MoreOf(std::size_t i, const std::string& from) const;
+    std::string Rotated(const std::vector<Row>& rows, const std::string& from) const;
+    std::string ClickHousePart(const Piece& piece) const;
+    std::string GroupPart(std::size_t i, bool texts) const;
+    std::string Union(std::vector<std::string> parts) const;
+
+    const StatementHead& mHead;
+    const std::vector<StatementColumn>& mColumns;
+    Dialect mDialect;
+    std::string mFrom;
+    std::vector<std::string> mCommon;  // the common table expressions
+    std::vector<std::string> mParts;
+    std::vector<std::size_t> mPieceOf;
+};
+
+Writer::Writer(const StatementHead& head, const std::vector<StatementColumn>& columns)
+    : mHead(head),
+      mColumns(columns),
+      mDialect(head.engine, Dialect::Numbers::Literal),
+      mPieceOf(columns.size()) {
+    const std::size_t blank = head.source.find(' ');
+    const std::string source = head.source.substr(blank + 1);
+    const bool isTable = head.source.substr(0, blank) == "table";
+    if (isTable) RequirePlain(source, "--table:");
+    mFrom = isTable ? mDialect.Table(source) : mDialect.Query(source);
+    for (const StatementColumn& column : columns) RequirePlain(column.name, "the column");
+}
+
+std::string Writer::Quoted(std::size_t i) const { return mDialect.Column(mColumns[i].name); }
+
+std::string Writer::Value(std::size_t i) const {
+    return mDialect.AsDouble(Quoted(i), mColumns[i].storage);
+}
+
+std::string Writer::Center(std::size_t i, const std::string& from) const {
+    return IsClickHouse() ? fmt::format("reinterpretAsFloat64(unhex(accredit_center{}.1))", i)
+                          : fmt::format("{}accredit_m{}", from, i);
+}
+
+std::string Writer::ScaleOf(std::size_t i, const std::string& from) const {
+    return IsClickHouse() ? fmt::format("reinterpretAsFloat64(unhex(accredit_center{}.2))", i)
+                          : fmt::format("{}accredit_f{}", from, i);
+}
+
+// A power of two, by the smallest and the largest number.
+std::string Writer::ScaleFor(std::size_t i) const {
+    const auto reaches = [&](int exponent) {
+        return fmt::format("accredit_h{0} >= {1} OR accredit_l{0} <= {2}", i, Literal(exponent),
+                           mDialect.Number(-PowerOfTwo(exponent)).sql);
+    };
+    const auto scale = [&](int exponent) {
+        return IsClickHouse() ? Dialect::Text(BytesOf(PowerOfTwo(exponent))) : Literal(exponent);
+    };
+    return fmt::format(
+        "CASE WHEN {} THEN {} WHEN {} THEN {} WHEN {} THEN {} WHEN accredit_h{} > 0 OR "
+        "accredit_l{} < 0 THEN {} ELSE {} END",
+        reaches(kLargeExponent), scale(kLargeScale), reaches(kSmallExponent), scale(0),
+        reaches(kTinyExponent), scale(kSmallScale), i, i, scale(kTinyScale), scale(0));
+}
+
+std::string Writer::Summed(std::size_t i) const {
+    const std::string value = Value(i);
+    switch (mHead.engine) {
+        case Engine::Sqlite:
+        case Engine::ClickHouse:
+            // A sum that overflows is an infinity there.
+            return fmt::format("SUM({})", value);
+        default:
+            return fmt::format("SUM(CASE WHEN ABS({0}) BETWEEN {1} AND {2} THEN {0} ELSE 0e0 END)",
+                               value, Literal(kMinSummed), Literal(kMaxSummed));
+    }
+}
+
+// A number near the mean; 0 where the sum is no use.
+std::string Writer::MeanFor(std::size_t i) const {
+    return fmt::format(
+        "CASE WHEN accredit_n{0} > 0 AND ABS(accredit_s{0}) <= {1} THEN accredit_s{0} / "
+        "accredit_n{0} ELSE 0e0 END",
+        i, Literal(kMaxSummed + 64));
+}
+
+std::string Writer::CenterFor(std::size_t i) const {
+    const std::string scale = IsClickHouse()
+                                  ? fmt::format("reinterpretAsFloat64(unhex(accredit_f{}))", i)
+                                  : fmt::format("accredit_f{}", i);
+    return fmt::format(
+        "CASE WHEN {1} >= 1 OR ABS(accredit_a{0}) >= {2} THEN accredit_a{0} * {1} "
+        "ELSE 0e0 END",
+        i, scale, Literal(kLargeFloor));
+}
+
+Expression Writer::Deviation(std::size_t i, const std::string& from) const {
+    const std::string value = Value(i);
+    const std::string scale = ScaleOf(i, from);
+    switch (mHead.engine) {
+        case Engine::Sqlite:
+        case Engine::ClickHouse:
+        case Engine::MySql:
+            // What is too small becomes 0 there.
+            return {fmt::format("{} * {} - {}", value, scale, Center(i, from))};
+        default:
+            return {
+                fmt::format("CASE WHEN {1} >= 1 OR ABS({0}) >= {2} THEN {0} * {1} WHEN {0} IS "
+                            "NOT NULL THEN 0e0 END - {3}",
+                            value, scale, Literal(kLargeFloor), Center(i, from))};
+    }
+}
+
+std::string Writer::Square(const std::string& deviation) const {
+    const bool refusesVanishing =
+        mHead.engine == Engine::PostgreSql || mHead.engine == Engine::Ansi;
+    const std::string side =
+        refusesVanishing ? fmt::format("(ABS({}) + {})", deviation, Literal(kLeastDeviation))
+                         : "(" + deviation + ")";
+    return side + " * " + side;
+}
+
+std::vector<Row> Writer::HeadRows() const {
+    const auto row = [](std::string_view part, const std::string& key) {
+        return Row{0, std::string(part), key, "", ""};
+    };
+    std::vector<Row> rows = {
+        row(AnswerRow::kAccredit, std::string(kAnswerVersion)), row(AnswerRow::kRound, mHead.round),
+        row(AnswerRow::kDialect, mDialect.Name()), row(AnswerRow::kSource, Hex(mHead.source)),
+        row(AnswerRow::kOptions, mHead.options)};
+    if (!mHead.reference.empty()) rows.push_back(row(AnswerRow::kReference, mHead.reference));
+    if (!mHead.earlier.empty()) rows.push_back(row(AnswerRow::kEarlier, mHead.earlier));
+    return rows;
+}
+
+std::vector<Row> Writer::RowsOf(const Piece& piece) const {
+    const std::string sums = IsClickHouse() ? "" : fmt::format("accredit_center{}.", piece.number);
+    const std::string more = IsClickHouse() ? "" : fmt::format("accredit_more{}.", piece.number);
+    std::vector<Row> rows;
+    if (piece.isFirst) rows = HeadRows();
+    const auto addRows = [&](const std::string& from, const char* scan) {
+        rows.push_back({0, std::string(AnswerRow::kRows), fmt::format("{}{}", piece.number, scan),
+                        "", from + "accredit_rows"});
+    };
+    addRows(sums, "a");
+    bool hasMore = false;
+    for (std::size_t i = piece.first; i < piece.last; ++i) {
+        const StatementColumn& column = mColumns[i];
+        if (TellsType(mHead.engine, column)) {
+            rows.push_back(
+                {i + 1, std::string(AnswerRow::kType), "", mDialect.TypeOf(Quoted(i), mFrom), ""});
+        }
+        if (!column.hasNumbers) continue;
+        if (TellsTexts(mHead.engine, column)) {
+            rows.push_back({i + 1, std::string(AnswerRow::kTexts), "", "",
+                            fmt::format("{}accredit_t{}", sums, i)});
+        }
+        const auto add = [&](Part part, const std::string& sql) {
+            if (!IsDouble(part)) {
+                rows.push_back({i + 1, std::string(PartName(part)), "", "", sql});
+                return;
+            }
+            rows.push_back({i + 1, std::string(PartName(part)), "", mDialect.AsText(sql), ""});
+        };
+        add(Part::Count, fmt::format("{}accredit_n{}", sums, i));
+        add(Part::Minimum, fmt::format("{}accredit_l{}", sums, i));
+        add(Part::Maximum, fmt::format("{}accredit_h{}", sums, i));
+        for (std::size_t k = 0; k < column.cutPoints.size(); ++k) {
+            rows.push_back({i + 1, std::string(PartName(Part::AtMost)), fmt::format("{}", k + 1),
+                            "", fmt::format("{}accredit_b{}_{}", more, i, k)});
+        }
+        hasMore = hasMore || !column.cutPoints.empty() || column.hasMoments;
+        if (!column.hasMoments) continue;
+        add(Part::Center, fmt::format("{}accredit_m{}", sums, i));
+        add(Part::Scale, fmt::format("{}accredit_f{}", sums, i));
+        add(Part::Deviation, fmt::format("{}accredit_d{}", more, i));
+        add(Part::Square, fmt::format("{}accredit_q{}", more, i));
+    }
+    if (hasMore && !IsClickHouse()) addRows(more, "b");
+    return rows;
+}
+
+std::string Writer::SumsOf(std::size_t i) const {
+    const StatementColumn& column = mColumns[i];
+    if (!column.hasNumbers) return {};
+    const std::string value = Value(i);
+    std::string sql = fmt::format(
+        ", COUNT({0}) AS accredit_n{1}, MIN({0}) AS accredit_l{1}, MAX({0}) AS accredit_h{1}",
+        value, i);
+    if (column.hasMoments) sql += fmt::format(", {} AS accredit_s{}", Summed(i), i);
+    if (TellsTexts(mHead.engine, column)) {
+        sql += fmt::format(", {} AS accredit_t{}", mDialect.CountIf(mDialect.IsText(Quoted(i))), i);
+    }
+    return sql;
+}
+
+std::string Writer::MoreOf(std::size_t i, const std::string& from) const {
+    const StatementColumn& column = mColumns[i];
+    std::string sql;
+    if (!column.hasNumbers) return sql;
+    for (std::size_t k = 0; k < column.cutPoints.size(); ++k) {
+        sql += fmt::format(", {} AS accredit_b{}_{}",
+                           mDialect.CountAtMost(Value(i), column.cutPoints[k]).sql, i, k);
+    }
+    if (!column.hasMoments) return sql;
+    const std::string deviation = Deviation(i, from).sql;
+    return sql + fmt::format(", SUM({0}) AS accredit_d{2}, SUM({1}) AS accredit_q{2}", deviation,
+                             Square(deviation), i);
+}
+
+// Makes a row of every answer of one row.
+std::string Writer::Rotated(const std::vector<Row>& rows, const std::string& from) const {
+    std::vector<std::string> list;
+    std::string keys;
+    std::string counts;
+    const bool hasValues = mHead.engine == Engine::PostgreSql || mHead.engine == Engine::Ansi;
+    for (std::size_t n = 0; n < rows.size(); ++n) {
+        const Row& row = rows[n];
+        const std::string part = Dialect::Text(row.part);
+        const std::string key = Dialect::Text(row.key);
+        if (hasValues) {
+            list.push_back(fmt::format("({}, {}, {}, {})", n, row.column, part, key));
+        } else if (n == 0) {
+            list.push_back(
+                fmt::format("SELECT {} AS accredit_number, {} AS accredit_column, {} AS "
+                            "accredit_part, {} AS accredit_key",
+                            n, row.column, part, key));
+        } else {
+            list.push_back(fmt::format("SELECT {}, {}, {}, {}", n, row.column, part, key));
+        }
+        if (!row.keySql.empty()) keys += fmt::format("\n WHEN {} THEN {}", n, row.keySql);
+        if (!row.countSql.empty()) counts += fmt::format("\n WHEN {} THEN {}", n, row.countSql);
+    }
+    const auto chosen = [](const std::string& whens, const char* other) {
+        return whens.empty()
+                   ? std::string(other)
+                   : fmt::format("CASE accredit_list.accredit_number{} ELSE {} END", whens, other);
+    };
+    return fmt::format(
+        "SELECT accredit_list.accredit_column, accredit_list.accredit_part, {} AS accredit_key, {} "
+        "AS accredit_count FROM {} CROSS JOIN ({}) {}",
+        chosen(keys, "accredit_list.accredit_key"), chosen(counts, "1"), from,
+        hasValues ? "VALUES " + Join(list, ",\n ") : Join(list, " UNION ALL\n "),
+        hasValues ? "accredit_list (accredit_number, accredit_column, accredit_part, accredit_key)"
+                  : "accredit_list");
+}
+
+void Writer::AddCommon(const Piece& piece) {
+    std::string sums = "SELECT COUNT(*) AS accredit_rows";
+    std::string scales = "SELECT accredit_sums.*";
+    std::string centers = "SELECT accredit_scales.*";
+    std::string more;
+    bool hasMoments = false;
+    const std::string center = fmt::format("accredit_center{}", piece.number);
+    for (std::size_t i = piece.first; i < piece.last; ++i) {
+        mPieceOf[i] = piece.number;
+        sums += SumsOf(i);
+        more += MoreOf(i, center + ".");
+        if (!mColumns[i].hasNumbers || !mColumns[i].hasMoments) continue;
+        hasMoments = true;
+        scales +=
+            fmt::format(", {} AS accredit_f{}, {} AS accredit_a{}", ScaleFor(i), i, MeanFor(i), i);
+        centers += fmt::format(", {} AS accredit_m{}", CenterFor(i), i);
+    }
+    sums += " FROM " + mFrom;
+    if (hasMoments) {
+        sums = fmt::format("{}\nFROM ({}\nFROM ({}) accredit_sums) accredit_scales", centers,
+                           scales, sums);
+    }
+    mCommon.push_back(fmt::format("{} AS ({})", center, sums));
+    std::string from = center;
+    if (!more.empty()) {
+        mCommon.push_back(
+            fmt::format("accredit_more{} AS (SELECT COUNT(*) AS accredit_rows{}\nFROM {}{})",
+                        piece.number, more, mFrom, hasMoments ? " CROSS JOIN " + center : ""));
+        from += fmt::format(" CROSS JOIN accredit_more{}", piece.number);
+    }
+    mParts.push_back(Rotated(RowsOf(piece), from));
+}
+
+// Of ClickHouse a row becomes rows by an array of tuples. What is needed of a column before the
+// scan is a constant, which reaches the nodes by its bytes.
+std::string Writer::ClickHousePart(const Piece& piece) const {
+    std::vector<std::string> centers;
+    std::string sums = "SELECT count() AS accredit_rows";
+    for (std::size_t i = piece.first; i < piece.last; ++i) {
+        const StatementColumn& column = mColumns[i];
+        if (!column.hasNumbers) continue;
+        sums += SumsOf(i) + MoreOf(i, "");
+        if (!column.hasMoments) continue;
+        centers.push_back(fmt::format(
+            "(SELECT (hex(reinterpretAsString(toFloat64(ifNull({}, 0)))), accredit_f{}) FROM "
+            "(SELECT accredit_n{}, {} AS accredit_f{}, {} AS accredit_a{} FROM (SELECT "
+            "count({}) AS accredit_n{}, min({}) AS accredit_l{}, max({}) AS accredit_h{}, {} AS "
+            "accredit_s{} FROM {}))) AS accredit_center{}",
+            CenterFor(i), i, i, ScaleFor(i), i, MeanFor(i), i, Value(i), i, Value(i), i, Value(i),
+            i, Summed(i), i, mFrom, i));
+        sums += fmt::format(", max({}) AS accredit_m{}, max({}) AS accredit_f{}", Center(i, ""), i,
+                            ScaleOf(i, ""), i);
+    }
+    for (std::size_t i = piece.first; i < piece.last; ++i) {
+        if (!TellsType(mHead.engine, mColumns[i])) continue;
+        sums += fmt::format(", max({}) AS accredit_y{}", mDialect.TypeOf(Quoted(i), mFrom), i);
+    }
+    std::vector<std::string> tuples;
+    for (const Row& row : RowsOf(piece)) {
+        const std::string key = row.part == AnswerRow::kType
+                                    ? fmt::format("accredit_y{}", row.column - 1)
+                                : row.keySql.empty() ? Dialect::Text(row.key)
+                                                     : fmt::format("ifNull({}, '')", row.keySql);
+        tuples.push_back(fmt::format("(toUInt32({}), {}, {}, toUInt64({}))", row.column,
+                                     Dialect::Text(row.part), key,
+                                     row.countSql.empty() ? "1" : row.countSql));
+    }
+    return fmt::format(
+        "SELECT accredit_row.1 AS accredit_column, accredit_row.2 AS accredit_part, accredit_row.3 "
+        "AS accredit_key, accredit_row.4 AS accredit_count FROM (SELECT arrayJoin([{}]) AS "
+        "accredit_row FROM ({}{}\nFROM {}))",
+        Join(tuples, ",\n "), centers.empty() ? "" : "WITH " + Join(centers, ",\n ") + "\n", sums,
+        mFrom);
+}
+
+// Equal values of a column, NULL among them, with how many they are. More than may be kept are a
+// sign that they are too many.
+std::string Writer::GroupPart(std::size_t i, bool texts) const {
+    const StatementColumn& column = mColumns[i];
+    const std::string key = mDialect.AsKey(Quoted(i), column.storage);
+    std::string from = mFrom;
+    if (texts && mHead.engine == Engine::Sqlite) {
+        // The other table is looked at first, so that columns without texts are not read again.
+        from = fmt::format(
+            "accredit_center{0} CROSS JOIN {1} WHERE accredit_center{0}.accredit_t{2} "
+            "> 0 AND {3}",
+            mPieceOf[i], mFrom, i, mDialect.IsText(Quoted(i)));
+    } else if (texts && mHead.engine == Engine::MySql) {
+        from = fmt::format(
+            "(SELECT {} AS accredit_type) accredit_guard STRAIGHT_JOIN {} ON "
+            "accredit_guard.accredit_type = 'text'",
+            mDialect.TypeOf(Quoted(i), mFrom), mFrom);
+    }
+    const std::string shown = mDialect.ShownKey("accredit_key", column.storage);
+    const std::string groups = fmt::format(
+        "SELECT {0} AS accredit_key, COUNT(*) AS accredit_count FROM {1} GROUP BY {0}{2}", key,
+        from, mDialect.Limit(MaxCategories() + 2));
+    if (IsClickHouse()) {
+        return fmt::format(
+            "SELECT toUInt32({}) AS accredit_column, if(isNull(accredit_key), '{}', '{}') AS "
+            "accredit_part, ifNull({}, '') AS accredit_key, toUInt64(accredit_count) AS "
+            "accredit_count FROM ({})",
+            i + 1, AnswerRow::kNull, AnswerRow::kGroup, shown, groups);
+    }
+    return fmt::format(
+        "SELECT {}, CASE WHEN accredit_key IS NULL THEN '{}' ELSE '{}' END, {}, accredit_count "
+        "FROM ({}) accredit_groups",
+        i + 1, AnswerRow::kNull, AnswerRow::kGroup, shown, groups);
+}
+
+std::string Writer::Union(std::vector<std::string> parts) const {
+    while (parts.size() > kMaxParts) {
+        std::vector<std::string> blocks;
+        for (std::size_t i = 0; i < parts.size(); i += kMaxParts) {
+            const auto begin = parts.begin() + static_cast<std::ptrdiff_t>(i);
+            const auto end =
+                begin + static_cast<std::ptrdiff_t>(std::min(kMaxParts, parts.size() - i));
+            const std::string block = Join({begin, end}, "\nUNION ALL\n");
+            blocks.push_back(
+                fmt::format("SELECT * FROM ({}){}", block,
+                            IsClickHouse() ? "" : fmt::format(" accredit_block{}", i)));
+        }
+        parts = std::move(blocks);
+    }
+    return Join(parts, "\nUNION ALL\n");
+}
+
+std::string Writer::Text() {
+    const std::vector<std::size_t> ends = PiecesOf(mColumns);
+    std::size_t first = 0;
+    for (std::size_t number = 0; number < ends.size(); ++number) {
+        const Piece piece{first, ends[number], number, number == 0};
+        if (IsClickHouse()) {
+            mParts.push_back(ClickHousePart(piece));
+        } else {
+            AddCommon(piece);
+        }
+        first = ends[number];
+    }
+    for (std::size_t i = 0; i < mColumns.size(); ++i) {
+        const Groups groups = mColumns[i].groups;
+        const bool texts = groups == Groups::Texts && TellsTexts(mHead.engine, mColumns[i]);
+        const bool guarded = groups == Groups::Texts && mHead.engine == Engine::MySql &&
+                             mColumns[i].storage == Storage::Any;
+        if (groups == Groups::All || texts || guarded) {
+            mParts.push_back(GroupPart(i, groups == Groups::Texts));
+        }
+    }
+    std::string sql = mCommon.empty() ? "" : "WITH " + Join(mCommon, ",\n") + "\n";
+    sql += Union(std::move(mParts));
+    if (IsClickHouse() && sql.size() >= kClickHouseBytes) {
+        sql = fmt::format("-- clickhouse-client needs --max_query_size {} for this.\n{}",
+                          2 * sql.size(), sql);
+    }
+    return sql + (IsClickHouse() ? "\n" : ";\n");
+}
+
+}  // namespace
+
+std::vector<std::size_t> PiecesOf(const std::vector<StatementColumn>& columns) {
+    std::vector<std::size_t> ends;
+    std::size_t answers = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::size_t more = 10 + columns[i].cutPoints.size();
+        if (answers > 0 && answers + more > kMaxAnswers) {
+            ends.push_back(i);
+            answers = 0;
+        }
+        answers += more;
+    }
+    ends.push_back(columns.size());
+    return ends;
+}
+
+std::vector<Part> PartsOf(const StatementColumn& column) {
+    if (!column.hasNumbers) return {};
+    std::vector<Part> parts = {Part::Count, Part::Minimum, Part::Maximum};
+    if (column.hasMoments) {
+        parts.insert(parts.end(), {Part::Center, Part::Scale, Part::Deviation, Part::Square});
+    }
+    return parts;
+}
+
+bool TellsType(Engine engine, const StatementColumn& column) {
+    return column.storage == Storage::Any &&
+           (engine == Engine::MySql || engine == Engine::ClickHouse ||
+            (engine == Engine::PostgreSql && !column.hasNumbers));
+}
+
+bool TellsTexts(Engine engine, const StatementColumn& column) {
+    return engine == Engine::Sqlite && column.hasNumbers;
+}
+
+std::string WriteStatement(const StatementHead& head, const std::vector<StatementColumn>& columns) {
+    return Writer(head, columns).Text();
+}
+
+}  // namespace app

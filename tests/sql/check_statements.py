@@ -1,0 +1,299 @@
+#!/usr/bin/env python3
+"""Checks the road without a connection through the clients of engines.
+
+Usage: check_statements.py PROGRAM [DIALECT=COMMAND]... [--nodes COMMAND]...
+
+COMMAND is the engine's client, which reads a statement from standard input, in one word for the
+shell: "sqlite=sqlite3 FILE", "postgresql=psql -X -q -v ON_ERROR_STOP=1 ...", "mysql=mariadb ...",
+"clickhouse=clickhouse-client ...". Every --nodes is the client of a node of the ClickHouse cluster
+"three", to which the first one belongs. Tables are made whose names begin with "accredit_test".
+
+The report of `check` through a statement is that of the CSV file with the same rows, but for the
+moments, which are compared with exact arithmetic; a reference that is learned through statements
+has the counts of the one from the file.
+"""
+import csv
+import fractions
+import json
+import math
+import os
+import random
+import shlex
+import sqlite3
+import struct
+import subprocess
+import sys
+import tempfile
+
+TABLE = "accredit_test"
+QUOTE = {"mysql": "`", "clickhouse": "`"}
+
+
+def run(command, stdin="", status=0, shell=False):
+    done = subprocess.run(command, input=stdin, capture_output=True, text=True, shell=shell)
+    assert done.returncode == status, f"{command}: {done.returncode}\n{done.stderr[-3000:]}"
+    return done.stdout if status == 0 else done.stderr
+
+
+def quoted(dialect, name):
+    quote = QUOTE.get(dialect, '"')
+    if dialect == "clickhouse":
+        return quote + name.replace("\\", "\\\\").replace("`", "\\`") + quote
+    return quote + name.replace(quote, quote * 2) + quote
+
+
+def number_literal(dialect, value):
+    """A literal that the engine reads as this double, written in another way than by the program."""
+    if dialect == "clickhouse":
+        return "reinterpretAsFloat64(unhex('%s'))" % struct.pack("<d", value).hex()
+    if dialect == "postgresql":
+        return "'%r'::float8" % value
+    return "%.17e" % value
+
+
+def text_literal(dialect, value):
+    if dialect == "postgresql":
+        return "convert_from('\\x%s', 'UTF8')" % value.encode().hex()
+    if dialect == "mysql":
+        return "CONVERT(X'%s' USING utf8mb4)" % value.encode().hex() if value else "''"
+    return "unhex('%s')" % value.encode().hex()
+
+
+TYPES = {
+    "sqlite": ("REAL", "TEXT"),
+    "postgresql": ("double precision", "text"),
+    "mysql": ("double", "varchar(200)"),
+    "clickhouse": ("Nullable(Float64)", "Nullable(String)"),
+}
+
+
+class Client:
+    def __init__(self, dialect, command, nodes=()):
+        self.dialect, self.command, self.nodes = dialect, command, nodes
+
+    def __call__(self, sql, status=0, options="", node=None):
+        return run(f"{node or self.command} {options}", sql, status, shell=True)
+
+    def execute(self, statements, node=None):
+        if self.dialect == "clickhouse":
+            for statement in statements:
+                self(statement, node=node)
+        else:
+            self(";\n".join(statements) + ";\n")
+
+    def load(self, names, rows, types=None):
+        """Makes the table anew. A float is stored as a number, any other text as a text."""
+        dialect = self.dialect
+        if types is None:
+            types = [TYPES[dialect][any(isinstance(row[i], str) for row in rows)]
+                     for i in range(len(names))]
+        columns = ", ".join(f"{quoted(dialect, n)} {t}" for n, t in zip(names, types))
+        if dialect == "sqlite":
+            # The client's own literals are not always read as the nearest double.
+            with sqlite3.connect(shlex.split(self.command)[-1]) as file:
+                file.execute(f"DROP TABLE IF EXISTS {TABLE}")
+                file.execute(f"CREATE TABLE {TABLE} ({columns})")
+                marks = ", ".join("?" * len(names))
+                file.executemany(f"INSERT INTO {TABLE} VALUES ({marks})", rows)
+            return
+        tables = self.nodes or [None]
+        for k, node in enumerate(tables):
+            name = TABLE + ("_part" if self.nodes else "")
+            engine = " ENGINE = MergeTree ORDER BY tuple()" if dialect == "clickhouse" else ""
+            statements = [f"DROP TABLE IF EXISTS {name}", f"CREATE TABLE {name} ({columns}){engine}"]
+            part = rows[k::len(tables)]
+            for at in range(0, len(part), 200):
+                values = ", ".join(
+                    "(" + ", ".join("NULL" if v is None else number_literal(dialect, v)
+                                    if isinstance(v, float) else text_literal(dialect, v)
+                                    for v in row) + ")" for row in part[at:at + 200])
+                statements.append(f"INSERT INTO {name} VALUES {values}")
+            self.execute(statements, node)
+        if self.nodes:
+            self.execute([f"DROP TABLE IF EXISTS {TABLE}",
+                          f"CREATE TABLE {TABLE} AS {TABLE}_part "
+                          f"ENGINE = Distributed(three, default, {TABLE}_part, rand())"])
+
+
+def write_csv(path, names, rows):
+    with open(path, "w", newline="", encoding="utf-8") as file:
+        writer = csv.writer(file)
+        writer.writerow(names)
+        for row in rows:
+            writer.writerow(["" if v is None else repr(v) if isinstance(v, float) else v
+                             for v in row])
+
+
+# How every client is made to print what `check --answers` reads.
+FORMS = {
+    "sqlite": ["", "-csv", "-csv -header", "-tabs", "-header -separator ';'"],
+    "postgresql": ["--csv", "-A", "-A -t", "-t", "", "-A -F ' ' -t --csv"],
+    "mysql": ["--batch", "--batch --skip-column-names", "--batch --raw"],
+    "clickhouse": ["--format CSV", "--format TSV", "--format CSVWithNames",
+                   "--format TSVWithNames", "--format TSVRaw"],
+}
+
+
+MOMENTS = ("new_mean", "new_standard_deviation", "mean_shift", "deviation_ratio")
+
+
+def comparable(report):
+    """A report without what rounding, the order of rows and the road may change; and the moments."""
+    moments = {}
+    report.pop("new", None)
+    for variable in report["variables"]:
+        moments[variable["name"]] = [variable.pop(key, None) for key in MOMENTS]
+        variable["unreadable"]["first_line"] = variable["unreadable"]["first_text"] = None
+        for key in ("categories", "unknown_categories", "vanished_categories"):
+            variable[key] = sorted(map(str, variable.get(key) or []))
+        variable.pop("notes", None)
+    return report, moments
+
+
+def exact_moments(values):
+    """The mean and the sample deviation, as fractions and a double."""
+    numbers = [fractions.Fraction(v) for v in values if isinstance(v, float)]
+    if not numbers:
+        return None, None
+    mean = sum(numbers) / len(numbers)
+    squares = sum((x - mean) ** 2 for x in numbers)
+    if len(numbers) < 2:
+        return mean, None
+    variance = squares / (len(numbers) - 1)
+    return mean, math.sqrt(variance) if variance < 1e300 and (variance == 0 or variance > 1e-300) \
+        else None
+
+
+class Checker:
+    def __init__(self, program, folder):
+        self.program, self.folder = program, folder
+        self.count = 0
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def accredit(self, *arguments, status=0):
+        return run([self.program, *arguments], status=status)
+
+    def answer(self, client, statement, form=None, status=0):
+        path = self.path("answer")
+        form = FORMS[client.dialect][0] if form is None else form
+        if client.dialect == "clickhouse":
+            form += f" --max_query_size {2 * len(statement) + 1000}"
+        printed = client(statement, options=form, status=status)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(printed)
+        return path
+
+    def check(self, client, names, train, rows, forms=None, types=None, label=""):
+        train_csv, new_csv, reference = map(self.path, ("train.csv", "new.csv", "ref.pmml"))
+        write_csv(train_csv, names, train)
+        write_csv(new_csv, names, rows)
+        self.accredit("learn", train_csv, "--output", reference)
+        client.load(names, rows, types)
+        expected, _ = comparable(json.loads(
+            self.accredit("check", reference, new_csv, "--format", "json")))
+        statement = self.accredit("sql", reference, "--table", TABLE, "--dialect", client.dialect)
+        for form in forms or FORMS[client.dialect][:1]:
+            answer = self.answer(client, statement, form)
+            found, moments = comparable(json.loads(
+                self.accredit("check", reference, "--answers", answer, "--format", "json")))
+            if found != expected:
+                for name in ("expected", "found"):
+                    with open(self.path(name), "w", encoding="utf-8") as file:
+                        json.dump(locals()[name], file, indent=1)
+                raise AssertionError(f"{client.dialect} {form}: {label}: the reports differ: "
+                                     f"diff {self.path('expected')} {self.path('found')}")
+            self.compare_moments(names, rows, moments, f"{client.dialect}: {label}")
+            self.count += 1
+
+    @staticmethod
+    def compare_moments(names, rows, moments, label):
+        for name, (mean, deviation, _, _) in moments.items():
+            values = [row[names.index(name)] for row in rows] if name in names else []
+            exact_mean, exact_deviation = exact_moments(values)
+            if mean is None or exact_mean is None:
+                continue
+            size = exact_deviation or abs(float(exact_mean)) or 1.0
+            error = abs(float(fractions.Fraction(mean) - exact_mean))
+            assert error <= 1e-11 * size or error <= 2.3e-16 * abs(mean), \
+                f"{label}: {name}: mean {mean!r}, not {float(exact_mean)!r}"
+            if deviation is not None and exact_deviation is not None:
+                assert abs(deviation - exact_deviation) <= 1e-11 * exact_deviation, \
+                    f"{label}: {name}: deviation {deviation!r}, not {exact_deviation!r}"
+
+
+NASTY_TEXTS = ["a", "a  ", "A", "\u00e1", "e", "\u00e9", "\u00df", "ss", "  b", "x,y", 'q"q', "it's",
+               "back\\slash", "tab\there", "line\nend", "cr\rhere", "%41", "[x]", "NULL", "\\N", "0",
+               "=1", "1.50", "null", "(1 row)", "\u65e5\u672c\U0001f600", "semi;colon", "up|right"]
+
+
+def nasty_table(random_numbers, rows):
+    names = ["x y", 'quo"te', "back`tick", "offset", "huge", "tiny", "whole", "sparse", "kind", "flag"]
+    gauss = random_numbers.gauss
+    table = []
+    for i in range(rows):
+        table.append([gauss(0, 1), gauss(5, 0.001), -0.0 if i % 7 == 0 else gauss(0, 1e-9),
+                      1e9 + gauss(0, 1), gauss(0, 1) * 1e120, gauss(0, 1) * 1e-130,
+                      float(random_numbers.randrange(5)),
+                      None if random_numbers.random() < 0.9 else gauss(-3, 1),
+                      random_numbers.choice(NASTY_TEXTS),
+                      random_numbers.choice(["yes", "no", "", None])])
+    return names, table
+
+
+def random_double(random_numbers):
+    while True:
+        value = struct.unpack("<d", random_numbers.getrandbits(64).to_bytes(8, "little"))[0]
+        if math.isfinite(value):
+            return value
+
+
+def check_dialect(checker, client):
+    numbers = random.Random(7)
+    names, train = nasty_table(numbers, 1500)
+    _, new = nasty_table(numbers, 1200)
+    checker.check(client, names, train, new, FORMS[client.dialect], label="nasty texts")
+    checker.check(client, names, train, [], label="an empty table")
+    checker.check(client, names, train, [[None] * len(names)] * 5,
+                  types=[TYPES[client.dialect][n in ("kind", "flag")] for n in names],
+                  label="nothing but NULL")
+    # The doubles are found in the bins of which they are the bounds, from one end to the other.
+    edges = [5e-324, -5e-324, 2.2250738585072014e-308, 1.7976931348623157e308, 0.1, 1e22, 1e23,
+             9007199254740993.0, 2.0**-1022 - 5e-324]
+    for k in range(12):
+        values = [random_double(numbers) for _ in range(8)] + edges
+        value = values[k % len(values)] if k < 9 else values[k - 9]
+        near = [math.nextafter(value, -math.inf), value, math.nextafter(value, math.inf)]
+        near = [x for x in near if math.isfinite(x)]
+        checker.check(client, ["x", "all"],
+                      [[numbers.choice(near), numbers.gauss(0, 1)] for _ in range(50)],
+                      [[numbers.choice(near), random_double(numbers)] for _ in range(40)],
+                      label=f"near {value!r}")
+    wide = [f"c{i}" for i in range(500)]
+    def row():
+        return [numbers.gauss(0, 1) if i % 5 else numbers.choice("abc") for i in range(500)]
+    checker.check(client, wide, [row() for _ in range(60)], [row() for _ in range(40)],
+                  label="500 columns")
+
+
+def main():
+    program, nodes, clients = sys.argv[1], [], []
+    arguments = iter(sys.argv[2:])
+    for argument in arguments:
+        if argument == "--nodes":
+            nodes.append(next(arguments))
+        else:
+            clients.append(argument.split("=", 1))
+    with tempfile.TemporaryDirectory() as folder:
+        if os.environ.get("ACCREDIT_KEEP"):
+            folder = os.environ["ACCREDIT_KEEP"]
+        checker = Checker(program, folder)
+        for dialect, command in clients:
+            client = Client(dialect, command, nodes if dialect == "clickhouse" else ())
+            check_dialect(checker, client)
+            print(f"{dialect}: {checker.count} reports are those of the files")
+
+
+if __name__ == "__main__":
+    main()
