@@ -217,7 +217,8 @@ std::string Dialect::AsDouble(std::string_view quoted, Storage storage) const {
             return fmt::format(
                 "CASE WHEN typeof({0}) IN ('integer', 'real') THEN CAST({0} AS REAL) END", quoted);
         case Engine::MySql:
-            return fmt::format("CAST({} AS DOUBLE)", quoted);
+            // Spider does not hand a cast to its nodes.
+            return fmt::format("({} * 1e0)", quoted);
         case Engine::ClickHouse:
             return fmt::format("toFloat64({})", quoted);
         default:
