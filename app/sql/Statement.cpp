@@ -268,8 +268,10 @@ std::vector<Row> Writer::RowsOf(const Piece& piece) const {
         }
         hasMore = hasMore || !column.cutPoints.empty() || column.hasMoments;
         if (!column.hasMoments) continue;
-        add(Part::Center, fmt::format("{}{}{}", sums, IsClickHouse() ? "accredit_center" : "accredit_m", i));
-        add(Part::Scale, fmt::format("{}{}{}", sums, IsClickHouse() ? "accredit_scale" : "accredit_f", i));
+        add(Part::Center,
+            fmt::format("{}{}{}", sums, IsClickHouse() ? "accredit_center" : "accredit_m", i));
+        add(Part::Scale,
+            fmt::format("{}{}{}", sums, IsClickHouse() ? "accredit_scale" : "accredit_f", i));
         add(Part::Deviation, fmt::format("{}accredit_d{}", more, i));
         add(Part::Square, fmt::format("{}accredit_q{}", more, i));
     }
@@ -295,8 +297,8 @@ std::string Writer::CentersOf(const Piece& piece) const {
         if (!column.hasNumbers || (IsClickHouse() && !column.hasMoments)) continue;
         sums += EndsOf(i);
         if (TellsTexts(mHead.engine, column)) {
-            sums +=
-                fmt::format(", {} AS accredit_t{}", mDialect.CountIf(mDialect.IsText(Quoted(i))), i);
+            sums += fmt::format(", {} AS accredit_t{}",
+                                mDialect.CountIf(mDialect.IsText(Quoted(i))), i);
         }
         if (!column.hasMoments) continue;
         hasMoments = true;
@@ -396,8 +398,10 @@ std::string Writer::ClickHousePart(const Piece& piece) const {
         sums += EndsOf(i) + MoreOf(i, "");
         if (!column.hasMoments) continue;
         hasMoments = true;
-        sums += fmt::format(", max(accredit_m{0}) AS accredit_center{0}, max(accredit_f{0}) AS "
-                            "accredit_scale{0}", i);
+        sums += fmt::format(
+            ", max(accredit_m{0}) AS accredit_center{0}, max(accredit_f{0}) AS "
+            "accredit_scale{0}",
+            i);
     }
     sums += "\nFROM " + mFrom;
     if (hasMoments) sums += fmt::format(" GLOBAL CROSS JOIN (\n{})", CentersOf(piece));
