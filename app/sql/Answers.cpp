@@ -338,6 +338,8 @@ void Taker::TakePart(const AnswerLine& row, Part part) {
         if (row.key && !row.key->empty()) {
             value = DoubleOf(*row.key);
             if (!value) RefuseLine(row);
+            // What ClickHouse has for nothing.
+            if (part == Part::Scale && *value == 0.0) value.reset();
         }
     }
     if (!answer.Take(part, index, value)) RefuseLine(row);

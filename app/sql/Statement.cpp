@@ -24,8 +24,9 @@ using Groups = StatementColumn::Groups;
 constexpr std::size_t kMaxAnswers = 400;
 // So many parts that are put together by UNION ALL.
 constexpr std::size_t kMaxParts = 100;
-// What clickhouse-client takes for a statement unless it is told otherwise.
-constexpr std::size_t kClickHouseBytes = 262144;
+// ClickHouse takes 262,144 bytes and 50,000 elements, which may have few bytes, unless it is told
+// otherwise.
+constexpr std::size_t kClickHouseBytes = 150'000;
 
 // Numbers are multiplied by a power of two before they are added up, by which their squares neither
 // overflow nor vanish. It is chosen by the size of the largest.
@@ -46,17 +47,6 @@ constexpr int kMinSummed = -900;
 constexpr int kLeastDeviation = -530;
 
 double PowerOfTwo(int exponent) { return std::ldexp(1.0, exponent); }
-
-// The bytes of a double as reinterpretAsFloat64(unhex(...)) takes them.
-std::string BytesOf(double number) {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &number, sizeof bits);
-    std::string bytes;
-    for (; bytes.size() < 2 * sizeof bits; bits >>= 8U) {
-        bytes += fmt::format("{:02X}", bits & 0xFFU);
-    }
-    return bytes;
-}
 
 std::string Hex(std::string_view text) {
     std::string hex;
@@ -107,8 +97,6 @@ private:
     std::string Literal(int exponent) const { return mDialect.Number(PowerOfTwo(exponent)).sql; }
     std::string Quoted(std::size_t i) const;
     std::string Value(std::size_t i) const;
-    std::string Center(std::size_t i, const std::string& from) const;
-    std::string ScaleOf(std::size_t i, const std::string& from) const;
     std::string ScaleFor(std::size_t i) const;
     std::string MeanFor(std::size_t i) const;
     std::string CenterFor(std::size_t i) const;
@@ -118,9 +106,10 @@ private:
     std::vector<Row> HeadRows() const;
     std::vector<Row> RowsOf(const Piece& piece) const;
     void AddCommon(const Piece& piece);
-    std::string SumsOf(std::size_t i) const;
+    std::string EndsOf(std::size_t i) const;
     std::string MoreOf(std::size_t i, const std::string& from) const;
     std::string Rotated(const std::vector<Row>& rows, const std::string& from) const;
+    std::string CentersOf(const Piece& piece) const;
     std::string ClickHousePart(const Piece& piece) const;
     std::string GroupPart(std::size_t i, bool texts) const;
     std::string Union(std::vector<std::string> parts) const;
@@ -153,77 +142,57 @@ std::string Writer::Value(std::size_t i) const {
     return mDialect.AsDouble(Quoted(i), mColumns[i].storage);
 }
 
-std::string Writer::Center(std::size_t i, const std::string& from) const {
-    return IsClickHouse() ? fmt::format("reinterpretAsFloat64(unhex(accredit_center{}.1))", i)
-                          : fmt::format("{}accredit_m{}", from, i);
-}
-
-std::string Writer::ScaleOf(std::size_t i, const std::string& from) const {
-    return IsClickHouse() ? fmt::format("reinterpretAsFloat64(unhex(accredit_center{}.2))", i)
-                          : fmt::format("{}accredit_f{}", from, i);
-}
-
 // A power of two, by the smallest and the largest number.
 std::string Writer::ScaleFor(std::size_t i) const {
     const auto reaches = [&](int exponent) {
         return fmt::format("accredit_h{0} >= {1} OR accredit_l{0} <= {2}", i, Literal(exponent),
                            mDialect.Number(-PowerOfTwo(exponent)).sql);
     };
-    const auto scale = [&](int exponent) {
-        return IsClickHouse() ? Dialect::Text(BytesOf(PowerOfTwo(exponent))) : Literal(exponent);
-    };
     return fmt::format(
         "CASE WHEN {} THEN {} WHEN {} THEN {} WHEN {} THEN {} WHEN accredit_h{} > 0 OR "
         "accredit_l{} < 0 THEN {} ELSE {} END",
-        reaches(kLargeExponent), scale(kLargeScale), reaches(kSmallExponent), scale(0),
-        reaches(kTinyExponent), scale(kSmallScale), i, i, scale(kTinyScale), scale(0));
+        reaches(kLargeExponent), Literal(kLargeScale), reaches(kSmallExponent), Literal(0),
+        reaches(kTinyExponent), Literal(kSmallScale), i, i, Literal(kTinyScale), Literal(0));
 }
 
 std::string Writer::Summed(std::size_t i) const {
     const std::string value = Value(i);
-    switch (mHead.engine) {
-        case Engine::Sqlite:
-        case Engine::ClickHouse:
-            // A sum that overflows is an infinity there.
-            return fmt::format("SUM({})", value);
-        default:
-            return fmt::format("SUM(CASE WHEN ABS({0}) BETWEEN {1} AND {2} THEN {0} ELSE 0e0 END)",
-                               value, Literal(kMinSummed), Literal(kMaxSummed));
-    }
+    // A sum that overflows is an infinity there.
+    if (mHead.engine == Engine::Sqlite) return fmt::format("SUM({})", value);
+    return fmt::format("SUM(CASE WHEN abs({0}) BETWEEN {1} AND {2} THEN {0} ELSE 0e0 END)", value,
+                       Literal(kMinSummed), Literal(kMaxSummed));
 }
 
 // A number near the mean; 0 where the sum is no use.
 std::string Writer::MeanFor(std::size_t i) const {
     return fmt::format(
-        "CASE WHEN accredit_n{0} > 0 AND ABS(accredit_s{0}) <= {1} THEN accredit_s{0} / "
+        "CASE WHEN accredit_n{0} > 0 AND abs(accredit_s{0}) <= {1} THEN accredit_s{0} / "
         "accredit_n{0} ELSE 0e0 END",
         i, Literal(kMaxSummed + 64));
 }
 
 std::string Writer::CenterFor(std::size_t i) const {
-    const std::string scale = IsClickHouse()
-                                  ? fmt::format("reinterpretAsFloat64(unhex(accredit_f{}))", i)
-                                  : fmt::format("accredit_f{}", i);
     return fmt::format(
-        "CASE WHEN {1} >= 1 OR ABS(accredit_a{0}) >= {2} THEN accredit_a{0} * {1} "
-        "ELSE 0e0 END",
-        i, scale, Literal(kLargeFloor));
+        "CASE WHEN accredit_f{0} >= 1 OR abs(accredit_a{0}) >= {1} THEN accredit_a{0} * "
+        "accredit_f{0} ELSE 0e0 END",
+        i, Literal(kLargeFloor));
 }
 
 Expression Writer::Deviation(std::size_t i, const std::string& from) const {
     const std::string value = Value(i);
-    const std::string scale = ScaleOf(i, from);
+    const std::string scale = fmt::format("{}accredit_f{}", from, i);
+    const std::string center = fmt::format("{}accredit_m{}", from, i);
     switch (mHead.engine) {
         case Engine::Sqlite:
         case Engine::ClickHouse:
         case Engine::MySql:
             // What is too small becomes 0 there.
-            return {fmt::format("{} * {} - {}", value, scale, Center(i, from))};
+            return {fmt::format("{} * {} - {}", value, scale, center)};
         default:
             return {
-                fmt::format("CASE WHEN {1} >= 1 OR ABS({0}) >= {2} THEN {0} * {1} WHEN {0} IS "
+                fmt::format("CASE WHEN {1} >= 1 OR abs({0}) >= {2} THEN {0} * {1} WHEN {0} IS "
                             "NOT NULL THEN 0e0 END - {3}",
-                            value, scale, Literal(kLargeFloor), Center(i, from))};
+                            value, scale, Literal(kLargeFloor), center)};
     }
 }
 
@@ -231,7 +200,7 @@ std::string Writer::Square(const std::string& deviation) const {
     const bool refusesVanishing =
         mHead.engine == Engine::PostgreSql || mHead.engine == Engine::Ansi;
     const std::string side =
-        refusesVanishing ? fmt::format("(ABS({}) + {})", deviation, Literal(kLeastDeviation))
+        refusesVanishing ? fmt::format("(abs({}) + {})", deviation, Literal(kLeastDeviation))
                          : "(" + deviation + ")";
     return side + " * " + side;
 }
@@ -287,8 +256,10 @@ std::vector<Row> Writer::RowsOf(const Piece& piece) const {
         }
         hasMore = hasMore || !column.cutPoints.empty() || column.hasMoments;
         if (!column.hasMoments) continue;
-        add(Part::Center, fmt::format("{}accredit_m{}", sums, i));
-        add(Part::Scale, fmt::format("{}accredit_f{}", sums, i));
+        add(Part::Center,
+            fmt::format("{}{}{}", sums, IsClickHouse() ? "accredit_center" : "accredit_m", i));
+        add(Part::Scale,
+            fmt::format("{}{}{}", sums, IsClickHouse() ? "accredit_scale" : "accredit_f", i));
         add(Part::Deviation, fmt::format("{}accredit_d{}", more, i));
         add(Part::Square, fmt::format("{}accredit_q{}", more, i));
     }
@@ -296,18 +267,38 @@ std::vector<Row> Writer::RowsOf(const Piece& piece) const {
     return rows;
 }
 
-std::string Writer::SumsOf(std::size_t i) const {
-    const StatementColumn& column = mColumns[i];
-    if (!column.hasNumbers) return {};
-    const std::string value = Value(i);
-    std::string sql = fmt::format(
+// How many numbers there are, and between what they lie.
+std::string Writer::EndsOf(std::size_t i) const {
+    return fmt::format(
         ", COUNT({0}) AS accredit_n{1}, MIN({0}) AS accredit_l{1}, MAX({0}) AS accredit_h{1}",
-        value, i);
-    if (column.hasMoments) sql += fmt::format(", {} AS accredit_s{}", Summed(i), i);
-    if (TellsTexts(mHead.engine, column)) {
-        sql += fmt::format(", {} AS accredit_t{}", mDialect.CountIf(mDialect.IsText(Quoted(i))), i);
+        Value(i), i);
+}
+
+// One row with that, and with the scales and the centers of the columns that have moments.
+std::string Writer::CentersOf(const Piece& piece) const {
+    std::string sums = "SELECT COUNT(*) AS accredit_rows";
+    std::string scales = IsClickHouse() ? "SELECT *" : "SELECT accredit_sums.*";
+    std::string centers = IsClickHouse() ? "SELECT *" : "SELECT accredit_scales.*";
+    bool hasMoments = false;
+    for (std::size_t i = piece.first; i < piece.last; ++i) {
+        const StatementColumn& column = mColumns[i];
+        if (!column.hasNumbers || (IsClickHouse() && !column.hasMoments)) continue;
+        sums += EndsOf(i);
+        if (TellsTexts(mHead.engine, column)) {
+            sums += fmt::format(", {} AS accredit_t{}",
+                                mDialect.CountIf(mDialect.IsText(Quoted(i))), i);
+        }
+        if (!column.hasMoments) continue;
+        hasMoments = true;
+        sums += fmt::format(", {} AS accredit_s{}", Summed(i), i);
+        scales +=
+            fmt::format(", {} AS accredit_f{}, {} AS accredit_a{}", ScaleFor(i), i, MeanFor(i), i);
+        centers += fmt::format(", {} AS accredit_m{}", CenterFor(i), i);
     }
-    return sql;
+    sums += "\nFROM " + mFrom;
+    if (!hasMoments) return sums;
+    return fmt::format("{}\nFROM ({}\nFROM ({}) accredit_sums) accredit_scales", centers, scales,
+                       sums);
 }
 
 std::string Writer::MoreOf(std::size_t i, const std::string& from) const {
@@ -362,78 +353,61 @@ std::string Writer::Rotated(const std::vector<Row>& rows, const std::string& fro
 }
 
 void Writer::AddCommon(const Piece& piece) {
-    std::string sums = "SELECT COUNT(*) AS accredit_rows";
-    std::string scales = "SELECT accredit_sums.*";
-    std::string centers = "SELECT accredit_scales.*";
-    std::string more;
-    bool hasMoments = false;
     const std::string center = fmt::format("accredit_center{}", piece.number);
+    mCommon.push_back(fmt::format("{} AS ({})", center, CentersOf(piece)));
+    std::string more;
     for (std::size_t i = piece.first; i < piece.last; ++i) {
         mPieceOf[i] = piece.number;
-        sums += SumsOf(i);
         more += MoreOf(i, center + ".");
-        if (!mColumns[i].hasNumbers || !mColumns[i].hasMoments) continue;
-        hasMoments = true;
-        scales +=
-            fmt::format(", {} AS accredit_f{}, {} AS accredit_a{}", ScaleFor(i), i, MeanFor(i), i);
-        centers += fmt::format(", {} AS accredit_m{}", CenterFor(i), i);
     }
-    sums += " FROM " + mFrom;
-    if (hasMoments) {
-        sums = fmt::format("{}\nFROM ({}\nFROM ({}) accredit_sums) accredit_scales", centers,
-                           scales, sums);
-    }
-    mCommon.push_back(fmt::format("{} AS ({})", center, sums));
     std::string from = center;
     if (!more.empty()) {
         mCommon.push_back(
-            fmt::format("accredit_more{} AS (SELECT COUNT(*) AS accredit_rows{}\nFROM {}{})",
-                        piece.number, more, mFrom, hasMoments ? " CROSS JOIN " + center : ""));
+            fmt::format("accredit_more{} AS (SELECT COUNT(*) AS accredit_rows{}\nFROM {} CROSS "
+                        "JOIN {})",
+                        piece.number, more, mFrom, center));
         from += fmt::format(" CROSS JOIN accredit_more{}", piece.number);
     }
     mParts.push_back(Rotated(RowsOf(piece), from));
 }
 
-// Of ClickHouse a row becomes rows by an array of tuples. What is needed of a column before the
-// scan is a constant, which reaches the nodes by its bytes.
+// Of ClickHouse a row becomes rows by an array of tuples. What is needed before the scan is joined,
+// which hands it to the nodes as it is: a constant would be evaluated again and again, and be sent
+// in digits that are read as other numbers.
 std::string Writer::ClickHousePart(const Piece& piece) const {
-    std::vector<std::string> centers;
+    bool hasMoments = false;
     std::string sums = "SELECT count() AS accredit_rows";
     for (std::size_t i = piece.first; i < piece.last; ++i) {
         const StatementColumn& column = mColumns[i];
+        if (TellsType(mHead.engine, column)) {
+            sums += fmt::format(", max({}) AS accredit_y{}", mDialect.TypeOf(Quoted(i), mFrom), i);
+        }
         if (!column.hasNumbers) continue;
-        sums += SumsOf(i) + MoreOf(i, "");
+        sums += EndsOf(i) + MoreOf(i, "");
         if (!column.hasMoments) continue;
-        centers.push_back(fmt::format(
-            "(SELECT (hex(reinterpretAsString(toFloat64(ifNull({}, 0)))), accredit_f{}) FROM "
-            "(SELECT accredit_n{}, {} AS accredit_f{}, {} AS accredit_a{} FROM (SELECT "
-            "count({}) AS accredit_n{}, min({}) AS accredit_l{}, max({}) AS accredit_h{}, {} AS "
-            "accredit_s{} FROM {}))) AS accredit_center{}",
-            CenterFor(i), i, i, ScaleFor(i), i, MeanFor(i), i, Value(i), i, Value(i), i, Value(i),
-            i, Summed(i), i, mFrom, i));
-        sums += fmt::format(", max({}) AS accredit_m{}, max({}) AS accredit_f{}", Center(i, ""), i,
-                            ScaleOf(i, ""), i);
+        hasMoments = true;
+        sums += fmt::format(
+            ", max(accredit_m{0}) AS accredit_center{0}, max(accredit_f{0}) AS "
+            "accredit_scale{0}",
+            i);
     }
-    for (std::size_t i = piece.first; i < piece.last; ++i) {
-        if (!TellsType(mHead.engine, mColumns[i])) continue;
-        sums += fmt::format(", max({}) AS accredit_y{}", mDialect.TypeOf(Quoted(i), mFrom), i);
-    }
+    sums += "\nFROM " + mFrom;
+    if (hasMoments) sums += fmt::format(" GLOBAL CROSS JOIN (\n{})", CentersOf(piece));
     std::vector<std::string> tuples;
     for (const Row& row : RowsOf(piece)) {
         const std::string key = row.part == AnswerRow::kType
                                     ? fmt::format("accredit_y{}", row.column - 1)
                                 : row.keySql.empty() ? Dialect::Text(row.key)
                                                      : fmt::format("ifNull({}, '')", row.keySql);
-        tuples.push_back(fmt::format("(toUInt32({}), {}, {}, toUInt64({}))", row.column,
+        tuples.push_back(fmt::format("(toUInt32({}), {}, {}, toUInt64(ifNull({}, 0)))", row.column,
                                      Dialect::Text(row.part), key,
                                      row.countSql.empty() ? "1" : row.countSql));
     }
     return fmt::format(
         "SELECT accredit_row.1 AS accredit_column, accredit_row.2 AS accredit_part, accredit_row.3 "
         "AS accredit_key, accredit_row.4 AS accredit_count FROM (SELECT arrayJoin([{}]) AS "
-        "accredit_row FROM ({}{}\nFROM {}))",
-        Join(tuples, ",\n "), centers.empty() ? "" : "WITH " + Join(centers, ",\n ") + "\n", sums,
-        mFrom);
+        "accredit_row FROM ({}))",
+        Join(tuples, ",\n "), sums);
 }
 
 // Equal values of a column, NULL among them, with how many they are. More than may be kept are a
@@ -454,19 +428,19 @@ std::string Writer::GroupPart(std::size_t i, bool texts) const {
             "accredit_guard.accredit_type = 'text'",
             mDialect.TypeOf(Quoted(i), mFrom), mFrom);
     }
-    const std::string shown = mDialect.ShownKey("accredit_key", column.storage);
+    const std::string shown = mDialect.ShownKey("accredit_value", column.storage);
     const std::string groups = fmt::format(
-        "SELECT {0} AS accredit_key, COUNT(*) AS accredit_count FROM {1} GROUP BY {0}{2}", key,
+        "SELECT {0} AS accredit_value, COUNT(*) AS accredit_cases FROM {1} GROUP BY {0}{2}", key,
         from, mDialect.Limit(MaxCategories() + 2));
     if (IsClickHouse()) {
         return fmt::format(
-            "SELECT toUInt32({}) AS accredit_column, if(isNull(accredit_key), '{}', '{}') AS "
-            "accredit_part, ifNull({}, '') AS accredit_key, toUInt64(accredit_count) AS "
+            "SELECT toUInt32({}) AS accredit_column, if(isNull(accredit_value), '{}', '{}') AS "
+            "accredit_part, ifNull({}, '') AS accredit_key, toUInt64(accredit_cases) AS "
             "accredit_count FROM ({})",
             i + 1, AnswerRow::kNull, AnswerRow::kGroup, shown, groups);
     }
     return fmt::format(
-        "SELECT {}, CASE WHEN accredit_key IS NULL THEN '{}' ELSE '{}' END, {}, accredit_count "
+        "SELECT {}, CASE WHEN accredit_value IS NULL THEN '{}' ELSE '{}' END, {}, accredit_cases "
         "FROM ({}) accredit_groups",
         i + 1, AnswerRow::kNull, AnswerRow::kGroup, shown, groups);
 }
@@ -512,8 +486,10 @@ std::string Writer::Text() {
     std::string sql = mCommon.empty() ? "" : "WITH " + Join(mCommon, ",\n") + "\n";
     sql += Union(std::move(mParts));
     if (IsClickHouse() && sql.size() >= kClickHouseBytes) {
-        sql = fmt::format("-- clickhouse-client needs --max_query_size {} for this.\n{}",
-                          2 * sql.size(), sql);
+        sql = fmt::format(
+            "-- clickhouse-client options: --max_query_size {0} --max_ast_elements {0} "
+            "--max_expanded_ast_elements {1}\n{2}",
+            2 * sql.size(), 20 * sql.size(), sql);
     }
     return sql + (IsClickHouse() ? "\n" : ";\n");
 }

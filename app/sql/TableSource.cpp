@@ -11,15 +11,12 @@
 #include <utility>
 
 #include "accredit/documents/NewRecords.h"
-#include "accredit/documents/NumberText.h"
-#include "accredit/host/MCMV.h"
 #include "app/base/Printable.h"
 #include "app/base/ShellText.h"
-#include "app/data/CellText.h"
+#include "app/sql/LearnedColumns.h"
 
 using MADocuments::MissingTokens;
 using MADocuments::Reference;
-using MADocuments::TrimBlanks;
 
 namespace app {
 
@@ -383,7 +380,7 @@ class Learner {
 public:
     Learner(TableQueries& table, const ColumnChoices& choices, const MissingTokens& missing)
         : mTable(table), mMissing(missing), mSummariser(table) {
-        CheckNames(choices);
+        RequireDifferentNames(table.Columns(), choices, table.Name());
         mChoices = ChoicesByColumn(NamesOf(table.Columns()), choices);
         const std::vector<ResultColumn>& sources = table.Columns();
         for (std::size_t i = 0; i < sources.size(); ++i) {
@@ -401,15 +398,12 @@ public:
     LearnedReference Learn();
 
 private:
-    void CheckNames(const ColumnChoices& choices) const;
-    void SettleByTypes();
-    void SettleByTexts(std::size_t i);
     void SettleTexts();
-    void ComputeCutPoints();
-    void RequireNoProblems() const;
-    void RequireColumnsLeft() const;
-    bool IsOpen(std::size_t i) const;
-    void Settle(std::size_t i, ColumnKind kind) { mSummariser.columns[i].column.kind = kind; }
+    void RequireNoProblems() const { app::RequireNoProblems(mSummariser.columns, mTable.Name()); }
+    bool HasTexts(std::size_t i) const { return mSummariser.asked[i].textCount > 0; }
+    bool IsOpen(std::size_t i) const {
+        return app::IsOpen(mChoices[i], mSummariser.columns[i], HasTexts(i));
+    }
     std::string& Problem(std::size_t i) { return mSummariser.columns[i].problem; }
 
     TableQueries& mTable;
@@ -419,169 +413,21 @@ private:
     std::vector<SettledColumn> mSettled;
 };
 
-void Learner::CheckNames(const ColumnChoices& choices) const {
-    const std::set<std::string> ignored(choices.ignored.begin(), choices.ignored.end());
-    std::set<std::string> known;
-    for (const ResultColumn& column : mTable.Columns()) {
-        if (ignored.count(column.name) != 0 || known.insert(column.name).second) continue;
-        throw InputError(
-            fmt::format("{}: the column \"{}\" stands twice; AS gives one of them "
-                        "another name",
-                        mTable.Name(), Shortened(column.name)));
-    }
-}
-
-// Whether the kind of a column depends on its texts.
-bool Learner::IsOpen(std::size_t i) const {
-    const Storage storage = mSummariser.columns[i].storage;
-    return mChoices[i] != Choice::Ignored && mSummariser.columns[i].problem.empty() &&
-           (storage == Storage::Text ||
-            (storage == Storage::Any && mSummariser.asked[i].textCount > 0));
-}
-
-void Learner::SettleByTypes() {
-    for (std::size_t i = 0; i < mChoices.size(); ++i) {
-        mSettled[i].isChosen = mChoices[i] != Choice::None;
-        if (mChoices[i] == Choice::Ignored) {
-            mSettled[i].leftOut = LeftOut::Ignored;
-            continue;
-        }
-        const ResultColumn& source = mTable.Columns()[i];
-        const bool isCategorical = mChoices[i] == Choice::Categorical;
-        switch (source.storage) {
-            case Storage::Double:
-            case Storage::Number:
-                Settle(i, isCategorical ? ColumnKind::NumberCategory : ColumnKind::Continuous);
-                break;
-            case Storage::Boolean:
-                Settle(i, mChoices[i] == Choice::Continuous ? ColumnKind::Continuous
-                                                            : ColumnKind::TextCategory);
-                break;
-            case Storage::Date:
-                Settle(i, ColumnKind::TextCategory);
-                if (isCategorical) break;
-                Problem(i) = fmt::format(
-                    "holds dates, the type is \"{}\", of which new data has others; {} leaves it "
-                    "out, {} takes them as categories",
-                    Printable(source.type), ShellOption("--ignore", source.name),
-                    ShellOption("--categorical", source.name));
-                break;
-            case Storage::Other:
-                Settle(i, ColumnKind::TextCategory);
-                Problem(i) = WrongType(source.storage, source.type, mSummariser.columns[i].column);
-                break;
-            case Storage::Any:
-                if (mSummariser.asked[i].textCount > 0) break;
-                Settle(i, isCategorical ? ColumnKind::NumberCategory : ColumnKind::Continuous);
-                break;
-            case Storage::Text:
-                break;
-        }
-    }
-}
-
-// As of a file, but that equal texts come together.
-void Learner::SettleByTexts(std::size_t i) {
-    AnsweredColumn& each = mSummariser.columns[i];
-    AskedColumn& how = mSummariser.asked[i];
-    if (each.storage == Storage::Any && how.numberCount > 0) {
-        how.texts = fmt::format("typeof({}) IN ('text', 'blob')", how.quoted);
-    }
-    if (!mSummariser.AskTexts(i)) {
-        Settle(i, ColumnKind::TextCategory);
-        Problem(i) = TooManyCategories(each.column) +
-                     "; if these are numbers, --query 'SELECT CAST(...)' makes them such";
-        return;
-    }
-    ColumnScan scan(MaxCategories());
-    std::uint64_t distinct = 0;
-    for (const Group& group : each.answer.groups) {
-        const std::string_view text = TrimBlanks(group.key.text);
-        if (mMissing.Contains(text)) continue;
-        ++distinct;
-        scan.TakeGroup(group.key.text, ParseCell(text, false), group.count);
-    }
-    SettledColumn& settled = mSettled[i];
-    settled.facts = scan.Facts();
-    settled.facts.distinct = distinct;
-    settled.facts.distinctIsExact = true;
-    settled.facts.present += how.numberCount;
-    const std::string& name = each.column.name;
-    if (mChoices[i] == Choice::Continuous && settled.facts.noNumbers > 0) {
-        const std::string& text = settled.facts.firstNoNumber.text;
-        Problem(i) = fmt::format("{}; {} reads it as a missing value", NotANumber(text),
-                                 ShellOption("--missing", text, "TOKEN"));
-        return;
-    }
-    if (!SettleByFacts(mChoices[i], settled)) {
-        Problem(i) = fmt::format(
-            "has numbers as spreadsheets show them, such as \"{}\"; {} takes "
-            "the column as categories",
-            Shortened(settled.facts.firstSpreadsheetNumber.text),
-            ShellOption("--categorical", name));
-        return;
-    }
-    each.column.kind = settled.column.kind;
-    settled.column.name = name;
-    if (settled.leftOut == LeftOut::Dates) {
-        Problem(i) = fmt::format(
-            "holds dates, of which new data has others; {} leaves it out, {} "
-            "takes them as categories",
-            ShellOption("--ignore", name), ShellOption("--categorical", name));
-    } else if (each.column.kind != ColumnKind::Continuous &&
-               each.column.kind != ColumnKind::Ignored && how.numberCount > 0) {
-        each.answer.groups.clear();
-        if (!mSummariser.AskCategories(i)) Problem(i) = TooManyCategories(each.column);
-    }
-}
-
 void Learner::SettleTexts() {
     for (std::size_t i = 0; i < mChoices.size(); ++i) {
-        if (IsOpen(i)) SettleByTexts(i);
+        if (!IsOpen(i)) continue;
+        AnsweredColumn& each = mSummariser.columns[i];
+        AskedColumn& how = mSummariser.asked[i];
+        if (each.storage == Storage::Any && how.numberCount > 0) {
+            how.texts = fmt::format("typeof({}) IN ('text', 'blob')", how.quoted);
+        }
+        if (!mSummariser.AskTexts(i)) {
+            Problem(i) = TooManyTexts(each.column);
+        } else if (SettleByTexts(mChoices[i], how.numberCount, mMissing, each, mSettled[i])) {
+            each.answer.groups.clear();
+            if (!mSummariser.AskCategories(i)) Problem(i) = TooManyCategories(each.column);
+        }
     }
-}
-
-void Learner::ComputeCutPoints() {
-    for (AnsweredColumn& each : mSummariser.columns) {
-        if (each.column.kind != ColumnKind::Continuous) continue;
-        const NumberFigures figures(each.answer, mTable.Rows(), mMissing);
-        const double s = figures.Deviation();
-        if (MCMV::IsMissing(s) || s == 0.0) continue;
-        const double m = figures.Mean();
-        const double twice = s + s;
-        each.cutPoints = {m - twice, m - s, m, m + s, m + twice};
-        const auto disorder =
-            std::adjacent_find(each.cutPoints.begin(), each.cutPoints.end(),
-                               [](double left, double right) { return !(left < right); });
-        if (disorder == each.cutPoints.end() && std::isfinite(s)) continue;
-        each.problem = fmt::format("{}; {} leaves it out",
-                                   std::isfinite(s)
-                                       ? "has values that vary too little for their size to be put "
-                                         "into bins"
-                                       : "has values so large that their deviation overflows",
-                                   ShellOption("--ignore", each.column.name));
-    }
-}
-
-void Learner::RequireNoProblems() const {
-    std::string problems;
-    for (const AnsweredColumn& each : mSummariser.columns) {
-        if (each.problem.empty()) continue;
-        problems += fmt::format("{}{}: the column \"{}\" {}",
-                                problems.empty() ? "" : "\naccredit: ", mTable.Name(),
-                                Shortened(each.column.name), each.problem);
-    }
-    if (!problems.empty()) throw InputError(problems);
-}
-
-void Learner::RequireColumnsLeft() const {
-    const bool isAnyLeft = std::any_of(
-        mSummariser.columns.begin(), mSummariser.columns.end(),
-        [](const AnsweredColumn& each) { return each.column.kind != ColumnKind::Ignored; });
-    if (isAnyLeft) return;
-    throw InputError(mTable.Name() +
-                     ": every column is left out, because it is ignored or its values are keys; "
-                     "--categorical COLUMN takes one as categories");
 }
 
 LearnedReference Learner::Learn() {
@@ -590,7 +436,10 @@ LearnedReference Learner::Learn() {
     }
     mSummariser.ExpectQueries();
     mSummariser.FindTypes();
-    SettleByTypes();
+    for (std::size_t i = 0; i < mChoices.size(); ++i) {
+        SettleByType(mChoices[i], mTable.Columns()[i], HasTexts(i), mSummariser.columns[i],
+                     mSettled[i]);
+    }
     RequireNoProblems();
     mSummariser.ExpectQueries();
     for (std::size_t i = 0; i < mChoices.size(); ++i) {
@@ -609,30 +458,18 @@ LearnedReference Learner::Learn() {
     }
     RequireNoProblems();
     mSummariser.AskNumbers();
-    if (mTable.Rows() == 0) throw InputError(mTable.Name() + ": there are no rows to learn from");
-    RequireColumnsLeft();
+    RequireRows(mTable.Rows(), mTable.Name());
+    RequireColumnsLeft(mSummariser.columns, mTable.Name());
     FindProblems(mSummariser.columns, mMissing);
     RequireNoProblems();
     mSummariser.AskMoments();
-    ComputeCutPoints();
+    ComputeCutPoints(mSummariser.columns, mTable.Rows(), mMissing);
     RequireNoProblems();
     mTable.Expect(1);
     mSummariser.AskBins();
 
-    LearnedReference learned;
-    learned.reference = SummaryOf(mSummariser.columns, mTable.Rows(), mMissing, mTable.Name());
-    unsigned int slot = 0;
-    for (std::size_t i = 0; i < mSettled.size(); ++i) {
-        const Column& column = mSummariser.columns[i].column;
-        mSettled[i].column = column;
-        if (column.kind == ColumnKind::Ignored) continue;
-        // Of types that have no texts nothing was settled by the values.
-        std::uint64_t& present = mSettled[i].facts.present;
-        present =
-            std::max<std::uint64_t>(present, learned.reference.stats.GetNumberOfCases(slot++));
-    }
-    learned.data.columns = std::move(mSettled);
-    return learned;
+    return ReferenceOf(mSummariser.columns, std::move(mSettled), mTable.Rows(), mMissing,
+                       mTable.Name());
 }
 
 }  // namespace
