@@ -183,9 +183,16 @@ LearnedReference ReferenceOf(const std::vector<AnsweredColumn>& columns,
         settled[i].column = columns[i].column;
         if (columns[i].column.kind == ColumnKind::Ignored) continue;
         // Of types that have no texts nothing was settled by the values.
-        std::uint64_t& present = settled[i].facts.present;
-        present =
-            std::max<std::uint64_t>(present, learned.reference.stats.GetNumberOfCases(slot++));
+        ColumnFacts& facts = settled[i].facts;
+        if (facts.present == 0) {
+            facts.present = learned.reference.stats.GetNumberOfCases(slot);
+            if (columns[i].column.kind == ColumnKind::TextCategory) {
+                facts.noNumbers = facts.present;
+                facts.allNoNumbersAreOneText = false;
+                facts.distinct = learned.reference.stats.GetFrequencies(slot).size();
+            }
+        }
+        ++slot;
     }
     learned.data.columns = std::move(settled);
     return learned;
