@@ -53,6 +53,8 @@ public:
     /// A table's name, whose parts stand between points; one that begins with a quote is taken as
     /// it stands.
     std::string Table(std::string_view name) const;
+    /// The parts of such a name, without quotes.
+    std::vector<std::string> PartsOf(std::string_view table) const;
     /// A text between quotes. It may hold no control characters and no backslash.
     static std::string Text(std::string_view text);
 

@@ -31,9 +31,8 @@ bool IsOpen(Choice choice, const AnsweredColumn& column, bool hasTexts);
 /// Settles a column by its texts, which have been grouped; `numbers` is how many other values there
 /// are. As of a file, but that equal texts come together. True if those numbers are categories,
 /// too, and must be grouped with the texts.
-bool SettleByTexts(Choice choice, std::uint64_t numbers,
-                   const MADocuments::MissingTokens& missing, AnsweredColumn& column,
-                   SettledColumn& settled);
+bool SettleByTexts(Choice choice, std::uint64_t numbers, const MADocuments::MissingTokens& missing,
+                   AnsweredColumn& column, SettledColumn& settled);
 /// The problem of a column that has too many texts for that.
 std::string TooManyTexts(const Column& column);
 

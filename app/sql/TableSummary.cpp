@@ -190,8 +190,8 @@ Reference SummaryOf(const std::vector<AnsweredColumn>& columns, std::uint64_t ro
 Reference SummaryLike(const Reference& reference, const std::vector<AnsweredColumn>& columns,
                       std::uint64_t rows, const std::string& tableName) {
     Reference summary = SummaryOf(columns, rows, reference.missing, tableName);
-    summary.namesMissing = reference.namesMissing || MADocuments::FindMissingCategory(
-                                                         summary.stats, summary.missing) < 0;
+    summary.namesMissing = reference.namesMissing ||
+                           MADocuments::FindMissingCategory(summary.stats, summary.missing) < 0;
     return summary;
 }
 

@@ -26,8 +26,8 @@ std::uint64_t MaxCategories();
 /// The problem of a column that has more, or whose categories take too much memory.
 std::string TooManyCategories(const Column& column);
 
-/// What is said of a column whose type, as the engine calls it, has neither numbers nor texts; empty
-/// for any other.
+/// What is said of a column whose type, as the engine calls it, has neither numbers nor texts;
+/// empty for any other.
 std::string WrongType(Storage storage, const std::string& type, const Column& column);
 
 /// Finds the problems that show in the answers: numbers that are none, and categories that take too

@@ -216,6 +216,45 @@ class Checker:
             self.compare_moments(names, rows, moments, f"{client.dialect}: {label}")
             self.count += 1
 
+    def learn(self, client, names, rows, options=(), label="", types=None):
+        """Learns by rounds of statements, and compares with what is learned of the file."""
+        path, by_file, by_engine = map(self.path, ("train.csv", "file.pmml", "engine.pmml"))
+        write_csv(path, names, rows)
+        self.accredit("learn", path, *options, "--output", by_file)
+        client.load(names, rows, types)
+        answers = []
+        for number in range(3):
+            statement = self.accredit("sql", "--table", TABLE, "--dialect", client.dialect,
+                                      *options, *answers)
+            answer = self.answer(client, statement)
+            kept = self.path(f"answer{number}")
+            os.replace(answer, kept)
+            answers += ["--answers", kept]
+        self.accredit("learn", *answers, *options, "--output", by_engine)
+        expected, found = (json.loads(self.accredit("show", each, "--format", "json"))
+                           for each in (by_file, by_engine))
+        assert [v["name"] for v in expected["variables"]] == [v["name"] for v in found["variables"]]
+        for theirs, ours in zip(expected["variables"], found["variables"]):
+            where = f"{client.dialect}: {label}: {ours['name']}"
+            values = [row[names.index(ours["name"])] for row in rows]
+            for key in ("kind", "cases", "missing", "unreadable", "minimum", "maximum"):
+                assert theirs.get(key) == ours.get(key), f"{where}: {key}"
+            if ours["kind"] == "categorical":
+                sort = lambda v: sorted(map(str, v["categories"]))
+                assert sort(theirs) == sort(ours), f"{where}: categories"
+                continue
+            cuts = [b["upper"] for b in ours["bins"][:-1]]
+            numbers = [v for v in values if isinstance(v, float)]
+            counts = [b["count"] for b in ours["bins"]]
+            if cuts:
+                at_most = [sum(v <= c for v in numbers) for c in cuts] + [len(numbers)]
+                exact = [b - a for a, b in zip([0] + at_most, at_most)]
+                assert counts == exact, f"{where}: bins {counts}, not {exact}"
+        moments = {v["name"]: [v["mean"], v["standard_deviation"], None, None]
+                   for v in found["variables"] if v["kind"] != "categorical"}
+        self.compare_moments(names, rows, moments, f"{client.dialect}: {label}")
+        self.count += 1
+
     @staticmethod
     def compare_moments(names, rows, moments, label):
         for name, (mean, deviation, _, _) in moments.items():
@@ -296,6 +335,9 @@ def check_dialect(checker, client):
     numbers = random.Random(7)
     names, train = nasty_table(numbers, 1500)
     _, new = nasty_table(numbers, 1200)
+    checker.learn(client, names, train, label="learn nasty texts")
+    checker.learn(client, names, train, ["--categorical", "whole", "--ignore", "offset",
+                                         "--missing", "no"], label="learn with options")
     checker.check(client, names, train, new, FORMS[client.dialect], label="nasty texts")
     checker.check(client, names, train, [], label="an empty table")
     checker.check(client, names, train, [[None] * len(names)] * 5,
