@@ -16,10 +16,12 @@
 #include "app/base/InputFile.h"
 #include "app/base/Printable.h"
 #include "app/commands/ReferenceFile.h"
+#include "app/commands/Statements.h"
 #include "app/commands/ThisProgram.h"
 #include "app/data/CsvReader.h"
 #include "app/data/LearnReference.h"
 #include "app/data/NewSummary.h"
+#include "app/sql/AnsweredTable.h"
 #include "app/sql/TableSource.h"
 
 using MADocuments::Reference;
@@ -146,6 +148,46 @@ void TakeSources(const CsvReader& reader, Learned& learned) {
     }
 }
 
+// Puts the summary of a table with the bins of a reference to what was learned.
+void TakeTable(const Reference& bins, TableSummary made, Learned& learned) {
+    for (const UntestedColumn& each : made.untested) {
+        throw InputError(fmt::format("{}: the column \"{}\" {}", learned.name, Shortened(each.name),
+                                     each.problem));
+    }
+    if (made.summary.stats.GetVarCount() == 0) {
+        throw InputError(learned.name + ": the table has no column of the reference");
+    }
+    for (std::string& remark : made.remarks) learned.documentRemarks.push_back(std::move(remark));
+    for (std::string& remark : AbsentColumns(bins, made.summary, learned.name)) {
+        learned.documentRemarks.push_back(std::move(remark));
+    }
+    learned.unreadableFiles.resize(made.summary.stats.GetVarCount());
+    learned.reference = std::move(made.summary);
+}
+
+Learned LearnOfAnswers(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel) {
+    Learned learned;
+    if (options.binsOfPath.empty()) {
+        LearnedReference reference =
+            LearnFromAnswers(options.table, options.data, learned.name, progress, cancel);
+        learned.reference = std::move(reference.reference);
+        learned.data = std::move(reference.data);
+    } else {
+        if (options.table.answerPaths.size() > 1) throw UsageError("--answers is given twice");
+        InputFile file(options.binsOfPath, progress, cancel);
+        const Document document = LoadReference(file);
+        Reference bins = ReferenceIn(document, options.data.columns.ignored);
+        SettleMissing(options.data, "the reference of --bins-of has settled this", bins);
+        learned.documentRemarks = ContradictionsIn(bins, file.Name());
+        const Answers answers = LoadAnswers(options.table.answerPaths.front(), progress, cancel);
+        RequireAnswerTo(HeadOfCheck(document, options.table, options.data.columns), answers);
+        learned.name = SourceName(answers.head.source);
+        TakeTable(bins, SummariseAnswers(bins, answers), learned);
+    }
+    learned.reference.application = ThisProgram();
+    return learned;
+}
+
 Learned LearnOfTable(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
                      std::ostream* log) {
     Learned learned;
@@ -160,20 +202,7 @@ Learned LearnOfTable(const LearnOptions& options, Progress& progress, MCQueryCan
     RequireColumns(options.data.ignoredByOption, {&known, &columns},
                    table.Name() + ": the table has no column");
     if (bins) {
-        TableSummary made = SummariseTable(*bins, table);
-        for (const UntestedColumn& each : made.untested) {
-            throw InputError(fmt::format("{}: the column \"{}\" {}", table.Name(),
-                                         Shortened(each.name), each.problem));
-        }
-        if (made.summary.stats.GetVarCount() == 0) {
-            throw InputError(table.Name() + ": the table has no column of the reference");
-        }
-        learned.documentRemarks = std::move(made.remarks);
-        for (std::string& remark : AbsentColumns(*bins, made.summary, table.Name())) {
-            learned.documentRemarks.push_back(std::move(remark));
-        }
-        learned.unreadableFiles.resize(made.summary.stats.GetVarCount());
-        learned.reference = std::move(made.summary);
+        TakeTable(*bins, SummariseTable(*bins, table), learned);
     } else {
         LearnedReference reference =
             LearnTable(table, options.data.columns, options.data.Missing());
@@ -188,6 +217,7 @@ Learned LearnOfTable(const LearnOptions& options, Progress& progress, MCQueryCan
 
 Learned Learn(const LearnOptions& options, Progress& progress, MCQueryCancel& cancel,
               std::ostream* log) {
+    if (!options.table.answerPaths.empty()) return LearnOfAnswers(options, progress, cancel);
     if (options.table.sql) return LearnOfTable(options, progress, cancel, log);
     const std::vector<std::string>& paths = options.dataPaths;
     const auto inputs = std::count(paths.begin(), paths.end(), "-");

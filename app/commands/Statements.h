@@ -7,6 +7,7 @@
 #include "app/base/Progress.h"
 #include "app/commands/DataOptions.h"
 #include "app/commands/ReferenceFile.h"
+#include "app/data/LearnReference.h"
 #include "app/sql/Answers.h"
 #include "app/sql/Statement.h"
 
@@ -28,6 +29,10 @@ std::string PrintedStatement(const StatementOptions& options, Progress& progress
 /// not name it, and the engine is that of the answer.
 StatementHead HeadOfCheck(const Document& reference, const TableOptions& table,
                           const ColumnChoices& columns);
+
+/// Learns from the answers of all rounds. Throws UsageError, InputError, Cancelled.
+LearnedReference LearnFromAnswers(const TableOptions& table, const DataOptions& data,
+                                  std::string& name, Progress& progress, MCQueryCancel& cancel);
 
 /// Reads the answers that a client has printed. Throws InputError, Cancelled.
 Answers LoadAnswers(const std::string& path, Progress& progress, MCQueryCancel& cancel);

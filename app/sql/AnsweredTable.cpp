@@ -9,6 +9,7 @@
 #include "app/base/Errors.h"
 #include "app/base/Printable.h"
 #include "app/base/ShellText.h"
+#include "app/sql/LearnedColumns.h"
 
 using MADocuments::MissingTokens;
 using MADocuments::Reference;
@@ -76,6 +77,143 @@ TableSummary SummariseAnswers(const Reference& reference, const Answers& answers
     made.summary = SummaryLike(reference, columns, taken.rows, SourceName(answers.head.source));
     made.untested = UntestedColumns(columns);
     return made;
+}
+
+namespace {
+
+// What is asked of a column of which the type is known.
+StatementColumn ColumnToLearn(const ResultColumn& source, Choice choice) {
+    using Groups = StatementColumn::Groups;
+    StatementColumn column;
+    column.name = source.name;
+    column.storage = source.storage;
+    if (choice == Choice::Ignored) return column;
+    const bool isCategorical = choice == Choice::Categorical;
+    switch (source.storage) {
+        case Storage::Double:
+        case Storage::Number:
+            column.hasNumbers = !isCategorical;
+            break;
+        case Storage::Boolean:
+            column.hasNumbers = choice == Choice::Continuous;
+            break;
+        case Storage::Any:
+            column.hasNumbers = true;
+            column.groups =
+                isCategorical ? Groups::TextsAndNumbers : Groups::NumbersOnlyBesideTexts;
+            break;
+        default:
+            break;
+    }
+    column.hasMoments = column.hasNumbers;
+    if (!column.hasNumbers) column.groups = Groups::All;
+    return column;
+}
+
+}  // namespace
+
+LearningRounds::LearningRounds(const ColumnChoices& choices, const MissingTokens& missing)
+    : mChoices(choices), mMissing(missing) {}
+
+void LearningRounds::Take(const Answers& answers) {
+    mName = SourceName(answers.head.source);
+    switch (mAnswered++) {
+        case 0:
+            TakeColumns(answers);
+            break;
+        case 1:
+            TakeValues(answers);
+            break;
+        default:
+            TakeBins(answers);
+    }
+}
+
+std::string LearningRounds::Statement(const StatementHead& head) const {
+    return mAnswered == 0 ? WriteColumnsStatement(head) : WriteStatement(head, mAsked);
+}
+
+void LearningRounds::TakeColumns(const Answers& answers) {
+    mSources = app::TakeColumns(answers);
+    RequireDifferentNames(mSources, mChoices, mName);
+    mByColumn = ChoicesByColumn(app::NamesOf(mSources), mChoices);
+    mColumns.resize(mSources.size());
+    mSettled.resize(mSources.size());
+    for (std::size_t i = 0; i < mSources.size(); ++i) {
+        mColumns[i].column.name = mSources[i].name;
+        mColumns[i].storage = mSources[i].storage;
+        mSettled[i].column = mColumns[i].column;
+        // Of columns of any type it is settled when it is known what they hold.
+        if (mSources[i].storage != Storage::Any || mByColumn[i] == Choice::Ignored) {
+            SettleByType(mByColumn[i], mSources[i], false, mColumns[i], mSettled[i]);
+        }
+        mAsked.push_back(ColumnToLearn(mSources[i], mByColumn[i]));
+    }
+    RequireNoProblems(mColumns, mName);
+}
+
+void LearningRounds::TakeValues(const Answers& answers) {
+    StatementAnswer taken = TakeAnswers(answers, mAsked);
+    mRows = taken.rows;
+    for (std::size_t i = 0; i < mColumns.size(); ++i) {
+        if (mByColumn[i] == Choice::Ignored) continue;
+        AnsweredColumn& each = mColumns[i];
+        AnsweredType& type = taken.types[i];
+        const bool hasTexts = type.texts > 0;
+        if (each.storage == Storage::Any) {
+            SettleByType(mByColumn[i], mSources[i], hasTexts, each, mSettled[i]);
+        }
+        TakeColumn(taken, i, mMissing, each);
+        bool areNumbersCategories = each.column.kind == ColumnKind::NumberCategory;
+        if (IsOpen(mByColumn[i], each, hasTexts)) {
+            areNumbersCategories =
+                SettleByTexts(mByColumn[i], each.answer.count, mMissing, each, mSettled[i]);
+        } else if (type.hasTooManyGroups && each.storage == Storage::Text) {
+            each.problem = TooManyTexts(each.column);
+        }
+        if (each.storage != Storage::Any || each.column.kind == ColumnKind::Continuous) continue;
+        if (areNumbersCategories && type.hasTooManyNumbers) {
+            each.problem = TooManyCategories(each.column);
+        }
+        if (areNumbersCategories) {
+            each.answer.groups.insert(each.answer.groups.end(), type.numbers.begin(),
+                                      type.numbers.end());
+        }
+        each.answer.count = 0;
+    }
+    RequireNoProblems(mColumns, mName);
+    RequireRows(mRows, mName);
+    RequireColumnsLeft(mColumns, mName);
+    FindProblems(mColumns, mMissing);
+    RequireNoProblems(mColumns, mName);
+    ComputeCutPoints(mColumns, mRows, mMissing);
+    RequireNoProblems(mColumns, mName);
+    AskBins();
+}
+
+void LearningRounds::AskBins() {
+    for (std::size_t i = 0; i < mColumns.size(); ++i) {
+        StatementColumn asked;
+        asked.name = mSources[i].name;
+        asked.storage = mSources[i].storage;
+        asked.hasNumbers = mColumns[i].answer.count > 0 && !mColumns[i].cutPoints.empty();
+        if (asked.hasNumbers) asked.cutPoints = mColumns[i].cutPoints;
+        mAsked[i] = std::move(asked);
+    }
+}
+
+void LearningRounds::TakeBins(const Answers& answers) {
+    StatementAnswer taken = TakeAnswers(answers, mAsked);
+    if (taken.rows != mRows) RefuseChangedTable(mName);
+    for (std::size_t i = 0; i < mColumns.size(); ++i) {
+        if (!mAsked[i].hasNumbers) continue;
+        if (taken.columns[i].count != mColumns[i].answer.count) RefuseChangedTable(mName);
+        mColumns[i].answer.atMost = std::move(taken.columns[i].atMost);
+    }
+}
+
+LearnedReference LearningRounds::Learned() {
+    return ReferenceOf(mColumns, std::move(mSettled), mRows, mMissing, mName);
 }
 
 }  // namespace app

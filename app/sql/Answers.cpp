@@ -273,6 +273,8 @@ private:
     [[noreturn]] void RefuseLine(const AnswerLine& row) const;
     void RequireAll() const;
     void Require(std::size_t column, std::string_view part, const std::string& key) const;
+    [[noreturn]] void RefuseGroups(const StatementColumn& column, std::uint64_t found,
+                                   std::uint64_t expected) const;
     void Settle(std::size_t i);
 
     using Place = std::tuple<std::size_t, std::string, std::string>;
@@ -292,7 +294,8 @@ void Taker::RefuseLine(const AnswerLine& row) const {
 }
 
 void Taker::TakeLine(const AnswerLine& row) {
-    const bool isGroup = row.part == AnswerRow::kGroup || row.part == AnswerRow::kNull;
+    const bool isGroup = row.part == AnswerRow::kGroup || row.part == AnswerRow::kNull ||
+                         row.part == AnswerRow::kNumber;
     const std::optional<Part> part = PartNamed(row.part);
     const bool hasPlace = row.part == AnswerRow::kRows || part == Part::AtMost || isGroup;
     if (row.column > mColumns.size()) RefuseLine(row);
@@ -347,12 +350,14 @@ void Taker::TakePart(const AnswerLine& row, Part part) {
 
 void Taker::TakeGroup(const AnswerLine& row) {
     if (mColumns[row.column - 1].groups == StatementColumn::Groups::None) RefuseLine(row);
-    mTaken.types[row.column - 1].grouped += row.count;
+    AnsweredType& type = mTaken.types[row.column - 1];
+    const bool isNumber = row.part == AnswerRow::kNumber;
+    (isNumber ? type.numbersGrouped : type.grouped) += row.count;
     if (row.part == AnswerRow::kNull) return;
     // The empty text has no digits, and clients that show NULL as nothing show it alike.
     const std::optional<Key> key = DecodeKey(row.key.value_or(""));
     if (!key) RefuseLine(row);
-    mTaken.columns[row.column - 1].groups.push_back({*key, row.count});
+    (isNumber ? type.numbers : mTaken.columns[row.column - 1].groups).push_back({*key, row.count});
 }
 
 void Taker::Require(std::size_t column, std::string_view part, const std::string& key) const {
@@ -390,24 +395,36 @@ void Taker::RequireAll() const {
     }
 }
 
+void Taker::RefuseGroups(const StatementColumn& column, std::uint64_t found,
+                         std::uint64_t expected) const {
+    throw InputError(fmt::format(
+        "{}: the groups of column \"{}\" are of {} values, and not of {}; is the answer whole? Or "
+        "the table changed meanwhile",
+        mAnswers.fileName, Shortened(column.name), found, expected));
+}
+
 // What belongs together in the answer of a column.
 void Taker::Settle(std::size_t i) {
     const StatementColumn& column = mColumns[i];
     ColumnAnswer& answer = mTaken.columns[i];
     AnsweredType& type = mTaken.types[i];
     type.hasTooManyGroups = answer.groups.size() > MaxCategories();
+    type.hasTooManyNumbers = type.numbers.size() > MaxCategories();
+    const bool hasNumberGroups =
+        column.groups == StatementColumn::Groups::TextsAndNumbers ||
+        (column.groups == StatementColumn::Groups::NumbersOnlyBesideTexts && type.texts > 0);
+    if (hasNumberGroups && type.numbersGrouped != answer.count && !type.hasTooManyNumbers) {
+        RefuseGroups(column, type.numbersGrouped, answer.count);
+    }
     std::optional<std::uint64_t> expected;
     if (column.groups == StatementColumn::Groups::All) {
         expected = *mRows;
-    } else if (column.groups == StatementColumn::Groups::Texts) {
+    } else if (column.groups != StatementColumn::Groups::None) {
         if (TellsTexts(mAnswers.head.engine, column)) expected = type.texts;
         if (type.storage == Storage::Text) expected = *mRows;
     }
     if (expected && type.grouped != *expected && !type.hasTooManyGroups) {
-        throw InputError(fmt::format(
-            "{}: the groups of column \"{}\" are of {} values, and not of {}; is the answer whole? "
-            "Or the table changed meanwhile",
-            mAnswers.fileName, Shortened(column.name), type.grouped, *expected));
+        RefuseGroups(column, type.grouped, *expected);
     }
     // Engines make some number of any text, and have a smallest of none.
     if (answer.count == 0 || type.storage == Storage::Text) {
@@ -478,6 +495,34 @@ void RequireAnswerTo(const StatementHead& asked, const Answers& answers) {
     if (head.earlier != asked.earlier) {
         refuse("this is no answer to the statement that the answers before it led to");
     }
+}
+
+std::vector<ResultColumn> TakeColumns(const Answers& answers) {
+    std::map<std::size_t, ResultColumn> found;
+    for (const AnswerLine& row : answers.lines) {
+        const auto key = row.part == AnswerRow::kColumn && row.column > 0
+                             ? DecodeColumnKey(row.key.value_or(""))
+                             : std::nullopt;
+        if (!key || key->first.empty()) {
+            Refuse(answers.fileName, row.line, "this row is no column's");
+        }
+        const Storage storage = StorageOfType(answers.head.engine, key->second);
+        if (!found.emplace(row.column, ResultColumn{key->first, storage, key->second}).second) {
+            Refuse(answers.fileName, row.line,
+                   fmt::format("column {} stands twice; is the answer there twice, or are there "
+                               "two tables of the name? SCHEMA.TABLE tells them apart",
+                               row.column));
+        }
+    }
+    if (found.empty()) {
+        throw InputError(fmt::format(
+            "{}: the engine knows no columns of the {}; is the name spelled as the engine has it, "
+            "and in this schema?",
+            answers.fileName, Shortened(answers.head.source, 60)));
+    }
+    std::vector<ResultColumn> columns;
+    for (auto& [number, column] : found) columns.push_back(std::move(column));
+    return columns;
 }
 
 StatementAnswer TakeAnswers(const Answers& answers, const std::vector<StatementColumn>& columns) {

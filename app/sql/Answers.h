@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/base/InputFile.h"
+#include "app/sql/Connection.h"
 #include "app/sql/Statement.h"
 
 namespace app {
@@ -51,6 +52,9 @@ struct AnsweredType {
     std::uint64_t texts = 0;         ///< Values that are texts.
     std::uint64_t grouped = 0;       ///< Those that were grouped, NULL among them.
     bool hasTooManyGroups = false;
+    std::vector<Group> numbers = {};  ///< The numbers that were grouped apart from texts.
+    std::uint64_t numbersGrouped = 0;
+    bool hasTooManyNumbers = false;
 };
 
 /// All that was answered to a statement.
@@ -59,6 +63,9 @@ struct StatementAnswer {
     std::vector<ColumnAnswer> columns;  ///< In the order of those asked for.
     std::vector<AnsweredType> types;    ///< The same.
 };
+
+/// The columns of a table, as WriteColumnsStatement asks for them. The same exceptions.
+std::vector<ResultColumn> TakeColumns(const Answers& answers);
 
 /// Takes the answers to a statement about these columns. Throws InputError, with the line where
 /// there is one, for rows that stand twice, are missing or were not asked for, and for counts that

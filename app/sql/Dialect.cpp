@@ -180,6 +180,25 @@ std::string Dialect::Table(std::string_view name) const {
     }
 }
 
+std::vector<std::string> Dialect::PartsOf(std::string_view table) const {
+    const bool isQuoted = !table.empty() && table.front() == Quote();
+    std::vector<std::string> parts(1);
+    bool isWithin = false;
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const char c = table[i];
+        if (isQuoted && c == Quote()) {
+            const bool isDoubled = isWithin && i + 1 < table.size() && table[i + 1] == c;
+            if (isDoubled) parts.back() += table[++i];
+            if (!isDoubled) isWithin = !isWithin;
+        } else if (c == '.' && !isWithin) {
+            parts.emplace_back();
+        } else {
+            parts.back() += c;
+        }
+    }
+    return parts;
+}
+
 std::string Dialect::Text(std::string_view text) {
     std::string quoted = "'";
     for (const char c : text) {

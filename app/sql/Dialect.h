@@ -57,6 +57,8 @@ public:
     std::string Query(std::string_view select) const;
     /// A column of either. No engine takes it for anything else if there is no such column.
     std::string Column(std::string_view name) const;
+    /// The parts of such a name, without quotes.
+    std::vector<std::string> PartsOf(std::string_view table) const;
     /// A text between quotes. It may hold no control characters and no backslash.
     static std::string Text(std::string_view text);
 

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 #include "app/base/Errors.h"
@@ -79,6 +79,19 @@ std::string Join(const std::vector<std::string>& texts, const std::string& betwe
     return joined;
 }
 
+std::vector<Row> HeadRows(const StatementHead& head) {
+    const auto row = [](std::string_view part, const std::string& key) {
+        return Row{0, std::string(part), key, "", ""};
+    };
+    std::vector<Row> rows = {
+        row(AnswerRow::kAccredit, std::string(kAnswerVersion)), row(AnswerRow::kRound, head.round),
+        row(AnswerRow::kDialect, Dialect(head.engine, Dialect::Numbers::Literal).Name()),
+        row(AnswerRow::kSource, Hex(head.source)), row(AnswerRow::kOptions, head.options)};
+    if (!head.reference.empty()) rows.push_back(row(AnswerRow::kReference, head.reference));
+    if (!head.earlier.empty()) rows.push_back(row(AnswerRow::kEarlier, head.earlier));
+    return rows;
+}
+
 class Writer {
 public:
     Writer(const StatementHead& head, const std::vector<StatementColumn>& columns);
@@ -103,7 +116,6 @@ private:
     std::string Summed(std::size_t i) const;
     Expression Deviation(std::size_t i, const std::string& from) const;
     std::string Square(const std::string& deviation) const;
-    std::vector<Row> HeadRows() const;
     std::vector<Row> RowsOf(const Piece& piece) const;
     void AddCommon(const Piece& piece);
     std::string EndsOf(std::size_t i) const;
@@ -111,7 +123,9 @@ private:
     std::string Rotated(const std::vector<Row>& rows, const std::string& from) const;
     std::string CentersOf(const Piece& piece) const;
     std::string ClickHousePart(const Piece& piece) const;
-    std::string GroupPart(std::size_t i, bool texts) const;
+    enum class Grouped { All, Texts, Numbers };
+    std::string GroupPart(std::size_t i, Grouped grouped, bool onlyBesideTexts) const;
+    void AddGroups(std::size_t i);
     std::string Union(std::vector<std::string> parts) const;
 
     const StatementHead& mHead;
@@ -205,24 +219,11 @@ std::string Writer::Square(const std::string& deviation) const {
     return side + " * " + side;
 }
 
-std::vector<Row> Writer::HeadRows() const {
-    const auto row = [](std::string_view part, const std::string& key) {
-        return Row{0, std::string(part), key, "", ""};
-    };
-    std::vector<Row> rows = {
-        row(AnswerRow::kAccredit, std::string(kAnswerVersion)), row(AnswerRow::kRound, mHead.round),
-        row(AnswerRow::kDialect, mDialect.Name()), row(AnswerRow::kSource, Hex(mHead.source)),
-        row(AnswerRow::kOptions, mHead.options)};
-    if (!mHead.reference.empty()) rows.push_back(row(AnswerRow::kReference, mHead.reference));
-    if (!mHead.earlier.empty()) rows.push_back(row(AnswerRow::kEarlier, mHead.earlier));
-    return rows;
-}
-
 std::vector<Row> Writer::RowsOf(const Piece& piece) const {
     const std::string sums = IsClickHouse() ? "" : fmt::format("accredit_center{}.", piece.number);
     const std::string more = IsClickHouse() ? "" : fmt::format("accredit_more{}.", piece.number);
     std::vector<Row> rows;
-    if (piece.isFirst) rows = HeadRows();
+    if (piece.isFirst) rows = HeadRows(mHead);
     const auto addRows = [&](const std::string& from, const char* scan) {
         rows.push_back({0, std::string(AnswerRow::kRows), fmt::format("{}{}", piece.number, scan),
                         "", from + "accredit_rows"});
@@ -412,37 +413,56 @@ std::string Writer::ClickHousePart(const Piece& piece) const {
 
 // Equal values of a column, NULL among them, with how many they are. More than may be kept are a
 // sign that they are too many.
-std::string Writer::GroupPart(std::size_t i, bool texts) const {
+std::string Writer::GroupPart(std::size_t i, Grouped grouped, bool onlyBesideTexts) const {
     const StatementColumn& column = mColumns[i];
-    const std::string key = mDialect.AsKey(Quoted(i), column.storage);
+    const std::string quoted = Quoted(i);
+    const std::string key = mDialect.AsKey(quoted, column.storage);
     std::string from = mFrom;
-    if (texts && mHead.engine == Engine::Sqlite) {
-        // The other table is looked at first, so that columns without texts are not read again.
-        from = fmt::format(
-            "accredit_center{0} CROSS JOIN {1} WHERE accredit_center{0}.accredit_t{2} "
-            "> 0 AND {3}",
-            mPieceOf[i], mFrom, i, mDialect.IsText(Quoted(i)));
-    } else if (texts && mHead.engine == Engine::MySql) {
+    if (grouped != Grouped::All && mHead.engine == Engine::MySql) {
         from = fmt::format(
             "(SELECT {} AS accredit_type) accredit_guard STRAIGHT_JOIN {} ON "
             "accredit_guard.accredit_type = 'text'",
-            mDialect.TypeOf(Quoted(i), mFrom), mFrom);
+            mDialect.TypeOf(quoted, mFrom), mFrom);
+    } else if (grouped != Grouped::All) {
+        const std::string condition =
+            grouped == Grouped::Texts ? mDialect.IsText(quoted)
+                                      : fmt::format("typeof({}) IN ('integer', 'real')", quoted);
+        // The other table is looked at first, so that columns without texts are not read again.
+        from = onlyBesideTexts ? fmt::format(
+                                     "accredit_center{0} CROSS JOIN {1} WHERE "
+                                     "accredit_center{0}.accredit_t{2} > 0 AND {3}",
+                                     mPieceOf[i], mFrom, i, condition)
+                               : fmt::format("{} WHERE {}", mFrom, condition);
     }
     const std::string shown = mDialect.ShownKey("accredit_value", column.storage);
     const std::string groups = fmt::format(
         "SELECT {0} AS accredit_value, COUNT(*) AS accredit_cases FROM {1} GROUP BY {0}{2}", key,
         from, mDialect.Limit(MaxCategories() + 2));
+    const std::string_view part =
+        grouped == Grouped::Numbers ? AnswerRow::kNumber : AnswerRow::kGroup;
     if (IsClickHouse()) {
         return fmt::format(
             "SELECT toUInt32({}) AS accredit_column, if(isNull(accredit_value), '{}', '{}') AS "
             "accredit_part, ifNull({}, '') AS accredit_key, toUInt64(accredit_cases) AS "
             "accredit_count FROM ({})",
-            i + 1, AnswerRow::kNull, AnswerRow::kGroup, shown, groups);
+            i + 1, AnswerRow::kNull, part, shown, groups);
     }
     return fmt::format(
         "SELECT {}, CASE WHEN accredit_value IS NULL THEN '{}' ELSE '{}' END, {}, accredit_cases "
         "FROM ({}) accredit_groups",
-        i + 1, AnswerRow::kNull, AnswerRow::kGroup, shown, groups);
+        i + 1, AnswerRow::kNull, part, shown, groups);
+}
+
+void Writer::AddGroups(std::size_t i) {
+    const StatementColumn& column = mColumns[i];
+    if (column.groups == Groups::All) mParts.push_back(GroupPart(i, Grouped::All, false));
+    if (column.groups == Groups::None || column.groups == Groups::All) return;
+    const bool isGuarded = mHead.engine == Engine::MySql && column.storage == Storage::Any;
+    if (!isGuarded && !TellsTexts(mHead.engine, column)) return;
+    mParts.push_back(GroupPart(i, Grouped::Texts, true));
+    if (column.groups == Groups::Texts) return;
+    mParts.push_back(
+        GroupPart(i, Grouped::Numbers, column.groups == Groups::NumbersOnlyBesideTexts));
 }
 
 std::string Writer::Union(std::vector<std::string> parts) const {
@@ -475,13 +495,7 @@ std::string Writer::Text() {
         first = ends[number];
     }
     for (std::size_t i = 0; i < mColumns.size(); ++i) {
-        const Groups groups = mColumns[i].groups;
-        const bool texts = groups == Groups::Texts && TellsTexts(mHead.engine, mColumns[i]);
-        const bool guarded = groups == Groups::Texts && mHead.engine == Engine::MySql &&
-                             mColumns[i].storage == Storage::Any;
-        if (groups == Groups::All || texts || guarded) {
-            mParts.push_back(GroupPart(i, groups == Groups::Texts));
-        }
+        AddGroups(i);
     }
     std::string sql = mCommon.empty() ? "" : "WITH " + Join(mCommon, ",\n") + "\n";
     sql += Union(std::move(mParts));
@@ -528,6 +542,137 @@ bool TellsType(Engine engine, const StatementColumn& column) {
 
 bool TellsTexts(Engine engine, const StatementColumn& column) {
     return engine == Engine::Sqlite && column.hasNumbers;
+}
+
+namespace {
+
+// Between the name and the type, where it is part of neither.
+constexpr std::string_view kBetween = ":";
+constexpr std::string_view kBetweenPercent = "]%[";
+
+std::string ColumnRows(const StatementHead& head, const std::string& table) {
+    const Dialect dialect(head.engine, Dialect::Numbers::Literal);
+    std::vector<std::string> parts = dialect.PartsOf(table);
+    for (const std::string& part : parts) RequirePlain(part, "--table:");
+    const std::string name = Dialect::Text(parts.back());
+    parts.pop_back();
+    const std::string schema = parts.empty() ? "" : Dialect::Text(parts.back());
+    const auto row = [](const std::string& number, const std::string& key) {
+        return fmt::format("SELECT {}, '{}', {}, 1 FROM ", number, AnswerRow::kColumn, key);
+    };
+    const auto hex = [&dialect](const std::string& text) {
+        return dialect.ShownKey(text, Storage::Text);
+    };
+    switch (head.engine) {
+        case Engine::PostgreSql:
+            return row("CAST(ROW_NUMBER() OVER (ORDER BY attnum) AS integer)",
+                       hex("CAST(attname AS text)") + " || ':' || " +
+                           hex("format_type(atttypid, NULL)")) +
+                   fmt::format(
+                       "pg_attribute WHERE attrelid = CAST({} AS regclass) AND attnum > 0 "
+                       "AND NOT attisdropped",
+                       Dialect::Text(dialect.Table(table)));
+        case Engine::MySql:
+            return row("ORDINAL_POSITION",
+                       fmt::format("CONCAT({}, ':', {})", hex("CONVERT(COLUMN_NAME USING utf8mb4)"),
+                                   hex("DATA_TYPE"))) +
+                   fmt::format(
+                       "information_schema.COLUMNS WHERE TABLE_NAME = {} AND TABLE_SCHEMA "
+                       "= {}",
+                       name, schema.empty() ? "DATABASE()" : schema);
+        case Engine::Sqlite:
+            return row("cid + 1", "hex(name) || ':' || hex(type)") +
+                   fmt::format("pragma_table_info({}{})", name,
+                               schema.empty() ? "" : ", " + schema);
+        case Engine::ClickHouse:
+            return fmt::format(
+                "SELECT toUInt32(rowNumberInAllBlocks() + 1) AS accredit_column, '{}' AS "
+                "accredit_part, concat(hex(name), ':', hex(type)) AS accredit_key, toUInt64(1) AS "
+                "accredit_count FROM system.columns WHERE table = {} AND database = {}",
+                AnswerRow::kColumn, name, schema.empty() ? "currentDatabase()" : schema);
+        case Engine::Ansi:
+            break;
+    }
+    return row("ORDINAL_POSITION", hex("COLUMN_NAME") + " || '%' || " + hex("DATA_TYPE")) +
+           "INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = " + name +
+           (schema.empty() ? "" : " AND TABLE_SCHEMA = " + schema);
+}
+
+bool Has(std::string_view text, std::initializer_list<std::string_view> parts) {
+    return std::any_of(parts.begin(), parts.end(), [text](std::string_view part) {
+        return text.find(part) != std::string_view::npos;
+    });
+}
+
+}  // namespace
+
+std::string WriteColumnsStatement(const StatementHead& head) {
+    const std::size_t blank = head.source.find(' ');
+    if (head.source.substr(0, blank) != "table") {
+        throw UsageError(
+            "--query: only of a table can the engine tell the columns; CREATE VIEW makes one of "
+            "the query");
+    }
+    std::vector<std::string> parts;
+    for (const Row& row : HeadRows(head)) {
+        const char* const form =
+            head.engine == Engine::ClickHouse
+                ? "SELECT toUInt32({}) AS accredit_column, {} AS accredit_part, {} AS "
+                  "accredit_key, toUInt64(1) AS accredit_count"
+            : head.engine == Engine::Ansi
+                ? "SELECT accredit_head.* FROM (VALUES ({}, {}, {}, 1)) accredit_head "
+                  "(accredit_column, accredit_part, accredit_key, accredit_count)"
+                : "SELECT {} AS accredit_column, {} AS accredit_part, {} AS accredit_key, 1 AS "
+                  "accredit_count";
+        parts.push_back(fmt::format(fmt::runtime(form), row.column, Dialect::Text(row.part),
+                                    Dialect::Text(row.key)));
+    }
+    parts.push_back(ColumnRows(head, head.source.substr(blank + 1)));
+    return Join(parts, "\nUNION ALL\n") + (head.engine == Engine::ClickHouse ? "\n" : ";\n");
+}
+
+std::optional<std::pair<std::string, std::string>> DecodeColumnKey(std::string_view key) {
+    std::size_t at = key.find(kBetweenPercent);
+    std::size_t end = at + kBetweenPercent.size() - 1;
+    if (at != std::string_view::npos) {
+        ++at;
+    } else {
+        at = key.find(kBetween);
+        end = at + kBetween.size();
+    }
+    if (at == std::string_view::npos) return std::nullopt;
+    const std::optional<Key> name = DecodeKey(key.substr(0, at));
+    const std::optional<Key> type = DecodeKey(key.substr(end));
+    if (!name || !type) return std::nullopt;
+    return std::make_pair(name->text, type->text);
+}
+
+Storage StorageOfType(Engine engine, std::string_view name) {
+    if (engine == Engine::Sqlite) return Storage::Any;
+    std::string type;
+    for (const char c : name) {
+        type += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    for (const std::string_view around : {"nullable(", "lowcardinality("}) {
+        if (engine == Engine::ClickHouse && type.rfind(around, 0) == 0 && type.back() == ')') {
+            type = type.substr(around.size(), type.size() - around.size() - 1);
+        }
+    }
+    if (Has(type, {"[]", "array", "tuple", "map(", "binary", "blob", "bytea", "range", "point"})) {
+        return Storage::Other;
+    }
+    if (type == "double precision" || type == "double" || type == "float64") return Storage::Double;
+    if (Has(type, {"bool"})) return Storage::Boolean;
+    if (Has(type, {"date", "time", "interval"})) return Storage::Date;
+    if (Has(type, {"char", "text", "string", "enum", "uuid", "clob", "json"}) || type == "name" ||
+        type == "set") {
+        return Storage::Text;
+    }
+    if (type == "year" ||
+        Has(type, {"int", "float", "real", "numeric", "decimal", "number", "double"})) {
+        return Storage::Number;
+    }
+    return Storage::Other;
 }
 
 std::string WriteStatement(const StatementHead& head, const std::vector<StatementColumn>& columns) {

@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/sql/Dialect.h"
@@ -19,8 +21,11 @@ struct StatementColumn {
     bool hasNumbers = false;        ///< How many numbers there are, and between what they lie.
     bool hasMoments = false;        ///< Their mean and deviation, besides.
     std::vector<double> cutPoints;  ///< Those up to which they are counted.
-    /// The values that are grouped: none, the texts beside numbers, or all.
-    enum class Groups { None, Texts, All } groups = Groups::None;
+    /// The values that are grouped. Of texts beside numbers it takes nothing where the type is
+    /// known to have none; numbers may be grouped apart from them, in any case or only where there
+    /// are texts.
+    enum class Groups { None, All, Texts, TextsAndNumbers, NumbersOnlyBesideTexts };
+    Groups groups = Groups::None;
 };
 
 /// What the first rows of an answer say, so that it is taken for nothing else.
@@ -46,7 +51,9 @@ inline constexpr std::string_view kRows = "rows";            ///< All rows, once
 inline constexpr std::string_view kType = "type";            ///< See Dialect::TypeOf.
 inline constexpr std::string_view kTexts = "texts";          ///< How many values are texts.
 inline constexpr std::string_view kGroup = "group";          ///< Equal values, by their key.
-inline constexpr std::string_view kNull = "null";            ///< The values that are not there.
+inline constexpr std::string_view kNumber = "number";        ///< The same of numbers.
+inline constexpr std::string_view kColumn = "column";  ///< A name and a type; see DecodeColumnKey.
+inline constexpr std::string_view kNull = "null";      ///< The values that are not there.
 }  // namespace AnswerRow
 
 /// The form of answers; another one is refused.
@@ -68,5 +75,13 @@ bool TellsTexts(Dialect::Engine engine, const StatementColumn& column);
 /// from 1 on, a part, a key and a count. Rows about all have the number 0. Throws UsageError for a
 /// name that cannot stand in a statement.
 std::string WriteStatement(const StatementHead& head, const std::vector<StatementColumn>& columns);
+
+/// One statement that asks for the names and the types of a table's columns: a row of each, with
+/// the key that DecodeColumnKey takes apart. Throws UsageError for a query in the place of a table.
+std::string WriteColumnsStatement(const StatementHead& head);
+/// The name and the type, as the engine calls it; nothing for any other text.
+std::optional<std::pair<std::string, std::string>> DecodeColumnKey(std::string_view key);
+/// How values of a type are stored.
+Storage StorageOfType(Dialect::Engine engine, std::string_view type);
 
 }  // namespace app

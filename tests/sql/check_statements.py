@@ -152,9 +152,20 @@ def comparable(report):
     return report, moments
 
 
+def numbers_of(values):
+    """The doubles, and those that texts spell."""
+    numbers = []
+    for value in values:
+        try:
+            numbers.append(float(value))
+        except (TypeError, ValueError):
+            pass
+    return numbers
+
+
 def exact_moments(values):
     """The mean and the sample deviation, as fractions and a double."""
-    numbers = [fractions.Fraction(v) for v in values if isinstance(v, float)]
+    numbers = [fractions.Fraction(v) for v in numbers_of(values)]
     if not numbers:
         return None, None
     mean = sum(numbers) / len(numbers)
@@ -216,6 +227,45 @@ class Checker:
             self.compare_moments(names, rows, moments, f"{client.dialect}: {label}")
             self.count += 1
 
+    def learn(self, client, names, rows, options=(), label="", types=None):
+        """Learns by rounds of statements, and compares with what is learned of the file."""
+        path, by_file, by_engine = map(self.path, ("train.csv", "file.pmml", "engine.pmml"))
+        write_csv(path, names, rows)
+        self.accredit("learn", path, *options, "--output", by_file)
+        client.load(names, rows, types)
+        answers = []
+        for number in range(3):
+            statement = self.accredit("sql", "--table", TABLE, "--dialect", client.dialect,
+                                      *options, *answers)
+            answer = self.answer(client, statement)
+            kept = self.path(f"answer{number}")
+            os.replace(answer, kept)
+            answers += ["--answers", kept]
+        self.accredit("learn", *answers, *options, "--output", by_engine)
+        expected, found = (json.loads(self.accredit("show", each, "--format", "json"))
+                           for each in (by_file, by_engine))
+        assert [v["name"] for v in expected["variables"]] == [v["name"] for v in found["variables"]]
+        for theirs, ours in zip(expected["variables"], found["variables"]):
+            where = f"{client.dialect}: {label}: {ours['name']}"
+            values = [row[names.index(ours["name"])] for row in rows]
+            for key in ("kind", "cases", "missing", "unreadable", "minimum", "maximum"):
+                assert theirs.get(key) == ours.get(key), f"{where}: {key}"
+            if ours["kind"] == "categorical":
+                sort = lambda v: sorted(map(str, v["categories"]))
+                assert sort(theirs) == sort(ours), f"{where}: categories"
+                continue
+            cuts = ours["cut_points"]
+            numbers = numbers_of(values)
+            counts = ours["frequencies"]
+            if cuts:
+                at_most = [sum(v <= c for v in numbers) for c in cuts] + [len(numbers)]
+                exact = [b - a for a, b in zip([0] + at_most, at_most)]
+                assert counts == exact, f"{where}: bins {counts}, not {exact}"
+        moments = {v["name"]: [v["mean"], v["standard_deviation"], None, None]
+                   for v in found["variables"] if v["kind"] != "categorical"}
+        self.compare_moments(names, rows, moments, f"{client.dialect}: {label}")
+        self.count += 1
+
     @staticmethod
     def compare_moments(names, rows, moments, label):
         for name, (mean, deviation, _, _) in moments.items():
@@ -258,6 +308,76 @@ def random_double(random_numbers):
             return value
 
 
+def check_types(checker, client, numbers):
+    """Texts, dates, NaN and infinities where numbers belong."""
+    dialect = client.dialect
+    names = ["x", "y"]
+    train = [[1e9 + numbers.gauss(0, 1), numbers.gauss(0, 1)] for _ in range(200)]
+    mixed = [[numbers.choice(["n/a", "zz", "", None, " 12.5", "1e3", 7.5, 1e9]), numbers.gauss(0, 1)]
+             for _ in range(90)]
+    texts = [[v if v is None or isinstance(v, str) else repr(v), y] for v, y in mixed]
+    if dialect == "sqlite":
+        checker.check(client, names, train, mixed, types=["", "REAL"], label="texts among numbers")
+        few = train + [["oops", 1.0]] + train * 5
+        checker.learn(client, names, few, types=["", "REAL"], label="a text among numbers")
+        many = [[numbers.choice(["a", "b", 1.5, 2.5]), 1.0 + i] for i in range(300)]
+        checker.learn(client, names, many, types=["", "REAL"], label="numbers among texts")
+    if dialect == "mysql":
+        checker.check(client, names, train, texts, types=["varchar(20)", "double"], label="texts")
+    if dialect in ("mysql", "sqlite"):
+        checker.learn(client, names, [[repr(x), y] for x, y in train],
+                      types=["varchar(40)", "double"], label="numbers as texts")
+    reference = checker.path("ref.pmml")
+    write_csv(checker.path("train.csv"), names, train)
+    checker.accredit("learn", checker.path("train.csv"), "--output", reference)
+    bad = {"sqlite": ["9e999", "-9e999"],
+           "postgresql": ["'NaN'", "'Infinity'", "'-Infinity'"],
+           "clickhouse": ["nan", "inf", "-inf"], "mysql": []}[dialect]
+    dated = {"mysql": ("date", "'2024-01-31'"),
+             "clickhouse": ("Date", "toDate('2024-01-31')")}.get(dialect)
+    cases = [(TYPES[dialect][0], value, "NaN or an infinity") for value in bad]
+    cases += [dated + ("holds dates",)] if dated else []
+    for kind, value, words in cases:
+        client.load(names, [], [kind, TYPES[dialect][0]])
+        client.execute([f"INSERT INTO {TABLE}{'_part' if client.nodes else ''} VALUES ({value}, 1)"])
+        statement = checker.accredit("sql", reference, "--table", TABLE, "--dialect", dialect)
+        report = json.loads(checker.accredit("check", reference, "--answers",
+                                             checker.answer(client, statement), "--format", "json",
+                                             status=(0, 1)))
+        assert words in report["variables"][0]["reason"], (dialect, value, report["variables"][0])
+        checker.count += 1
+    if dialect in ("postgresql", "clickhouse"):
+        client.load(names, [["n/a", 1.0]])
+        statement = checker.accredit("sql", reference, "--table", TABLE, "--dialect", dialect)
+        done = subprocess.run(client.command, input=statement, capture_output=True, text=True,
+                              shell=True, check=False)
+        assert done.returncode != 0, f"{dialect} takes a text for a number"
+    # A column that is not there is no text.
+    client.load(["x"], [[1.0]])
+    statement = checker.accredit("sql", reference, "--table", TABLE, "--dialect", dialect)
+    done = subprocess.run(client.command, input=statement, capture_output=True, text=True,
+                          shell=True, check=False)
+    assert done.returncode != 0, f"{dialect} takes a name for a text"
+    with open(checker.path("answer"), "w", encoding="utf-8") as file:
+        file.write(done.stdout + done.stderr)
+    checker.accredit("check", reference, "--answers", checker.path("answer"), status=2)
+    # Neither is an answer about another reference or with other options taken, nor one cut short.
+    client.load(names, train)
+    statement = checker.accredit("sql", reference, "--table", TABLE, "--dialect", dialect)
+    answer = checker.answer(client, statement)
+    checker.accredit("check", reference, "--answers", answer)
+    with open(answer, encoding="utf-8") as file:
+        lines = file.readlines()
+    for options, content, words in [
+            (["--ignore", "y"], lines, "other options"), (["--table", "t"], lines, "not the table"),
+            ([], lines[:-1], "missing"), ([], lines + lines[-1:], "twice"),
+            ([], lines + ["ERROR: out of memory\n"], "no row")]:
+        with open(answer, "w", encoding="utf-8") as file:
+            file.writelines(content)
+        error = checker.accredit("check", reference, "--answers", answer, *options, status=2)
+        assert words in error, f"{dialect}: {error}, not {words}"
+
+
 EDGES = [-1.7976931348623155e308, -1e23, -5e-324, 0.0, 5e-324, 2.0**-1022 - 5e-324, 2.0**-1022,
          2.0**-1022 + 5e-324, 0.1, 0.30000000000000004, 2.0**53, 2.0**53 + 2, 1e23,
          1.7976931348623155e308, 1.7976931348623157e308]
@@ -296,11 +416,15 @@ def check_dialect(checker, client):
     numbers = random.Random(7)
     names, train = nasty_table(numbers, 1500)
     _, new = nasty_table(numbers, 1200)
+    checker.learn(client, names, train, label="learn nasty texts")
+    checker.learn(client, names, train, ["--categorical", "whole", "--ignore", "offset",
+                                         "--missing", "no"], label="learn with options")
     checker.check(client, names, train, new, FORMS[client.dialect], label="nasty texts")
     checker.check(client, names, train, [], label="an empty table")
     checker.check(client, names, train, [[None] * len(names)] * 5,
                   types=[TYPES[client.dialect][n in ("kind", "flag")] for n in names],
                   label="nothing but NULL")
+    check_types(checker, client, numbers)
     check_literals(checker, client, numbers)
     wide = [f"c{i}" for i in range(500)]
     def row():
