@@ -167,17 +167,20 @@ std::string Dialect::Query(std::string_view select) const {
     return fmt::format("({}) {}", select.substr(0, last + 1), kRows);
 }
 
-std::string Dialect::Table(std::string_view name) const {
-    const std::string alias = HasAlias() ? std::string(" ") + kRows : std::string();
-    if (!name.empty() && name.front() == Quote()) return std::string(name) + alias;
+std::string Dialect::TableName(std::string_view name) const {
+    if (!name.empty() && name.front() == Quote()) return std::string(name);
     std::string quoted;
     for (;;) {
         const std::size_t point = name.find('.');
         quoted += Quoted(name.substr(0, point));
-        if (point == std::string_view::npos) return quoted + alias;
+        if (point == std::string_view::npos) return quoted;
         quoted += '.';
         name.remove_prefix(point + 1);
     }
+}
+
+std::string Dialect::Table(std::string_view name) const {
+    return HasAlias() ? TableName(name) + " " + kRows : TableName(name);
 }
 
 std::vector<std::string> Dialect::PartsOf(std::string_view table) const {

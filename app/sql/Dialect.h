@@ -50,8 +50,10 @@ public:
 
     /// A name between the engine's quotes, those within doubled.
     std::string Quoted(std::string_view name) const;
-    /// A table's name as it stands behind FROM; its parts are set apart by points, and one that
+    /// A table's name, whose parts are set apart by points, with quotes around each; one that
     /// begins with a quote is taken as it stands.
+    std::string TableName(std::string_view name) const;
+    /// The same as it stands behind FROM.
     std::string Table(std::string_view name) const;
     /// A query in the place of a table. A semicolon at its end does not count.
     std::string Query(std::string_view select) const;

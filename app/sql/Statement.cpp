@@ -571,7 +571,7 @@ std::string ColumnRows(const StatementHead& head, const std::string& table) {
                    fmt::format(
                        "pg_attribute WHERE attrelid = CAST({} AS regclass) AND attnum > 0 "
                        "AND NOT attisdropped",
-                       Dialect::Text(dialect.Table(table)));
+                       Dialect::Text(dialect.TableName(table)));
         case Engine::MySql:
             return row("ORDINAL_POSITION",
                        fmt::format("CONCAT({}, ':', {})", hex("CONVERT(COLUMN_NAME USING utf8mb4)"),
