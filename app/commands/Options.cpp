@@ -91,6 +91,9 @@ counts travel:
                          the table apart, so that each does its part
   --timeout SECONDS      what a query may take, 0 for no limit; 3600 if not given
   --verbose              show every query and its time on standard error
+Or the answers of its own client, where there is no driver:
+  --answers FILE         what its client printed for the statement of 'accredit
+                         sql REFERENCE'; with --table, about this table
 
 Result:
   --fail-on VERDICT      exit with status 1 if a variable is that or worse:
@@ -161,6 +164,11 @@ Files:
   --decimal-comma        numbers have a decimal comma: 1,5
   --config FILE          read options of columns and files from a file, a line
                          each: ignore = ["id", "day"]
+
+A database, in the place of DATA:
+  --answers FILE         what its client printed for the statements of 'accredit
+                         sql', three files in the order of the rounds; one with
+                         --bins-of
 
 Columns:
   --ignore COLUMN        leave a column out
@@ -260,6 +268,49 @@ Example:
 
 constexpr std::string_view kSqlHelp =
     R"(accredit sql - print what a database's own client is to run
+
+Usage: accredit sql [OPTIONS] REFERENCE --table NAME --dialect DIALECT
+       accredit sql [OPTIONS] --table NAME --dialect DIALECT [--answers FILE...]
+
+Where no connection can be had, the client of a database takes its place. This
+command prints one statement, the client runs it and prints the answer, and that
+is read instead of data. Only counts leave the database, never rows.
+
+With REFERENCE, which 'accredit learn' stored, the statement is that of a whole
+check; 'accredit check REFERENCE --answers FILE' reads its answer, and
+'accredit learn --bins-of REFERENCE --answers FILE' stores it. Without, it is
+that of the next of three rounds of learning; --answers names the answers of
+those before, and 'accredit learn --answers FILE' all three.
+
+  --table NAME           the table, SCHEMA.TABLE too; capital and small letters
+                         count; what begins with a quote stands as it is
+  --query SELECT         a query in its place, for a check
+  --dialect DIALECT      ansi, postgresql, mysql (and MariaDB), sqlite or
+                         clickhouse
+  --answers FILE         what the client printed in an earlier round; repeated
+                         for the second
+
+Columns, the same for the statement and for what reads its answer:
+  --ignore COLUMN        leave a column out; a column of the reference that the
+                         table does not have must be
+  --categorical COLUMN, --continuous COLUMN, --missing TOKEN,
+  --only-missing TOKEN   as for 'accredit learn', in all rounds
+
+  --config FILE          read options of columns from a file
+  -h, --help             show this help
+  --version              show the version
+
+Answers have commas, tabs, semicolons or upright lines between fields, with
+quotes or without, with headings or without. An answer that is cut short, or
+that belongs to another reference, table or round, is refused.
+
+Exit status: 0, or 2 for wrong usage, an unreadable file, an answer that is
+none, or an interrupt.
+
+Example:
+  accredit sql train.pmml --table sales --dialect sqlite >check.sql
+  sqlite3 -csv shop.db <check.sql >answer.csv
+  accredit check train.pmml --answers answer.csv
 )";
 
 double ParseValue(std::string_view option, std::string_view text) {
