@@ -156,6 +156,10 @@ counts travel:
                          the table apart, so that each does its part
   --timeout SECONDS      what a query may take, 0 for no limit; 3600 if not given
   --verbose              show every query and its time on standard error
+Or the answers of its own client, where there is no driver:
+  --answers FILE         what its client printed for the statements of 'accredit
+                         sql', three files in the order of the rounds; one with
+                         --bins-of
 
 Files:
   --delimiter CHAR       what stands between fields: one character, or 'tab'; if
@@ -164,11 +168,6 @@ Files:
   --decimal-comma        numbers have a decimal comma: 1,5
   --config FILE          read options of columns and files from a file, a line
                          each: ignore = ["id", "day"]
-
-A database, in the place of DATA:
-  --answers FILE         what its client printed for the statements of 'accredit
-                         sql', three files in the order of the rounds; one with
-                         --bins-of
 
 Columns:
   --ignore COLUMN        leave a column out
