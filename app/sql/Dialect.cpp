@@ -71,11 +71,15 @@ int HexDigit(char c) {
 // for.
 constexpr std::string_view kEscaped = "%\"',;\\\t\n\r";
 
-std::string PercentEncoded(const std::string& key) {
+// `engine` may have a function for control characters, which an editor or a pipe could change.
+std::string PercentEncoded(const std::string& key, Engine engine) {
     std::string sql = key;
     for (const char c : kEscaped) {
-        const std::string text = c == '\'' ? "''" : std::string(1, c);
-        sql = fmt::format("REPLACE({}, '{}', '%{:02X}')", sql, text, static_cast<unsigned char>(c));
+        const auto code = static_cast<unsigned char>(c);
+        const std::string text = engine == Engine::Sqlite && code < 0x20U
+                                     ? fmt::format("char({})", code)
+                                     : Dialect::Text(std::string(1, c));
+        sql = fmt::format("REPLACE({}, {}, '%{:02X}')", sql, text, code);
     }
     return fmt::format("'[' || {} || ']'", sql);
 }
@@ -288,14 +292,14 @@ std::string Dialect::ShownKey(const std::string& key, Storage storage) const {
             return fmt::format(
                 "CASE WHEN {0} IS NULL THEN NULL WHEN typeof({0}) = 'real' THEN {1} WHEN "
                 "typeof({0}) = 'blob' OR instr({0}, char(0)) > 0 THEN hex({0}) ELSE {2} END",
-                key, number, PercentEncoded(key));
+                key, number, PercentEncoded(key, mEngine));
         case Engine::MySql:
         case Engine::ClickHouse:
             return fmt::format("hex({})", key);
         case Engine::Ansi:
             break;
     }
-    return PercentEncoded(key);
+    return PercentEncoded(key, mEngine);
 }
 
 std::string Dialect::AsText(const std::string& number) const {
