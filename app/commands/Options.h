@@ -17,8 +17,8 @@ struct Message {
 };
 
 /// What the command line asks for.
-using Command = std::variant<Message, CheckOptions, LearnOptions, MergeOptions, ShowOptions,
-                             StatementOptions>;
+using Command =
+    std::variant<Message, CheckOptions, LearnOptions, MergeOptions, ShowOptions, StatementOptions>;
 
 /// Reads the command line. Throws UsageError.
 Command ParseCommandLine(int argc, const char* const* argv);
