@@ -75,7 +75,13 @@ bool HasBadNumbers(const ColumnAnswer& answer) {
 }
 
 bool NumberFigures::NeedsScale() const {
-    return mCount > 0 && mAnswer.scale.IsNone() && !std::isfinite(mAnswer.sum);
+    // MariaDB answers 0 for a sum that overflows.
+    constexpr double kLarge = 0x1p400;
+    constexpr double kSmall = 0x1p-400;
+    const double largest = std::max(std::abs(mMinimum), std::abs(mMaximum));
+    return mCount > 0 && mAnswer.scale.IsNone() &&
+           (!std::isfinite(mAnswer.sum) || largest >= kLarge ||
+            (largest < kSmall && largest > 0.0));
 }
 
 double NumberFigures::Center() const {

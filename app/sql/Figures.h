@@ -31,7 +31,8 @@ public:
     const std::string& ExampleOfUnreadable() const { return mExample; }
     double Minimum() const { return mMinimum; }
     double Maximum() const { return mMaximum; }
-    /// Whether the sum left the range of doubles, so that it must be asked for with a scale.
+    /// Whether the sum, or squares, may leave the range of doubles, so that they must be asked for
+    /// with a scale.
     bool NeedsScale() const;
     /// A number near the mean, scaled as the sum is; 0 without any.
     double Center() const;
