@@ -268,7 +268,7 @@ struct Connection::State {
     std::string password;
     SQLHENV env = nullptr;
     SQLHDBC dbc = nullptr;
-    Dialect::Engine engine = Dialect::Engine::Ansi;
+    Dialect dialect{Dialect::Engine::Ansi, Dialect::Numbers::Bound};
     std::string product;
     bool isConnected = false;
     bool readsNumbersAsText = false;
@@ -392,11 +392,13 @@ Connection::Connection(const SqlOptions& options, std::function<void()> wait, MC
     };
     State::Await(mState, static_cast<double>(kLoginSeconds), connect, [] {});
     state.isConnected = true;
-    state.engine = Dialect::EngineOf(state.Info(SQL_DBMS_NAME));
+    const std::string quote = state.Info(SQL_IDENTIFIER_QUOTE_CHAR);
+    state.dialect =
+        Dialect::ForConnection(state.Info(SQL_DBMS_NAME), quote.empty() ? ' ' : quote.front());
     state.product = state.Info(SQL_DBMS_NAME) + " " + state.Info(SQL_DBMS_VER);
     // One driver cuts numbers at 15 digits, and the other hands over the server's own.
-    state.readsNumbersAsText =
-        state.engine == Dialect::Engine::Sqlite || state.engine == Dialect::Engine::PostgreSql;
+    state.readsNumbersAsText = state.dialect.GetEngine() == Dialect::Engine::Sqlite ||
+                               state.dialect.GetEngine() == Dialect::Engine::PostgreSql;
     SQLSetConnectAttr(state.dbc, SQL_ATTR_ACCESS_MODE,
                       reinterpret_cast<SQLPOINTER>(SQL_MODE_READ_ONLY), 0);
     SQLSetConnectAttr(state.dbc, SQL_ATTR_TXN_ISOLATION,
@@ -407,7 +409,7 @@ Connection::Connection(const SqlOptions& options, std::function<void()> wait, MC
 
 Connection::~Connection() = default;
 
-Dialect::Engine Connection::Engine() const { return mState->engine; }
+const Dialect& Connection::GetDialect() const { return mState->dialect; }
 
 const std::string& Connection::Product() const { return mState->product; }
 
@@ -439,12 +441,12 @@ std::vector<ResultColumn> Connection::Describe(const std::string& sql) {
                             static_cast<SQLSMALLINT>(typeName.size()), &length, nullptr);
             const std::string called = Lower(typeName.data());
             // This is the name that one driver does not cut.
-            if (shared->engine == Dialect::Engine::Sqlite) {
+            if (shared->dialect.GetEngine() == Dialect::Engine::Sqlite) {
                 SQLColAttribute(handle, i, SQL_DESC_LABEL, name.data(),
                                 static_cast<SQLSMALLINT>(name.size()), &length, nullptr);
             }
             found.push_back({reinterpret_cast<const char*>(name.data()),
-                             StorageOf(type, called, shared->engine), called});
+                             StorageOf(type, called, shared->dialect.GetEngine()), called});
         }
         const std::lock_guard<std::mutex> lock(shared->handing);
         if (!shared->isGivenUp) columns = std::move(found);

@@ -72,7 +72,8 @@ public:
     Connection& operator=(const Connection&) = delete;
     ~Connection();
 
-    Dialect::Engine Engine() const;
+    /// What the engine understands.
+    const Dialect& GetDialect() const;
     /// The product and its version: "PostgreSQL 15.18".
     const std::string& Product() const;
 

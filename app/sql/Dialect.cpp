@@ -126,14 +126,20 @@ std::optional<Engine> Dialect::EngineNamed(std::string_view name) {
     return std::nullopt;
 }
 
-Engine Dialect::EngineOf(std::string_view productName) {
+Dialect Dialect::ForConnection(std::string_view productName, char quote) {
     const std::string name = Lower(productName);
     const auto has = [&name](const char* part) { return name.find(part) != std::string::npos; };
-    if (has("sqlite")) return Engine::Sqlite;
-    if (has("postgres")) return Engine::PostgreSql;
-    if (has("mariadb") || has("mysql")) return Engine::MySql;
-    if (has("clickhouse")) return Engine::ClickHouse;
-    return Engine::Ansi;
+    const Engine engine = has("sqlite")                    ? Engine::Sqlite
+                          : has("postgres")                ? Engine::PostgreSql
+                          : has("mariadb") || has("mysql") ? Engine::MySql
+                          : has("clickhouse")              ? Engine::ClickHouse
+                                                           : Engine::Ansi;
+    Dialect dialect(engine, Numbers::Bound);
+    if (engine != Engine::Ansi) return dialect;
+    // Nearly all know LIMIT, which is not in the standard; what is, few do.
+    dialect.mHasLimit = !has("oracle") && !has("db2");
+    dialect.mQuote = quote;
+    return dialect;
 }
 
 std::string Dialect::Name() const {
@@ -144,11 +150,13 @@ std::string Dialect::Name() const {
 }
 
 char Dialect::Quote() const {
+    if (mQuote != 0) return mQuote;
     return mEngine == Engine::MySql || mEngine == Engine::ClickHouse ? '`' : '"';
 }
 
 // In ClickHouse a backslash within quotes escapes what follows.
 std::string Dialect::Quoted(std::string_view name) const {
+    if (Quote() == ' ') return std::string(name);
     std::string quoted(1, Quote());
     for (const char c : name) {
         if (c == '\\' && mEngine == Engine::ClickHouse) quoted += c;
@@ -366,8 +374,8 @@ std::string Dialect::CountIf(const std::string& condition) const {
 }
 
 std::string Dialect::Limit(std::uint64_t rows) const {
-    return mEngine == Engine::Ansi ? fmt::format(" FETCH FIRST {} ROWS ONLY", rows)
-                                   : fmt::format(" LIMIT {}", rows);
+    return mHasLimit ? fmt::format(" LIMIT {}", rows)
+                     : fmt::format(" FETCH FIRST {} ROWS ONLY", rows);
 }
 
 std::optional<Key> DecodeKey(std::string_view shown) {

@@ -37,12 +37,14 @@ public:
     /// double.
     enum class Numbers { Bound, Literal };
 
-    Dialect(Engine engine, Numbers numbers) : mEngine(engine), mNumbers(numbers) {}
+    Dialect(Engine engine, Numbers numbers)
+        : mEngine(engine), mNumbers(numbers), mHasLimit(engine != Engine::Ansi) {}
+    /// That of an engine that calls itself so ("MariaDB") and quotes names with this character, or
+    /// not at all if it is a blank.
+    static Dialect ForConnection(std::string_view productName, char quote);
 
     /// The dialect of this name, as the option --dialect takes it.
     static std::optional<Engine> EngineNamed(std::string_view name);
-    /// That of an engine that calls itself so: "MariaDB".
-    static Engine EngineOf(std::string_view productName);
 
     Engine GetEngine() const { return mEngine; }
     /// As the option --dialect takes it.
@@ -102,6 +104,8 @@ private:
 
     Engine mEngine;
     Numbers mNumbers;
+    bool mHasLimit;
+    char mQuote = 0;  // 0 for that of the engine
 };
 
 /// What a group of equal values has in common.

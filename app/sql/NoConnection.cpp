@@ -4,6 +4,7 @@
 namespace app {
 
 struct Connection::State {
+    Dialect dialect{Dialect::Engine::Ansi, Dialect::Numbers::Bound};
     std::string product;
 };
 
@@ -20,7 +21,7 @@ Connection::Connection(const SqlOptions& /*options*/, std::function<void()> /*wa
 
 Connection::~Connection() = default;
 
-Dialect::Engine Connection::Engine() const { return Dialect::Engine::Ansi; }
+const Dialect& Connection::GetDialect() const { return mState->dialect; }
 
 const std::string& Connection::Product() const { return mState->product; }
 

@@ -44,13 +44,13 @@ TableQueries::TableQueries(const SqlOptions& options, Progress& progress, MCQuer
               mProgress.UpdateQuery(mName, mQuery, mExpected, seconds.count());
           },
           cancel),
-      mDialect(mConnection.Engine(), Dialect::Numbers::Bound),
+      mDialect(mConnection.GetDialect()),
       mFrom(options.table.empty() ? mDialect.Query(options.query) : mDialect.Table(options.table)),
       mShardBy(options.shardBy),
       mShard(options.shardBy.empty() ? "" : mDialect.Column(options.shardBy)) {
     Begin(options);
     // The driver of SQLite cuts names at points, unless there is a column of no table, too.
-    const bool isCut = mConnection.Engine() == Dialect::Engine::Sqlite;
+    const bool isCut = mDialect.GetEngine() == Dialect::Engine::Sqlite;
     mColumns = mConnection.Describe(
         fmt::format("SELECT *{} FROM {} WHERE 1 = 0", isCut ? ", 1 AS accredit_end" : "", mFrom));
     if (isCut) mColumns.pop_back();
@@ -68,7 +68,7 @@ TableQueries::TableQueries(const SqlOptions& options, Progress& progress, MCQuer
 void TableQueries::Begin(const SqlOptions& options) {
     std::vector<std::string> required;
     std::vector<std::string> wished;
-    switch (mConnection.Engine()) {
+    switch (mDialect.GetEngine()) {
         case Dialect::Engine::PostgreSql:
             required = {"SET TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY",
                         fmt::format("SET LOCAL lock_timeout = '{}s'", kLockSeconds)};
