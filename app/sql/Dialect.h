@@ -73,8 +73,9 @@ public:
     std::string AsDouble(std::string_view quoted, Storage storage) const;
     /// The same of a column without texts, of which it is known whether it has integers.
     std::string AsDoubleOf(std::string_view quoted, bool hasIntegers) const;
-    /// The value of a column as what `GROUP BY` tells apart byte by byte; where nodes group by
-    /// themselves, as the collation of the column does.
+    /// The value of a column as what `GROUP BY` tells apart byte by byte. Where nodes may group by
+    /// themselves, in a way that they understand, in PostgreSQL as the collation of the column
+    /// does.
     std::string AsKey(std::string_view quoted, Storage storage, bool isOnNodes = false) const;
     /// What shows a key, which may be NULL, so that no client and no driver changes it: a text by
     /// the hexadecimal digits of its UTF-8, a double by its digits behind an equals sign. See

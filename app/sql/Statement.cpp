@@ -416,7 +416,7 @@ std::string Writer::ClickHousePart(const Piece& piece) const {
 std::string Writer::GroupPart(std::size_t i, Grouped grouped, bool onlyBesideTexts) const {
     const StatementColumn& column = mColumns[i];
     const std::string quoted = Quoted(i);
-    const std::string key = mDialect.AsKey(quoted, column.storage);
+    const std::string key = mDialect.AsKey(quoted, column.storage, mHead.engine == Engine::MySql);
     std::string from = mFrom;
     if (grouped != Grouped::All && mHead.engine == Engine::MySql) {
         from = fmt::format(
@@ -574,8 +574,9 @@ std::string ColumnRows(const StatementHead& head, const std::string& table) {
                        Dialect::Text(dialect.TableName(table)));
         case Engine::MySql:
             return row("ORDINAL_POSITION",
-                       fmt::format("CONCAT({}, ':', {})", hex("CONVERT(COLUMN_NAME USING utf8mb4)"),
-                                   hex("DATA_TYPE"))) +
+                       fmt::format("CONCAT({}, ':', {})",
+                                   hex(dialect.AsKey("COLUMN_NAME", Storage::Text)),
+                                   hex(dialect.AsKey("DATA_TYPE", Storage::Text)))) +
                    fmt::format(
                        "information_schema.COLUMNS WHERE TABLE_NAME = {} AND TABLE_SCHEMA "
                        "= {}",

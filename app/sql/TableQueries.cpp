@@ -97,6 +97,12 @@ void TableQueries::Begin(const SqlOptions& options) {
         }
     }
     for (const std::string& statement : required) mConnection.Execute(statement);
+    mHasNodes = !options.shardBy.empty();
+    if (mDialect.GetEngine() != Dialect::Engine::MySql) return;
+    mConnection.Run({"SELECT COUNT(*) FROM information_schema.ENGINES WHERE ENGINE = 'SPIDER' AND "
+                     "SUPPORT <> 'NO'"},
+                    {ReadAs::Number},
+                    [this](const std::vector<SqlValue>& row) { mHasNodes = row[0].number > 0.0; });
 }
 
 void TableQueries::Expect(std::size_t queries) { mExpected = mQuery + queries; }

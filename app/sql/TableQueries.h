@@ -33,6 +33,8 @@ public:
     const Dialect& GetDialect() const { return mDialect; }
     /// The name of the column that tells the shards apart; empty for none.
     const std::string& ShardBy() const { return mShardBy; }
+    /// Whether nodes may answer by themselves.
+    bool HasNodes() const { return mHasNodes; }
     /// The rows that the first question has found. Every later one must find as many.
     std::uint64_t Rows() const { return mRows.value_or(0); }
 
@@ -72,6 +74,7 @@ private:
     std::string mFrom;
     std::string mShardBy;
     std::string mShard;  // the same between quotes
+    bool mHasNodes = false;
     std::vector<ResultColumn> mColumns;
     std::optional<std::uint64_t> mRows;
 };

@@ -157,16 +157,16 @@ bool Summariser::AskCategories(std::size_t i) {
         return mTable.AskGroups(dialect.AsDouble(quoted, storage), Storage::Double, "",
                                 columns[i].answer);
     }
-    return mTable.AskGroups(dialect.AsKey(quoted, storage, !mTable.ShardBy().empty()), storage, "",
+    return mTable.AskGroups(dialect.AsKey(quoted, storage, mTable.HasNodes()), storage, "",
                             columns[i].answer);
 }
 
 // The texts of a column of numbers, if it has any.
 bool Summariser::AskTexts(std::size_t i) {
     return !HasTexts(i) ||
-           mTable.AskGroups(mTable.GetDialect().AsKey(asked[i].quoted, columns[i].storage,
-                                                      !mTable.ShardBy().empty()),
-                            columns[i].storage, asked[i].texts, columns[i].answer);
+           mTable.AskGroups(
+               mTable.GetDialect().AsKey(asked[i].quoted, columns[i].storage, mTable.HasNodes()),
+               columns[i].storage, asked[i].texts, columns[i].answer);
 }
 
 void Summariser::AskNumbers() {
