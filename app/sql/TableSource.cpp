@@ -109,20 +109,23 @@ void Summariser::FindTypes() {
     std::vector<Question> questions;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (columns[i].storage != Storage::Any || !columns[i].problem.empty()) continue;
-        const std::string type = fmt::format("typeof({})", asked[i].quoted);
-        for (const char* const condition :
-             {" IN ('text', 'blob')", " = 'integer'", " IN ('integer', 'real')"}) {
-            const std::size_t column = 3 * i + questions.size() % 3;
-            questions.push_back({column, Part::Count, 0, {dialect.CountIf(type + condition)}});
+        const std::string& quoted = asked[i].quoted;
+        questions.push_back({3 * i, Part::Count, 0, {fmt::format("COUNT({})", quoted)}});
+        for (const auto& [column, type] : {std::pair{3 * i + 1, "integer"}, {3 * i + 2, "real"}}) {
+            questions.push_back(
+                {column,
+                 Part::Count,
+                 0,
+                 {dialect.CountIf(fmt::format("typeof({}) = '{}'", quoted, type))}});
         }
     }
     if (questions.empty()) return;
     std::vector<ColumnAnswer> answers(3 * columns.size());
     mTable.Ask(questions, answers);
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        asked[i].textCount = answers[3 * i].count;
         asked[i].integerCount = answers[3 * i + 1].count;
-        asked[i].numberCount = answers[3 * i + 2].count;
+        asked[i].numberCount = asked[i].integerCount + answers[3 * i + 2].count;
+        asked[i].textCount = answers[3 * i].count - asked[i].numberCount;
     }
 }
 
