@@ -9,6 +9,7 @@ Administration goes through sockets in the folder.
 """
 
 import argparse
+import contextlib
 import csv
 import glob
 import itertools
@@ -19,6 +20,7 @@ import secrets
 import shutil
 import signal
 import socket
+import sqlite3
 import subprocess
 import sys
 import time
@@ -117,6 +119,7 @@ class Engine:
     """Servers of one kind. Number 0 is the head, the others are the nodes behind it."""
 
     owner = None  # the user that runs them if we are root
+    reads_exactly = True  # texts as the doubles nearest to them
     ports_each = 1
     stop_signal = signal.SIGTERM
 
@@ -200,14 +203,30 @@ class Engine:
                     os.kill(pid, signal.SIGKILL)
             time.sleep(0.05)
 
+    def family(self, node):
+        """The processes of a server."""
+        return [self.pid(node), *children_of(self.pid(node))]
+
+    def clear_up(self, node):
+        """Removes what keeps a server that was killed from starting again."""
+
     def kill(self, node):
         """As if the machine of the node had died."""
         self.end([node], signal.SIGKILL, 0)
 
     def restart(self, node):
         self.end([node], self.stop_signal)
+        self.clear_up(node)
         self.launch(node)
         self.wait_for(node)
+
+    def drop(self, name, node=0):
+        """A table or a view, if there is one of this name."""
+        for kind in "VIEW", "TABLE":
+            try:
+                self.ask(f"DROP {kind} IF EXISTS {self.quoted(name)}", node)
+            except RuntimeError:
+                pass  # it is of the other kind
 
     def quoted(self, name):
         return self.quote + name.replace(self.quote, 2 * self.quote) + self.quote
@@ -215,12 +234,24 @@ class Engine:
     def declared(self, column):
         return self.types[column.kind]
 
+    def doubles(self, table, names):
+        """The numbers that the columns of a table hold, None for NULL, in an order of the engine's own."""
+        if not names:
+            return {}
+        rows = self.ask(f"SELECT {', '.join(map(self.quoted, names))} FROM {self.quoted(table)}").splitlines()
+        cells = zip(*(row.split("\t") for row in rows))
+        return {name: [None if cell == self.null else float(cell) for cell in column]
+                for name, column in zip(names, cells)}
+
     def definitions(self, columns):
         return ", ".join(f"{self.quoted(column.name)} {self.declared(column)}" for column in columns)
 
 
 class PostgreSQL(Engine):
     name = "postgresql"
+    dialect = "postgresql"
+    prints = ("--csv",)
+    null = ""
     owner = "postgres"
     stop_signal = signal.SIGINT
     quote = '"'
@@ -239,6 +270,11 @@ class PostgreSQL(Engine):
                     "shared_buffers": "256MB", "max_wal_size": "4GB"}
         return [self.program("postgres"), "-D", self.place(node),
                 *itertools.chain(*(("-c", f"{name}={value}") for name, value in settings.items()))]
+
+    def clear_up(self, node):
+        for left in self.place(node) + "/postmaster.pid", f"{self.folder}/.s.PGSQL.{self.port(node)}.lock":
+            if os.path.exists(left):
+                os.remove(left)
 
     def client(self, node=0, database="accredit"):
         """psql as the administrator."""
@@ -285,6 +321,9 @@ class PostgreSQL(Engine):
 
 class MariaDB(Engine):
     name = "mariadb"
+    dialect = "mysql"
+    prints = ("--batch",)
+    null = "NULL"
     owner = "mysql"
     quote = "`"
     types = {"whole": "bigint", "double": "double", "text": "varchar(255)"}
@@ -351,9 +390,12 @@ class ClickHouse(Engine):
     """Has no head: every node knows the others."""
 
     name = "clickhouse"
+    dialect = "clickhouse"
+    prints = ("--format", "CSV")
+    null = "\\N"
+    reads_exactly = False
     owner = "clickhouse"
     ports_each = 3
-    quote = "`"
     types = {"whole": "Int64", "double": "Float64", "text": "String"}
 
     def servers(self):
@@ -396,6 +438,9 @@ class ClickHouse(Engine):
     def set_up(self):
         pass
 
+    def quoted(self, name):
+        return "`" + name.replace("\\", "\\\\").replace("`", "\\`") + "`"
+
     def declared(self, column):
         plain = self.types[column.kind]
         return f"Nullable({plain})" if column.nullable else plain
@@ -414,6 +459,9 @@ class ClickHouse(Engine):
 
 class SQLite(Engine):
     name = "sqlite"
+    dialect = "sqlite"
+    prints = ("-csv",)
+    reads_exactly = False
     quote = '"'
     types = {"whole": "INTEGER", "double": "REAL", "text": "TEXT"}
 
@@ -435,6 +483,11 @@ class SQLite(Engine):
 
     def connection(self, _node=0):
         return f"sqlite:{self.file}"
+
+    def doubles(self, table, names):
+        with contextlib.closing(sqlite3.connect(self.file)) as connection:
+            return {name: [value for (value,) in connection.execute(
+                f"SELECT {self.quoted(name)} FROM {self.quoted(table)}")] for name in names}
 
     def load(self, path, table, columns):
         """The table, and TABLE_untyped as SQLite makes it by itself, of texts."""
