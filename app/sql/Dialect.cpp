@@ -176,7 +176,8 @@ std::string Dialect::Column(std::string_view name) const {
 
 std::string Dialect::Query(std::string_view select) const {
     const std::size_t last = select.find_last_not_of(" \t\r\n;");
-    return fmt::format("({}) {}", select.substr(0, last + 1), kRows);
+    // The query may end in a comment.
+    return fmt::format("({}\n) {}", select.substr(0, last + 1), kRows);
 }
 
 std::string Dialect::TableName(std::string_view name) const {

@@ -138,9 +138,10 @@ double NumberFigures::Deviation() const {
     }
     const auto n = static_cast<double>(mCount);
     const double squares = std::max(0.0, square - deviation * deviation / n);
-    // What overflows or vanishes in a pass over the values does so here, too.
-    const double unscaled = std::ldexp(squares, -2 * mAnswer.scale.exponent);
-    if (std::isinf(unscaled) || unscaled == 0.0) return unscaled;
+    // As large as that, the squares overflow in a pass over the values, too.
+    if (std::isinf(std::ldexp(squares, -2 * mAnswer.scale.exponent))) {
+        return std::numeric_limits<double>::infinity();
+    }
     return Unscaled(std::sqrt(squares / (n - 1.0)));
 }
 

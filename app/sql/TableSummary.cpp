@@ -141,6 +141,11 @@ Reference SummaryOf(const std::vector<AnsweredColumn>& columns, std::uint64_t ro
                 part.maximum = figures.Maximum();
                 part.mean = figures.Mean();
                 part.deviation = figures.Deviation();
+                // A reference has no bins where the squares of its deviations vanished; so do those
+                // of new data in a pass over the values.
+                if (each.cutPoints.empty() && part.deviation * part.deviation == 0.0) {
+                    part.deviation = 0.0;
+                }
             }
             if (!each.cutPoints.empty()) part.frequencies = figures.Bins(each.cutPoints);
             part.uncounted.unreadable = figures.Unreadable();
