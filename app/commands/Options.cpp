@@ -89,7 +89,7 @@ counts travel:
   --query SELECT         a query in its place: 'SELECT ... WHERE day = ...'
   --shard-by COLUMN      group every query by the column that tells the nodes of
                          the table apart, so that each does its part
-  --timeout SECONDS      what a query may take, 0 for no limit; 3600 if not given
+  --timeout SECONDS      what a query may take, 0 for no limit; else 3600
   --verbose              show every query and its time on standard error
 Or the answers of its own client, where there is no driver:
   --answers FILE         what its client printed for the statement of 'accredit
@@ -154,7 +154,7 @@ counts travel:
   --query SELECT         a query in its place: 'SELECT ... WHERE day = ...'
   --shard-by COLUMN      group every query by the column that tells the nodes of
                          the table apart, so that each does its part
-  --timeout SECONDS      what a query may take, 0 for no limit; 3600 if not given
+  --timeout SECONDS      what a query may take, 0 for no limit; else 3600
   --verbose              show every query and its time on standard error
 Or the answers of its own client, where there is no driver:
   --answers FILE         what its client printed for the statements of 'accredit

@@ -43,6 +43,7 @@ std::vector<StatementColumn> ColumnsToCheck(const Reference& reference) {
         column.hasNumbers = !reference.stats.IsCategorical(slot);
         column.hasMoments = column.hasNumbers;
         column.cutPoints = cutPoints[slot];
+        column.missing = NumbersAmong(reference.missing);
         column.groups =
             column.hasNumbers ? StatementColumn::Groups::Texts : StatementColumn::Groups::All;
         columns.push_back(std::move(column));
@@ -82,10 +83,12 @@ TableSummary SummariseAnswers(const Reference& reference, const Answers& answers
 namespace {
 
 // What is asked of a column of which the type is known.
-StatementColumn ColumnToLearn(const ResultColumn& source, Choice choice) {
+StatementColumn ColumnToLearn(const ResultColumn& source, Choice choice,
+                              const std::vector<double>& missing) {
     using Groups = StatementColumn::Groups;
     StatementColumn column;
     column.name = source.name;
+    column.missing = missing;
     column.storage = source.storage;
     if (choice == Choice::Ignored) return column;
     const bool isCategorical = choice == Choice::Categorical;
@@ -147,7 +150,7 @@ void LearningRounds::TakeColumns(const Answers& answers) {
         if (mSources[i].storage != Storage::Any || mByColumn[i] == Choice::Ignored) {
             SettleByType(mByColumn[i], mSources[i], false, mColumns[i], mSettled[i]);
         }
-        mAsked.push_back(ColumnToLearn(mSources[i], mByColumn[i]));
+        mAsked.push_back(ColumnToLearn(mSources[i], mByColumn[i], NumbersAmong(mMissing)));
     }
     RequireNoProblems(mColumns, mName);
 }
@@ -196,6 +199,7 @@ void LearningRounds::AskBins() {
         StatementColumn asked;
         asked.name = mSources[i].name;
         asked.storage = mSources[i].storage;
+        asked.missing = NumbersAmong(mMissing);
         asked.hasNumbers = mColumns[i].answer.count > 0 && !mColumns[i].cutPoints.empty();
         if (asked.hasNumbers) asked.cutPoints = mColumns[i].cutPoints;
         mAsked[i] = std::move(asked);

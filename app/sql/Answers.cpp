@@ -234,19 +234,6 @@ std::string FingerprintOf(const std::vector<AnswerLine>& lines) {
     return fingerprint.Text();
 }
 
-std::optional<double> DoubleOf(const std::string& key) {
-    if (const auto number = MADocuments::ParseNumber(key)) return number;
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    std::string lower;
-    for (const char c : key) {
-        if (c != '+') lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    if (lower == "nan" || lower == "-nan") return std::numeric_limits<double>::quiet_NaN();
-    if (lower == "inf" || lower == "infinity") return kInfinity;
-    if (lower == "-inf" || lower == "-infinity") return -kInfinity;
-    return std::nullopt;
-}
-
 std::optional<Storage> StorageNamed(const std::string& type) {
     if (type == "number") return Storage::Number;
     if (type == "text") return Storage::Text;
@@ -339,7 +326,7 @@ void Taker::TakePart(const AnswerLine& row, Part part) {
     } else if (IsDouble(part)) {
         value.reset();
         if (row.key && !row.key->empty()) {
-            value = DoubleOf(*row.key);
+            value = NumberOf(*row.key);
             if (!value) RefuseLine(row);
             // What ClickHouse has for nothing.
             if (part == Part::Scale && *value == 0.0) value.reset();

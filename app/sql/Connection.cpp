@@ -43,13 +43,6 @@ SQLCHAR* Text(const std::string& text) {
     return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str()));
 }
 
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return lower;
-}
-
 // A value of a connection text between braces, within which a closing one is doubled.
 std::string Braced(std::string_view value) {
     std::string braced = "{";
@@ -60,37 +53,36 @@ std::string Braced(std::string_view value) {
     return braced + "}";
 }
 
-// The keys of a connection text, in lower case.
-std::vector<std::string> KeysOf(std::string_view text) {
-    std::vector<std::string> keys;
-    std::string key;
-    bool isKey = true;
-    bool isBraced = false;
-    for (const char c : text) {
-        if (isBraced) {
-            isBraced = c != '}';
-        } else if (c == ';') {
-            key.clear();
-            isKey = true;
-        } else if (isKey && c == '=') {
-            keys.push_back(Lower(MADocuments::TrimBlanks(key)));
-            isKey = false;
-        } else if (isKey) {
-            key += c;
-        } else {
-            isBraced = c == '{';
+// Whether a password is named anywhere in a connection text, however drivers take it apart.
+bool NamesPassword(std::string_view text) {
+    const std::string lower = Lower(text);
+    for (const std::string_view key : {"pwd", "password"}) {
+        for (std::size_t at = 0; (at = lower.find(key, at)) != std::string::npos;) {
+            at = lower.find_first_not_of(" \t", at + key.size());
+            if (at == std::string::npos) break;
+            if (lower[at] == '=') return true;
         }
     }
-    return keys;
+    return false;
 }
 
 // A file that is not there would be made.
 std::string SqliteConnection(const std::string& path) {
     std::error_code ignored;
-    if (path.empty() || !std::filesystem::exists(path, ignored)) {
-        throw InputError(Printable(path) + ": there is no such file");
+    const std::string name = Printable(path);
+    if (!std::filesystem::exists(path, ignored)) {
+        throw InputError(name + ": there is no such file");
     }
-    return "Driver=SQLite3;NoCreat=1;Timeout=30000;Database=" + path;
+    if (std::filesystem::is_directory(path, ignored)) {
+        throw InputError(name + ": this is a folder");
+    }
+    if (path.find(';') != std::string::npos) {
+        throw InputError(name +
+                         ": the driver takes no name with a semicolon; a link to the file may "
+                         "have another one");
+    }
+    // The driver waits two times.
+    return "Driver=SQLite3;NoCreat=1;Timeout=15000;Database=" + path;
 }
 
 std::string ConnectionText(const std::string& given, const std::string& password) {
@@ -98,16 +90,38 @@ std::string ConnectionText(const std::string& given, const std::string& password
     if (given.compare(0, kSqlite.size(), kSqlite) == 0) {
         return SqliteConnection(given.substr(kSqlite.size()));
     }
-    for (const std::string& key : KeysOf(given)) {
-        if (key == "pwd" || key == "password") {
-            throw UsageError(fmt::format(
-                "--sql: a password on the command line can be seen by others; put it into the "
-                "environment variable {} or into odbc.ini",
-                kPasswordVariable));
-        }
+    if (NamesPassword(given)) {
+        throw UsageError(fmt::format(
+            "--sql: a password on the command line can be seen by others; put it into the "
+            "environment variable {} or into odbc.ini",
+            kPasswordVariable));
     }
     return password.empty() ? given : given + ";PWD=" + Braced(password);
 }
+
+std::string WithoutPassword(std::string words, const std::string& password) {
+    if (password.empty()) return words;
+    for (std::size_t at = 0; (at = words.find(password, at)) != std::string::npos; at += 3) {
+        words.replace(at, password.size(), "***");
+    }
+    return words;
+}
+
+// A thread that is waited for at the end, unless it is left behind.
+class Worker {
+public:
+    explicit Worker(std::packaged_task<void()> task) : mThread(std::move(task)) {}
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+    ~Worker() {
+        if (mThread.joinable()) mThread.join();
+    }
+
+    void Leave() { mThread.detach(); }
+
+private:
+    std::thread mThread;
+};
 
 struct Failure {
     std::string state;
@@ -133,7 +147,7 @@ std::string WithoutLayers(std::string_view words) {
     return std::string(MADocuments::TrimBlanks(line));
 }
 
-Failure FailureOf(SQLSMALLINT type, SQLHANDLE handle) {
+Failure FailureOf(SQLSMALLINT type, SQLHANDLE handle, const std::string& password) {
     Failure failure;
     std::array<SQLCHAR, 6> state{};
     std::array<SQLCHAR, 2048> text{};
@@ -144,7 +158,8 @@ Failure FailureOf(SQLSMALLINT type, SQLHANDLE handle) {
                                          static_cast<SQLSMALLINT>(text.size()), &length))) {
             break;
         }
-        const std::string words = WithoutLayers(reinterpret_cast<const char*>(text.data()));
+        const std::string words =
+            WithoutLayers(WithoutPassword(reinterpret_cast<const char*>(text.data()), password));
         if (failure.state.empty()) failure.state = reinterpret_cast<const char*>(state.data());
         if (failure.words.find(words) != std::string::npos) continue;
         failure.words += (failure.words.empty() ? "" : "; ") + words;
@@ -163,7 +178,18 @@ bool Contains(const std::string& text, std::initializer_list<const char*> parts)
 std::string Remedy(const Failure& failure) {
     const std::string& state = failure.state;
     const std::string words = Lower(failure.words);
-    if (state == "IM002" || state == "01000" || Contains(words, {"can't open lib"})) {
+    if (Contains(words, {"file is not a database"})) {
+        return "a file of another kind, such as CSV, is given without --sql";
+    }
+    if (Contains(words, {"sqldescribeparam", "unbound parameters", "parameter marker"})) {
+        return "a question mark in --query is taken for a parameter";
+    }
+    if (state == "IM002") {
+        return "is the driver installed? 'odbcinst -q -d' lists those that are, 'odbcinst -q -s' "
+               "the "
+               "data sources; a file of SQLite is given as sqlite:FILE";
+    }
+    if (Contains(words, {"can't open lib"})) {
         return "is the driver installed? 'odbcinst -q -d' lists those that are, 'odbcinst -q -s' "
                "the data sources";
     }
@@ -258,7 +284,6 @@ struct Connection::State {
     static void Await(const std::shared_ptr<State>& state, double seconds,
                       std::function<void()> work, const std::function<void()>& stop);
     [[noreturn]] void Fail(SQLSMALLINT type, SQLHANDLE handle, const std::string& what) const;
-    std::string WithoutPassword(std::string words) const;
     std::string Info(SQLUSMALLINT what) const;
 
     std::function<void()> wait;
@@ -277,18 +302,11 @@ struct Connection::State {
     bool isGivenUp = false;
 };
 
-std::string Connection::State::WithoutPassword(std::string words) const {
-    if (password.empty()) return words;
-    for (std::size_t at = 0; (at = words.find(password, at)) != std::string::npos;) {
-        words.replace(at, password.size(), "***");
-        at += 3;
-    }
-    return words;
-}
-
 void Connection::State::Fail(SQLSMALLINT type, SQLHANDLE handle, const std::string& what) const {
-    Failure failure = FailureOf(type, handle);
-    failure.words = WithoutPassword(failure.words);
+    Failure failure = FailureOf(type, handle, password);
+    constexpr std::size_t kMaxWords = 400;
+    if (failure.words.size() > kMaxWords)
+        failure.words = failure.words.substr(0, kMaxWords) + "...";
     const std::string remedy = Remedy(failure);
     throw SqlError(fmt::format("{}: {}{}{}", what, Printable(failure.words),
                                remedy.empty() ? "" : "; ", remedy),
@@ -305,14 +323,14 @@ std::string Connection::State::Info(SQLUSMALLINT what) const {
 namespace {
 
 // A statement of a connection.
-class Statement {
+class OdbcStatement {
 public:
-    explicit Statement(SQLHDBC connection) {
+    explicit OdbcStatement(SQLHDBC connection) {
         SQLAllocHandle(SQL_HANDLE_STMT, connection, &mHandle);
     }
-    Statement(const Statement&) = delete;
-    Statement& operator=(const Statement&) = delete;
-    ~Statement() { SQLFreeHandle(SQL_HANDLE_STMT, mHandle); }
+    OdbcStatement(const OdbcStatement&) = delete;
+    OdbcStatement& operator=(const OdbcStatement&) = delete;
+    ~OdbcStatement() { SQLFreeHandle(SQL_HANDLE_STMT, mHandle); }
 
     SQLHSTMT Handle() const { return mHandle; }
 
@@ -329,7 +347,7 @@ void Connection::State::Await(const std::shared_ptr<State>& state, double second
                               std::function<void()> work, const std::function<void()>& stop) {
     std::packaged_task<void()> task(std::move(work));
     std::future<void> done = task.get_future();
-    std::thread thread(std::move(task));
+    Worker worker(std::move(task));
     const auto begin = Clock::now();
     std::optional<Clock::time_point> told;
     bool isCancelled = false;
@@ -351,11 +369,7 @@ void Connection::State::Await(const std::shared_ptr<State>& state, double second
         }
     }
     state->wait();
-    if (isStuck) {
-        thread.detach();
-    } else {
-        thread.join();
-    }
+    if (isStuck) worker.Leave();
     if (isCancelled) throw Cancelled();
     if (told && !state->isConnected) {
         throw SqlError(fmt::format("--sql: there is no connection after {:g} s; is the server "
@@ -415,7 +429,7 @@ const std::string& Connection::Product() const { return mState->product; }
 
 std::vector<ResultColumn> Connection::Describe(const std::string& sql) {
     std::vector<ResultColumn> columns;
-    const auto statement = std::make_shared<Statement>(mState->dbc);
+    const auto statement = std::make_shared<OdbcStatement>(mState->dbc);
     const auto describe = [shared = mState, statement, sql, &columns] {
         const SQLHSTMT handle = statement->Handle();
         if (!SQL_SUCCEEDED(SQLExecDirect(handle, Text(sql), SQL_NTS))) {
@@ -425,7 +439,7 @@ std::vector<ResultColumn> Connection::Describe(const std::string& sql) {
         SQLNumResultCols(handle, &count);
         std::vector<ResultColumn> found;
         for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(count); ++i) {
-            std::array<SQLCHAR, 1024> name{};
+            std::array<SQLCHAR, 8192> name{};
             std::array<char, 256> typeName{};
             SQLSMALLINT length = 0;
             SQLSMALLINT type = 0;
@@ -495,7 +509,7 @@ std::optional<SqlValue> ValueOf(SQLHSTMT handle, SQLUSMALLINT column, ReadAs rea
 
 void Connection::Run(const Expression& sql, const std::vector<ReadAs>& columns,
                      const std::function<void(const std::vector<SqlValue>&)>& take) {
-    const auto statement = std::make_shared<Statement>(mState->dbc);
+    const auto statement = std::make_shared<OdbcStatement>(mState->dbc);
     // The numbers must stay where they are until the query has ended.
     const auto run = [shared = mState, statement, query = std::make_shared<Expression>(sql),
                       columns, take] {

@@ -30,14 +30,6 @@ constexpr std::array<std::pair<std::string_view, Engine>, 5> kNames = {{
 // What a table is called within a query.
 constexpr const char* kRows = "accredit_rows";
 
-std::string Lower(std::string_view text) {
-    std::string lower;
-    for (const char c : text) {
-        lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return lower;
-}
-
 // The number as a whole one times a power of two, by whole numbers and products that are exact: no
 // decimal fraction is read, which SQLite does not always round to the nearest double.
 std::string AsPowerOfTwo(double number) {
@@ -103,14 +95,24 @@ std::optional<Key> DecodeText(std::string_view shown, char mark) {
 
 }  // namespace
 
+std::string Lower(std::string_view text) {
+    std::string lower;
+    for (const char c : text) {
+        lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return lower;
+}
+
 std::optional<double> NumberOf(std::string_view shown) {
     const std::string_view text = MADocuments::TrimBlanks(shown);
     if (const auto number = MADocuments::ParseNumber(text)) return number;
-    const std::string lower = Lower(text);
-    if (lower == "nan" || lower == "-nan") return std::numeric_limits<double>::quiet_NaN();
-    if (lower.empty() || lower.find("inf") > 1) return std::nullopt;
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    return lower.front() == '-' ? -kInfinity : kInfinity;
+    const std::string lower = Lower(text);
+    const std::string_view sign = lower.substr(0, 1);
+    const std::string word = lower.substr(sign == "-" || sign == "+" ? 1 : 0);
+    if (word == "nan") return std::numeric_limits<double>::quiet_NaN();
+    if (word != "inf" && word != "infinity") return std::nullopt;
+    return sign == "-" ? -kInfinity : kInfinity;
 }
 
 Expression& Expression::operator+=(const Expression& other) {
@@ -266,6 +268,16 @@ std::string Dialect::AsDouble(std::string_view quoted, Storage storage) const {
 
 std::string Dialect::AsDoubleOf(std::string_view quoted, bool hasIntegers) const {
     return hasIntegers ? fmt::format("CAST({} AS REAL)", quoted) : std::string(quoted);
+}
+
+std::string Dialect::Without(const std::string& value, const std::vector<double>& numbers) const {
+    if (numbers.empty()) return value;
+    std::string conditions;
+    for (const double number : numbers) {
+        conditions +=
+            fmt::format("{}{} <> {}", conditions.empty() ? "" : " AND ", value, LiteralOf(number));
+    }
+    return fmt::format("CASE WHEN {} THEN {} END", conditions, value);
 }
 
 std::string Dialect::AsKey(std::string_view quoted, Storage storage, bool isOnNodes) const {

@@ -73,6 +73,8 @@ public:
     std::string AsDouble(std::string_view quoted, Storage storage) const;
     /// The same of a column without texts, of which it is known whether it has integers.
     std::string AsDoubleOf(std::string_view quoted, bool hasIntegers) const;
+    /// A value, but NULL where it is one of these numbers.
+    std::string Without(const std::string& value, const std::vector<double>& numbers) const;
     /// The value of a column as what `GROUP BY` tells apart byte by byte. Where nodes may group by
     /// themselves, in a way that they understand, in PostgreSQL as the collation of the column
     /// does.
@@ -114,6 +116,9 @@ struct Key {
     std::string text;                   ///< As a cell of a CSV file would spell it.
     std::optional<double> number = {};  ///< Of what is stored as a double.
 };
+
+/// The text with small letters in the place of capital ones of ASCII.
+std::string Lower(std::string_view text);
 
 /// The number that an engine spells, also an infinity or NaN; nothing for any other text.
 std::optional<double> NumberOf(std::string_view shown);

@@ -65,6 +65,14 @@ double NumberFigures::Unscaled(double number) const {
     return std::ldexp(number, -mAnswer.scale.exponent);
 }
 
+std::vector<double> NumbersAmong(const MissingTokens& missing) {
+    std::vector<double> numbers;
+    for (const std::string& token : missing.Texts()) {
+        if (const auto number = MADocuments::ParseNumber(token)) numbers.push_back(*number);
+    }
+    return numbers;
+}
+
 bool HasBadNumbers(const ColumnAnswer& answer) {
     const bool isInGroups = std::any_of(
         answer.groups.begin(), answer.groups.end(),

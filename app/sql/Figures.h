@@ -13,6 +13,9 @@
 
 namespace app {
 
+/// The numbers that tokens of missing values spell.
+std::vector<double> NumbersAmong(const MADocuments::MissingTokens& missing);
+
 /// Whether there is a NaN or an infinity among the numbers of a column.
 bool HasBadNumbers(const ColumnAnswer& answer);
 

@@ -153,7 +153,7 @@ Writer::Writer(const StatementHead& head, const std::vector<StatementColumn>& co
 std::string Writer::Quoted(std::size_t i) const { return mDialect.Column(mColumns[i].name); }
 
 std::string Writer::Value(std::size_t i) const {
-    return mDialect.AsDouble(Quoted(i), mColumns[i].storage);
+    return mDialect.Without(mDialect.AsDouble(Quoted(i), mColumns[i].storage), mColumns[i].missing);
 }
 
 // A power of two, by the smallest and the largest number.
@@ -425,8 +425,7 @@ std::string Writer::GroupPart(std::size_t i, Grouped grouped, bool onlyBesideTex
             mDialect.TypeOf(quoted, mFrom), mFrom);
     } else if (grouped != Grouped::All) {
         const std::string condition =
-            grouped == Grouped::Texts ? mDialect.IsText(quoted)
-                                      : fmt::format("typeof({}) IN ('integer', 'real')", quoted);
+            grouped == Grouped::Texts ? mDialect.IsText(quoted) : Value(i) + " IS NOT NULL";
         // The other table is looked at first, so that columns without texts are not read again.
         from = onlyBesideTexts ? fmt::format(
                                      "accredit_center{0} CROSS JOIN {1} WHERE "
@@ -583,7 +582,7 @@ std::string ColumnRows(const StatementHead& head, const std::string& table) {
                        name, schema.empty() ? "DATABASE()" : schema);
         case Engine::Sqlite:
             return row("cid + 1", "hex(name) || ':' || hex(type)") +
-                   fmt::format("pragma_table_info({}{})", name,
+                   fmt::format("pragma_table_xinfo({}{}) WHERE hidden <> 1", name,
                                schema.empty() ? "" : ", " + schema);
         case Engine::ClickHouse:
             return fmt::format(

@@ -21,6 +21,7 @@ struct StatementColumn {
     bool hasNumbers = false;        ///< How many numbers there are, and between what they lie.
     bool hasMoments = false;        ///< Their mean and deviation, besides.
     std::vector<double> cutPoints;  ///< Those up to which they are counted.
+    std::vector<double> missing;    ///< Numbers that stand for a missing value.
     /// The values that are grouped. Of texts beside numbers it takes nothing where the type is
     /// known to have none; numbers may be grouped apart from them, in any case or only where there
     /// are texts.

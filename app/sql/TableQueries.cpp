@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <map>
 #include <ostream>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include "app/base/Printable.h"
@@ -22,6 +24,46 @@ constexpr int kLockSeconds = 30;
 
 // Of so many shards that all have every category as many categories are told apart as of one.
 constexpr std::uint64_t kGroupsToOneCategory = 4;
+
+}  // namespace
+
+namespace {
+
+// SQLite gives the second of two columns with one name another: "x:1".
+void RequireOwnNames(const std::vector<ResultColumn>& columns, const std::string& tableName) {
+    std::set<std::string_view> names;
+    for (const ResultColumn& column : columns) {
+        const std::string_view name = column.name;
+        const std::size_t colon = name.rfind(':');
+        const bool isRenamed =
+            colon != std::string_view::npos && colon + 1 < name.size() &&
+            name.find_first_not_of("0123456789", colon + 1) == std::string_view::npos &&
+            names.count(name.substr(0, colon)) != 0;
+        if (isRenamed) {
+            throw InputError(
+                fmt::format("{}: the column \"{}\" stands twice; AS gives one of them "
+                            "another name",
+                            tableName, Shortened(name.substr(0, colon))));
+        }
+        names.insert(name);
+    }
+}
+
+// A text of several lines, whose names may come from a stranger's table.
+std::string PrintableLines(std::string_view text) {
+    std::string lines;
+    for (;;) {
+        const std::size_t end = text.find('\n');
+        const std::string_view line = text.substr(0, end);
+        const bool isPlain = std::all_of(line.begin(), line.end(), [](char c) {
+            return static_cast<unsigned char>(c) >= 0x20 && static_cast<unsigned char>(c) < 0x7F;
+        });
+        lines += isPlain ? std::string(line) : Printable(line);
+        if (end == std::string_view::npos) return lines;
+        lines += '\n';
+        text.remove_prefix(end + 1);
+    }
+}
 
 }  // namespace
 
@@ -54,6 +96,7 @@ TableQueries::TableQueries(const SqlOptions& options, Progress& progress, MCQuer
     mColumns = mConnection.Describe(
         fmt::format("SELECT *{} FROM {} WHERE 1 = 0", isCut ? ", 1 AS accredit_end" : "", mFrom));
     if (isCut) mColumns.pop_back();
+    RequireOwnNames(mColumns, mName);
     if (options.shardBy.empty()) return;
     const bool isThere = std::any_of(
         mColumns.begin(), mColumns.end(),
@@ -119,7 +162,7 @@ void TableQueries::Log(const Expression& sql, double seconds) {
         numbers += fmt::format("{}{}", numbers.empty() ? "; with " : ", ", number);
     }
     *mLog << fmt::format("-- query {} of {}, {:.3f} s{}\n{};\n", mQuery, mExpected, seconds,
-                         Printable(numbers), sql.sql)
+                         Printable(numbers), PrintableLines(sql.sql))
           << std::flush;
 }
 
@@ -139,14 +182,17 @@ void TableQueries::TakeRows(std::uint64_t rows) {
 Expression TableQueries::QueryFor(const std::vector<Question>& questions, std::size_t first,
                                   std::size_t last, std::vector<ReadAs>& columns) const {
     Expression sql{"SELECT "};
-    columns.clear();
-    if (!mShard.empty()) {
-        sql += mDialect.ShownKey(mDialect.AsKey(mShard, Storage::Other), Storage::Other) + ", ";
-        columns.push_back(ReadAs::Text);
-    }
     // The driver of SQLite cuts numbers at 15 digits, but not texts.
     const bool asText = mDialect.GetEngine() == Dialect::Engine::Sqlite;
-    std::string texts = "SELECT accredit_rows";
+    std::string texts = "SELECT ";
+    columns.clear();
+    if (!mShard.empty()) {
+        sql += mDialect.ShownKey(mDialect.AsKey(mShard, Storage::Other), Storage::Other) +
+               " AS accredit_shard, ";
+        texts += "accredit_shard, ";
+        columns.push_back(ReadAs::Text);
+    }
+    texts += "accredit_rows";
     sql += "COUNT(*) AS accredit_rows";
     columns.push_back(ReadAs::Number);
     for (std::size_t i = first; i < last; ++i) {
@@ -160,7 +206,7 @@ Expression TableQueries::QueryFor(const std::vector<Question>& questions, std::s
     }
     sql += " FROM " + mFrom;
     if (!mShard.empty()) sql += " GROUP BY " + mShard;
-    if (!asText || !mShard.empty()) return sql;
+    if (!asText) return sql;
     return {texts + " FROM (" + sql.sql + ") accredit_answers", std::move(sql.numbers)};
 }
 

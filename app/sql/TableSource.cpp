@@ -41,7 +41,8 @@ struct AskedColumn {
 // The columns that are summarised, and what they are asked by.
 class Summariser {
 public:
-    explicit Summariser(TableQueries& table) : mTable(table) {}
+    Summariser(TableQueries& table, const MissingTokens& missing)
+        : mTable(table), mMissing(NumbersAmong(missing)) {}
 
     void Add(const Column& column, const ResultColumn& source, std::vector<double> cutPoints) {
         AnsweredColumn answered;
@@ -76,6 +77,7 @@ private:
     void RequireSameCount(std::size_t i, const ColumnAnswer& answer) const;
 
     TableQueries& mTable;
+    std::vector<double> mMissing;  // numbers that stand for a missing value
 };
 
 bool Summariser::HasTexts(std::size_t i) const {
@@ -142,12 +144,13 @@ void Summariser::SettleNumbers(std::size_t i) {
                 how.value = dialect.AsDoubleOf(how.quoted, how.integerCount > 0);
             } else if (how.numberCount > 0) {
                 how.value = dialect.AsDouble(how.quoted, Storage::Any);
-                how.texts = fmt::format("typeof({}) IN ('text', 'blob')", how.quoted);
+                how.texts = dialect.IsText(how.quoted);
             }
             break;
         default:
             how.value = dialect.AsDouble(how.quoted, columns[i].storage);
     }
+    if (!how.value.empty()) how.value = dialect.Without(how.value, mMissing);
 }
 
 bool Summariser::AskCategories(std::size_t i) {
@@ -292,14 +295,6 @@ void Summariser::AskBins() {
     }
 }
 
-std::string Lower(std::string_view text) {
-    std::string lower;
-    for (const char c : text) {
-        lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return lower;
-}
-
 // The table's column of this name, which may stand there only once; nothing if there is none. A
 // name that differs in capitals only will do if it is no other variable's.
 std::optional<std::size_t> FindColumn(const TableQueries& table, const std::string& name,
@@ -338,7 +333,7 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
         MADocuments::UsableCutPoints(reference.stats);
 
     TableSummary made;
-    Summariser summariser(table);
+    Summariser summariser(table, reference.missing);
     for (std::size_t slot = 0; slot < names.size(); ++slot) {
         const std::optional<std::size_t> found = FindColumn(table, names[slot], taken);
         if (!found) continue;
@@ -382,7 +377,7 @@ namespace {
 class Learner {
 public:
     Learner(TableQueries& table, const ColumnChoices& choices, const MissingTokens& missing)
-        : mTable(table), mMissing(missing), mSummariser(table) {
+        : mTable(table), mMissing(missing), mSummariser(table, missing) {
         RequireDifferentNames(table.Columns(), choices, table.Name());
         mChoices = ChoicesByColumn(NamesOf(table.Columns()), choices);
         const std::vector<ResultColumn>& sources = table.Columns();
@@ -422,7 +417,7 @@ void Learner::SettleTexts() {
         AnsweredColumn& each = mSummariser.columns[i];
         AskedColumn& how = mSummariser.asked[i];
         if (each.storage == Storage::Any && how.numberCount > 0) {
-            how.texts = fmt::format("typeof({}) IN ('text', 'blob')", how.quoted);
+            how.texts = mTable.GetDialect().IsText(how.quoted);
         }
         if (!mSummariser.AskTexts(i)) {
             Problem(i) = TooManyTexts(each.column);

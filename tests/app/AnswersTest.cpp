@@ -61,8 +61,8 @@ TABLE_TEST(Answers, TakesAWholeAnswer, 3) {
         text.replace(at, row.Text(0).size(), row.Text(1));
     }
     const std::vector<app::StatementColumn> columns = {
-        {"x", app::Storage::Any, true, true, {2.5}, Groups::Texts},
-        {"k", app::Storage::Any, false, false, {}, Groups::All}};
+        {"x", app::Storage::Any, true, true, {2.5}, {}, Groups::Texts},
+        {"k", app::Storage::Any, false, false, {}, {}, Groups::All}};
     const std::string refusal =
         Refusal([&] { app::TakeAnswers(app::ParseAnswers(text, "answers"), columns); });
     EXPECT_EQ(refusal.empty(), row.Text(2).empty()) << refusal;
