@@ -67,7 +67,7 @@ bool NamesPassword(std::string_view text) {
 }
 
 // A file that is not there would be made.
-std::string SqliteConnection(const std::string& path) {
+std::string SqliteConnection(const std::string& path, double timeout) {
     std::error_code ignored;
     const std::string name = Printable(path);
     if (!std::filesystem::exists(path, ignored)) {
@@ -81,14 +81,17 @@ std::string SqliteConnection(const std::string& path) {
                          ": the driver takes no name with a semicolon; a link to the file may "
                          "have another one");
     }
-    // The driver waits two times.
-    return "Driver=SQLite3;NoCreat=1;Timeout=15000;Database=" + path;
+    // The driver waits for a lock two times, and cannot be told to stop.
+    constexpr double kLockMilliseconds = 15000.0;
+    const double wait =
+        timeout > 0.0 ? std::min(kLockMilliseconds, 500.0 * timeout) : kLockMilliseconds;
+    return fmt::format("Driver=SQLite3;NoCreat=1;Timeout={:.0f};Database={}", wait, path);
 }
 
-std::string ConnectionText(const std::string& given, const std::string& password) {
+std::string ConnectionText(const std::string& given, const std::string& password, double timeout) {
     constexpr std::string_view kSqlite = "sqlite:";
     if (given.compare(0, kSqlite.size(), kSqlite) == 0) {
-        return SqliteConnection(given.substr(kSqlite.size()));
+        return SqliteConnection(given.substr(kSqlite.size()), timeout);
     }
     if (NamesPassword(given)) {
         throw UsageError(fmt::format(
@@ -268,7 +271,7 @@ struct Connection::State {
         : wait(std::move(beat)), cancel(query), timeout(given.timeout) {
         const char* const variable = std::getenv(kPasswordVariable);
         if (variable) password = variable;
-        text = ConnectionText(given.connection, password);
+        text = ConnectionText(given.connection, password, given.timeout);
     }
     State(const State&) = delete;
     State& operator=(const State&) = delete;
@@ -350,6 +353,7 @@ void Connection::State::Await(const std::shared_ptr<State>& state, double second
     Worker worker(std::move(task));
     const auto begin = Clock::now();
     std::optional<Clock::time_point> told;
+    std::optional<Worker> stopper;
     bool isCancelled = false;
     while (done.wait_for(kBeat) != std::future_status::ready) {
         state->wait();
@@ -360,7 +364,8 @@ void Connection::State::Await(const std::shared_ptr<State>& state, double second
                 seconds > 0.0 && std::chrono::duration<double>(now - begin).count() > seconds;
             if (!isCancelled && !isLate) continue;
             told = now;
-            stop();
+            // Some drivers wait for the query when they are told to end it.
+            stopper.emplace(std::packaged_task<void()>(stop));
         } else if (now - *told > kPatience) {
             const std::lock_guard<std::mutex> lock(state->handing);
             state->isGivenUp = true;
@@ -369,7 +374,10 @@ void Connection::State::Await(const std::shared_ptr<State>& state, double second
         }
     }
     state->wait();
-    if (isStuck) worker.Leave();
+    if (isStuck) {
+        worker.Leave();
+        stopper->Leave();
+    }
     if (isCancelled) throw Cancelled();
     if (told && !state->isConnected) {
         throw SqlError(fmt::format("--sql: there is no connection after {:g} s; is the server "

@@ -338,7 +338,7 @@ class OfSQLite(Failures):
     def on_a_locked_file(self):
         with sqlite3.connect(self.engine.file, isolation_level=None) as holder:
             holder.execute("BEGIN EXCLUSIVE")
-            self.learn("small", "--timeout", "2").ends(["--timeout", "locked"])
+            self.learn("small", "--timeout", "2").ends(["locked", "try again"])
             if not self.quick:
                 self.learn("small").ends(["lock"], seconds=90)
             holder.execute("ROLLBACK")

@@ -11,12 +11,14 @@ Administration goes through sockets in the folder.
 import argparse
 import contextlib
 import csv
+import fcntl
 import glob
 import itertools
 import json
 import os
 import re
 import secrets
+import shlex
 import shutil
 import signal
 import socket
@@ -339,7 +341,8 @@ class MariaDB(Engine):
         return ["mariadbd", "--no-defaults", f"--datadir={self.place(node)}", f"--port={self.port(node)}",
                 "--bind-address=127.0.0.1", f"--socket={self.socket(node)}", f"--pid-file={self.place(node)}.pid",
                 "--character-set-server=utf8mb4", "--local-infile=1", "--innodb-flush-log-at-trx-commit=0",
-                "--innodb-buffer-pool-size=512M", *(["--plugin-load-add=ha_spider"] if node == 0 else [])]
+                "--innodb-buffer-pool-size=512M", f"--tmpdir={self.folder}",
+                *(["--plugin-load-add=ha_spider"] if node == 0 else [])]
 
     def client(self, node=0, database="accredit"):
         """mariadb as the administrator."""
@@ -529,15 +532,24 @@ def children_of(pid):
 
 
 class Engines:
-    """The engines that run in a folder, and what is to be known of them between two commands."""
+    """The engines that run in a folder, and what is to be known of them between two commands.
+
+    Several commands may be at work in a folder, each with an engine of its own.
+    """
 
     def __init__(self, folder):
         self.folder = os.path.abspath(folder)
         self.path = os.path.join(self.folder, "state.json")
         self.state = {}
         if os.path.exists(self.path):
-            with open(self.path, encoding="utf-8") as file:
+            with self.locked() as file:
                 self.state = json.load(file)
+
+    @contextlib.contextmanager
+    def locked(self):
+        with open(os.open(self.path, os.O_RDWR | os.O_CREAT, 0o600), "r+", encoding="utf-8") as file:
+            fcntl.flock(file, fcntl.LOCK_EX)
+            yield file
 
     def engine(self, name):
         return ENGINES[name](self.folder, self.state)
@@ -545,9 +557,17 @@ class Engines:
     def running(self):
         return [self.engine(name) for name in ENGINES if name in self.state]
 
-    def save(self):
-        with open(os.open(self.path, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600), "w", encoding="utf-8") as file:
-            json.dump(self.state, file)
+    def save(self, name):
+        """Keeps what is to be known of one engine, or that it is gone."""
+        with self.locked() as file:
+            text = file.read()
+            kept = json.loads(text) if text else {"password": self.state["password"]}
+            kept.pop(name, None)
+            if name in self.state:
+                kept[name] = self.state[name]
+            file.seek(0)
+            file.truncate()
+            json.dump(kept, file)
 
     def start(self, names):
         os.makedirs(self.folder, exist_ok=True)
@@ -557,16 +577,15 @@ class Engines:
             try:
                 self.engine(name).start()
             finally:
-                self.save()
+                self.save(name)
 
     def stop(self, names=()):
         for engine in self.running():
             if engine.name in (names or ENGINES):
                 engine.stop()
                 del self.state[engine.name]
-        if any(name in self.state for name in ENGINES):
-            self.save()
-        elif os.path.exists(self.path):
+                self.save(engine.name)
+        if not any(name in self.state for name in ENGINES) and os.path.exists(self.path):
             shutil.rmtree(self.folder)
 
     def show(self):
@@ -576,7 +595,7 @@ class Engines:
             print(f"\n{engine.name}")
             if hasattr(engine, "connection"):
                 print(f"  --sql '{engine.connection()}'")
-            print(f"  {' '.join(engine.client())}")
+            print(f"  {shlex.join(engine.client())}")
             for node in engine.servers():
                 print(f"  {'node ' + str(node) if node else 'head  '}: port {engine.port(node)}, "
                       f"process {engine.pid(node)}")
@@ -592,6 +611,10 @@ def main():
         command.add_argument("folder")
     command = verbs.add_parser("show", help="print how to reach those that run")
     command.add_argument("folder")
+    command = verbs.add_parser("client", help="print the command of a client of a node, 0 being the head")
+    command.add_argument("engine", choices=ENGINES)
+    command.add_argument("folder")
+    command.add_argument("node", type=int)
     command = verbs.add_parser("load", help="fill a table from a CSV file by the engine's own loader")
     command.add_argument("engine", choices=ENGINES)
     for name in "folder", "csv", "table":
@@ -601,6 +624,8 @@ def main():
     try:
         if given.verb == "load":
             engines.engine(given.engine).load(given.csv, given.table, columns_of(given.csv))
+        elif given.verb == "client":
+            print(shlex.join(engines.engine(given.engine).client(given.node)))
         elif given.verb == "show":
             engines.show()
         elif given.verb == "start":

@@ -3,6 +3,7 @@
 import argparse
 import json
 import os
+import signal
 import subprocess
 import sys
 import tempfile
@@ -72,6 +73,8 @@ def run_checks(description, check, *names):
     parser.add_argument("--only", default="", help="the cases whose name has this in it")
     parser.add_argument("name", nargs="*", help="the engines, all that run unless told")
     given = parser.parse_intermixed_args()
+    # Shells let what runs in the background ignore interrupts, and the program would, too.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     findings = Findings()
     with tempfile.TemporaryDirectory() as folder:
         engines = Engines(given.engines or os.path.join(folder, "engines"))
@@ -85,5 +88,5 @@ def run_checks(description, check, *names):
             accredit = Program(given.program, folder, password)
             check(accredit, engine, findings, given)
             if given.engines:
-                engines.save()  # a check may have started a server again
+                engines.save(engine.name)  # a check may have started a server again
     sys.exit(findings.count > 0)
