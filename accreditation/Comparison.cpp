@@ -121,8 +121,8 @@ std::vector<int> ByValue(std::vector<int> codes, const IMCEncoder& encoder) {
         } else {
             category.text = encoder.DecodeString(code);
         }
-        category.isNameless = std::isnan(category.number) ||
-                              MADetail::MapCategory(encoder, encoder, code) != code;
+        category.isNameless =
+            std::isnan(category.number) || MADetail::MapCategory(encoder, encoder, code) != code;
         if (category.isNameless) category.number = 0.0;
         categories.push_back(std::move(category));
     }

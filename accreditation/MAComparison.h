@@ -88,8 +88,9 @@ struct ACCREDIT_EXPORT MACells {
 /// The cells of the variable that has `slot` in the reference and `newSlot` in the new summary: its
 /// bins, lowest first; or the reference's categories in code order, and behind them those that only
 /// the new summary has, numbers ascending or texts in the order of their bytes, and last those that
-/// no value encodes to. So the order of the new data does not show. Nothing if the bins of a continuous variable are not those of
-/// MACutPointsFor; a new summary without bins will do if it has no cases or a single value.
+/// no value encodes to. So the order of the new data does not show. Nothing if the bins of a
+/// continuous variable are not those of MACutPointsFor; a new summary without bins will do if it
+/// has no cases or a single value.
 ACCREDIT_EXPORT std::optional<MACells> MACellsOf(const MADistStats& refStats, unsigned int slot,
                                                  const MADistStats& newStats, unsigned int newSlot);
 

@@ -1,6 +1,6 @@
-// FetchRows CONNECTION TABLE: fetches all rows of a table over ODBC in blocks, numbers as doubles and the rest
-// as texts, and prints how many there are. What a summary outside of the engine takes before anything
-// is computed. The password is that of the environment variable ACCREDIT_PASSWORD.
+// FetchRows CONNECTION TABLE: fetches all rows of a table over ODBC in blocks, numbers as doubles
+// and the rest as texts, and prints how many there are. What a summary outside of the engine takes
+// before anything is computed. The password is that of the environment variable ACCREDIT_PASSWORD.
 #include <sql.h>
 #include <sqlext.h>
 
@@ -65,13 +65,12 @@ int main(int argc, char** argv) {
         SQLSMALLINT nullable = 0;
         SQLULEN size = 0;
         SQLDescribeCol(statement, number, nullptr, 0, &length, &type, &size, &digits, &nullable);
-        column.isNumber = type == SQL_DOUBLE || type == SQL_FLOAT || type == SQL_BIGINT ||
-                          type == SQL_INTEGER;
-        Require(column.isNumber
-                    ? SQLBindCol(statement, number, SQL_C_DOUBLE, column.numbers.data(),
-                                 sizeof(double), column.lengths.data())
-                    : SQLBindCol(statement, number, SQL_C_CHAR, column.texts.data(), kText,
-                                 column.lengths.data()),
+        column.isNumber =
+            type == SQL_DOUBLE || type == SQL_FLOAT || type == SQL_BIGINT || type == SQL_INTEGER;
+        Require(column.isNumber ? SQLBindCol(statement, number, SQL_C_DOUBLE, column.numbers.data(),
+                                             sizeof(double), column.lengths.data())
+                                : SQLBindCol(statement, number, SQL_C_CHAR, column.texts.data(),
+                                             kText, column.lengths.data()),
                 "a column");
     }
     unsigned long rows = 0;
