@@ -108,7 +108,7 @@ std::optional<double> NumberOf(std::string_view shown) {
     if (const auto number = MADocuments::ParseNumber(text)) return number;
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const std::string lower = Lower(text);
-    const std::string_view sign = lower.substr(0, 1);
+    const std::string sign = lower.substr(0, 1);
     const std::string word = lower.substr(sign == "-" || sign == "+" ? 1 : 0);
     if (word == "nan") return std::numeric_limits<double>::quiet_NaN();
     if (word != "inf" && word != "infinity") return std::nullopt;
