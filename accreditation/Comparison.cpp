@@ -163,7 +163,8 @@ MACells Categories(const MADistStats& refStats, unsigned int slot, const MADistS
     for (std::size_t k = 0; k < newFreq.size(); ++k) {
         if (seen[k] == 0) unknown.push_back(static_cast<int>(k));
     }
-    for (const int code : ByValue(std::move(unknown), EncoderOf(newStats, newSlot))) {
+    unknown = ByValue(unknown, EncoderOf(newStats, newSlot));
+    for (const int code : unknown) {
         cells.reference.push_back(0.0);
         cells.observed.push_back(newFreq[static_cast<std::size_t>(code)]);
         cells.referenceCodes.push_back(-1);

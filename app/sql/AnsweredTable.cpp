@@ -55,6 +55,7 @@ TableSummary SummariseAnswers(const Reference& reference, const Answers& answers
     const std::vector<StatementColumn> asked = ColumnsToCheck(reference);
     StatementAnswer taken = TakeAnswers(answers, asked);
     std::vector<std::string> names;
+    names.reserve(asked.size());
     for (const StatementColumn& column : asked) names.push_back(column.name);
     const std::vector<Column> like = ColumnsLike(reference.stats.GetVarList(), names);
     std::vector<AnsweredColumn> columns(asked.size());

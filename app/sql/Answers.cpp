@@ -224,6 +224,7 @@ StatementHead TakeHead(std::vector<AnswerLine>& lines, const std::string& fileNa
 
 std::string FingerprintOf(const std::vector<AnswerLine>& lines) {
     std::vector<std::array<std::string, 4>> rows;
+    rows.reserve(lines.size());
     for (const AnswerLine& row : lines) {
         rows.push_back({fmt::format("{}", row.column), row.part, row.key.value_or(""),
                         fmt::format("{}", row.count)});
@@ -276,7 +277,7 @@ private:
 
 void Taker::RefuseLine(const AnswerLine& row) const {
     Refuse(mAnswers.fileName, row.line,
-           fmt::format("a row \"{}\" of column {} with the key \"{}\" was not asked for", row.part,
+           fmt::format(R"(a row "{}" of column {} with the key "{}" was not asked for)", row.part,
                        row.column, Shortened(row.key.value_or("NULL"))));
 }
 
@@ -508,6 +509,7 @@ std::vector<ResultColumn> TakeColumns(const Answers& answers) {
             answers.fileName, Shortened(answers.head.source, 60)));
     }
     std::vector<ResultColumn> columns;
+    columns.reserve(found.size());
     for (auto& [number, column] : found) columns.push_back(std::move(column));
     return columns;
 }

@@ -40,6 +40,7 @@ std::atomic<bool> isStuck{false};
 
 SQLCHAR* Text(const std::string& text) {
     // ODBC takes what it only reads as writable bytes.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
     return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str()));
 }
 
@@ -399,6 +400,8 @@ bool Connection::IsThere() { return true; }
 
 bool Connection::IsStuck() { return isStuck; }
 
+// ODBC takes numbers as pointers.
+// NOLINTBEGIN(performance-no-int-to-ptr)
 Connection::Connection(const SqlOptions& options, std::function<void()> wait, MCQueryCancel& cancel)
     : mState(std::make_shared<State>(options, std::move(wait), cancel)) {
     State& state = *mState;
@@ -428,6 +431,7 @@ Connection::Connection(const SqlOptions& options, std::function<void()> wait, MC
     SQLSetConnectAttr(state.dbc, SQL_ATTR_AUTOCOMMIT,
                       reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0);
 }
+// NOLINTEND(performance-no-int-to-ptr)
 
 Connection::~Connection() = default;
 
