@@ -308,9 +308,9 @@ std::string Dialect::AsKey(std::string_view quoted, Storage storage, bool isOnNo
 }
 
 std::string Dialect::ShownKey(const std::string& key, Storage storage) const {
-    const std::string number = mEngine == Engine::MySql || mEngine == Engine::ClickHouse
-                                   ? fmt::format("concat('=', {})", AsText(key))
-                                   : fmt::format("'=' || {}", AsText(key));
+    std::string number = mEngine == Engine::MySql || mEngine == Engine::ClickHouse
+                             ? fmt::format("concat('=', {})", AsText(key))
+                             : fmt::format("'=' || {}", AsText(key));
     if (storage == Storage::Double) return number;
     switch (mEngine) {
         case Engine::PostgreSql:

@@ -12,12 +12,15 @@ bool Connection::IsThere() { return false; }
 
 bool Connection::IsStuck() { return false; }
 
+// The interface is that of Connection.cpp.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 Connection::Connection(const SqlOptions& /*options*/, std::function<void()> /*wait*/,
                        MCQueryCancel& /*cancel*/) {
     throw UsageError(
         "--sql: this program was built without unixODBC; install unixodbc-dev and build it again, "
         "or let the engine's own client answer what 'accredit sql' prints");
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 Connection::~Connection() = default;
 

@@ -83,6 +83,6 @@ std::string WriteColumnsStatement(const StatementHead& head);
 /// The name and the type, as the engine calls it; nothing for any other text.
 std::optional<std::pair<std::string, std::string>> DecodeColumnKey(std::string_view key);
 /// How values of a type are stored.
-Storage StorageOfType(Dialect::Engine engine, std::string_view type);
+Storage StorageOfType(Dialect::Engine engine, std::string_view name);
 
 }  // namespace app

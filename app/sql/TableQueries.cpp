@@ -69,6 +69,7 @@ std::string PrintableLines(std::string_view text) {
 
 std::vector<std::string> NamesOf(const std::vector<ResultColumn>& columns) {
     std::vector<std::string> names;
+    names.reserve(columns.size());
     for (const ResultColumn& column : columns) names.push_back(column.name);
     return names;
 }

@@ -339,7 +339,7 @@ TableSummary SummariseTable(const Reference& reference, TableQueries& table) {
         if (!found) continue;
         const ResultColumn& source = table.Columns()[*found];
         if (source.name != names[slot]) {
-            made.remarks.push_back(fmt::format("{}: the column \"{}\" is taken for \"{}\"",
+            made.remarks.push_back(fmt::format(R"({}: the column "{}" is taken for "{}")",
                                                table.Name(), Shortened(source.name),
                                                Shortened(names[slot])));
         }
