@@ -110,8 +110,8 @@ struct Case {
 std::vector<Case> Cases() {
     std::vector<Case> cases;
     for (const Case& shape :
-         {Case{"10 continuous", 10, 0, false}, Case{"10 categorical", 0, 10, false},
-          Case{"100 mixed", 50, 50, false}}) {
+         {Case{"10 continuous", 10, 0, false}, Case{"100 continuous", 100, 0, false},
+          Case{"10 categorical", 0, 10, false}, Case{"100 mixed", 50, 50, false}}) {
         for (const bool missing : {false, true}) {
             cases.push_back({shape.name + (missing ? "/missing" : "/complete"), shape.continuous,
                              shape.categorical, missing});

@@ -3,37 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "accredit/host/MCMV.h"
 
 namespace MADetail {
 
 namespace {
-
-Lanes Both(double value) { return Lanes{value, value}; }
-
-// All bits of a mask's lane, set, are a NaN.
-Lanes NaNWhere(LaneMask mask, Lanes value) {
-    return reinterpret_cast<Lanes>(reinterpret_cast<LaneMask>(value) | mask);
-}
-
-template <typename Variables>
-Lanes ValuesOf(const Variables& variables, const double* values) {
-    return Lanes{values[variables[0].position], values[variables[1].position]};
-}
-
-// The variables two by two; the last of an odd number beside itself.
-template <typename Variable, typename Use>
-void ForEachPair(const std::vector<Variable>& variables, Use use) {
-    for (std::size_t i = 0; i < variables.size(); i += 2) {
-        use({variables[i], variables[std::min(i + 1, variables.size() - 1)]});
-    }
-}
-
-template <typename Variables>
-std::size_t LanesInUse(const Variables& variables) {
-    return variables[0].slot == variables[1].slot ? 1 : 2;
-}
 
 // The number of cut points below the value, found by halving. Data whose moments overflow can give
 // cut points that begin with NaN; the answer is then what the halving gives. Where NaN only end the
@@ -50,155 +26,223 @@ std::size_t LowerBound(const std::vector<double>& cutPoints, double value) {
     return static_cast<std::size_t>(first - cutPoints.data());
 }
 
-// Where a value is counted: 0 if it is no category code, or 1 more than the code, which is the
-// value truncated toward zero. A code that no 32-bit integer holds gives the first one beyond them.
-std::size_t CategoryIndex(double value) {
-    const double notBelow = value > -1.0 ? value : -1.0;  // Also of NaN and of the missing value.
-    const double bounded = notBelow < 2147483648.0 ? notBelow : 2147483648.0;
-    return static_cast<std::size_t>(static_cast<std::int64_t>(bounded) + 1);
+// A block of so many values leaves room for the moments in the cache next to the processor.
+constexpr std::size_t kBlockValues = 2048;
+
+constexpr std::size_t kNotMany = static_cast<std::size_t>(-1);
+
+// Where a category code from kFewCodes on is counted, which is the value truncated toward zero.
+// What is below that, or is more than any 32-bit integer, is none.
+std::size_t ManyCodesIndex(double value) {
+    if (!(value >= static_cast<double>(kFewCodes) && value < 2147483648.0)) return kNotMany;
+    return static_cast<std::size_t>(value) - kFewCodes;
 }
 
-constexpr std::size_t kBeyondCodes = 2147483649;
+void Fill(GroupOfDoubles& group, double value) {
+    std::fill(std::begin(group.lanes), std::end(group.lanes), value);
+}
 
 }  // namespace
 
 Accumulators::Accumulators(const std::vector<int>& varIndex,
                            const std::vector<std::int16_t>& categorical,
-                           const std::vector<std::vector<double>>& cutPoints) {
-    std::vector<Variable> continuous;
-    std::vector<Variable> withShortLists;
+                           const std::vector<std::vector<double>>& cutPoints, Gathered gathered,
+                           const BlockFold& fold)
+    : mFold(&fold),
+      mGathersSummaries(gathered != Gathered::Bins),
+      mGathersBins(gathered != Gathered::Summaries) {
     for (std::size_t slot = 0; slot < varIndex.size(); ++slot) {
-        const Variable variable{slot, static_cast<std::size_t>(varIndex[slot])};
-        if (categorical[slot] != 0) {
-            mCategories.push_back({variable, {0.0}});
-            continue;
-        }
-        continuous.push_back(variable);
-        if (cutPoints.empty() || cutPoints[slot].empty()) continue;
-        const std::vector<double>& cuts = cutPoints[slot];
-        if (cuts.size() <= kShortList && !std::isnan(cuts[0])) {
-            withShortLists.push_back(variable);
-        } else {
-            mLongBins.push_back({variable, &cuts, std::vector<double>(cuts.size() + 1, 0.0)});
-        }
+        if (categorical[slot] != 0 && !mGathersSummaries) continue;
+        Columns& columns = categorical[slot] != 0 ? mCategorical : mContinuous;
+        columns.slots.push_back(slot);
+        columns.positions.push_back(static_cast<std::size_t>(varIndex[slot]));
     }
-    ForEachPair(continuous, [this](const VariablePair& pair) {
-        const Lanes missing = Both(MCMV::Missing());
-        mUnseen.push_back({mMoments.size(), 0});
-        mUnseen.push_back({mMoments.size(), 1});
-        mMoments.push_back({pair, Both(0.0), missing, missing, Both(0.0), Both(0.0)});
-    });
-    ForEachPair(withShortLists, [&](const VariablePair& pair) {
-        const std::vector<double>& first = cutPoints[pair[0].slot];
-        const std::vector<double>& second = cutPoints[pair[1].slot];
-        ShortBins bins{pair, {}, {}};
-        const double none = std::numeric_limits<double>::quiet_NaN();
-        for (std::size_t j = 0; j < kShortList; ++j) {
-            bins.cutPoints[j] =
-                Lanes{j < first.size() ? first[j] : none, j < second.size() ? second[j] : none};
-        }
-        mShortBins.push_back(bins);
-    });
+    for (Columns* columns : {&mContinuous, &mCategorical}) {
+        const std::vector<std::size_t>& positions = columns->positions;
+        const std::size_t count = positions.size();
+        if (count >= kGroup && positions.back() - positions.front() + 1 == count)
+            columns->neighbours = count;
+    }
+    mCategorical.first = kGroup * mContinuous.Groups();
+    mStride = mCategorical.first + kGroup * mCategorical.Groups();
+    mBlockRecords = std::clamp(kBlockValues / std::max(mStride, kGroup), kGroup, kBlockRecords);
+    mBlock.resize(mBlockRecords * mStride / kGroup);
+    mRow = Row(0);
+
+    if (mGathersSummaries) {
+        Moments none{};
+        Fill(none.min, MCMV::Missing());
+        Fill(none.max, MCMV::Missing());
+        mMoments.assign(mContinuous.Groups(), none);
+        mUnseen.resize(kGroup * mMoments.size());
+        std::iota(mUnseen.begin(), mUnseen.end(), std::size_t{0});
+        mFewCodes.resize(mCategorical.slots.size());
+        mManyCodes.resize(mCategorical.slots.size());
+    }
+    if (mGathersBins) TakeCutPoints(cutPoints);
 }
 
-void Accumulators::ReserveCategories(const double* values) {
-    for (Categories& categories : mCategories) {
-        const std::size_t index = CategoryIndex(values[categories.variable.position]);
-        std::vector<double>& counts = categories.counts;
-        if (index < counts.capacity() || index >= kBeyondCodes) continue;
+void Accumulators::TakeCutPoints(const std::vector<std::vector<double>>& cutPoints) {
+    CutPointCounts none{};
+    for (GroupOfDoubles& cuts : none.cutPoints) {
+        Fill(cuts, std::numeric_limits<double>::quiet_NaN());
+    }
+    for (std::size_t i = 0; i < mContinuous.slots.size(); ++i) {
+        const std::vector<double>& list = cutPoints[mContinuous.slots[i]];
+        const std::size_t group = i / kGroup;
+        if (list.empty()) continue;
+        if (list.size() > kShortList || std::isnan(list[0])) {
+            mLongLists.push_back({i, &list, std::vector<double>(list.size() + 1, 0.0)});
+            continue;
+        }
+        if (mShortLists.empty() || mShortLists.back().group != group) {
+            mShortLists.push_back({group, {}});
+        }
+        std::vector<CutPointCounts>& parts = mShortLists.back().parts;
+        for (std::size_t j = 0; j < list.size(); ++j) {
+            if (j / kCutPointsAtOnce == parts.size()) parts.push_back(none);
+            parts[j / kCutPointsAtOnce].cutPoints[j % kCutPointsAtOnce].lanes[i % kGroup] = list[j];
+        }
+    }
+}
+
+void Accumulators::Reserve(const double* values) {
+    for (std::size_t i = 0; i < mManyCodes.size(); ++i) {
+        const std::size_t index = ManyCodesIndex(values[mCategorical.positions[i]]);
+        std::vector<double>& counts = mManyCodes[i];
+        if (index == kNotMany || index < counts.capacity()) continue;
         counts.reserve(std::max(index + 1, 2 * counts.capacity()));
     }
 }
 
-void Accumulators::CountCategories(const double* values) {
-    for (Categories& categories : mCategories) {
-        const double value = values[categories.variable.position];
-        const std::size_t index = CategoryIndex(value);
-        if (index < categories.counts.size()) {
-            categories.counts[index] += 1.0;
-        } else if (index < kBeyondCodes) {
-            categories.counts.resize(index + 1, 0.0);
-            categories.counts[index] = 1.0;
+void Accumulators::Finish() {
+    if (mRecords == 0) return;
+    const Block block{Row(0), mStride, mRecords, static_cast<double>(mFolded)};
+    if (mGathersSummaries) {
+        const auto starts = [this](std::size_t variable) { return StartMoments(variable); };
+        mUnseen.erase(std::remove_if(mUnseen.begin(), mUnseen.end(), starts), mUnseen.end());
+        mFold->foldMoments(block, 0, mMoments.data(), mMoments.size());
+        for (std::size_t i = 0; i < mFewCodes.size(); i += kGroup) {
+            mFold->countCodes(block, mCategorical.first + i, &mFewCodes[i],
+                              std::min(kGroup, mFewCodes.size() - i));
+        }
+        CountManyCodes();
+    }
+    if (mGathersBins) {
+        for (ShortLists& lists : mShortLists) {
+            for (CutPointCounts& part : lists.parts) {
+                mFold->countAbove(block, kGroup * lists.group, &part);
+            }
+        }
+        CountLongLists();
+    }
+    mFolded += mRecords;
+    mRecords = 0;
+    mRow = Row(0);
+}
+
+bool Accumulators::StartMoments(std::size_t variable) {
+    for (std::size_t record = 0; record < mRecords; ++record) {
+        const double x = Row(record)[variable];
+        if (MCMV::IsMissing(x)) continue;
+        Moments& moments = mMoments[variable / kGroup];
+        moments.min.lanes[variable % kGroup] = x;
+        moments.max.lanes[variable % kGroup] = x;
+        return true;
+    }
+    return false;
+}
+
+void Accumulators::CountManyCodes() {
+    for (std::size_t i = 0; i < mManyCodes.size(); ++i) {
+        auto& beyond = mFewCodes[i].counts[CodeCounts::kBeyond];
+        if (std::count(std::begin(beyond), std::end(beyond), 0) == kCopies) continue;
+        std::fill(std::begin(beyond), std::end(beyond), 0);
+        std::vector<double>& counts = mManyCodes[i];
+        for (std::size_t record = 0; record < mRecords; ++record) {
+            const std::size_t index = ManyCodesIndex(Row(record)[mCategorical.first + i]);
+            if (index == kNotMany) continue;
+            if (index >= counts.size()) counts.resize(index + 1, 0.0);
+            counts[index] += 1.0;
         }
     }
 }
 
-void Accumulators::Fold(const double* values) {
-    if (!mUnseen.empty()) StartWith(values);
-    const Lanes missing = Both(MCMV::Missing());
-    for (Moments& moments : mMoments) {
-        const Lanes x = ValuesOf(moments.variables, values);
-        const LaneMask absent = x == missing;
-        const Lanes n = moments.count + 1.0;
-        // Adding this 0 changes nothing: neither the mean nor the squares are ever -0.
-        const Lanes d = absent ? Both(0.0) : x - moments.mean;
-        moments.squares += (moments.count / n) * (d * d);
-        moments.mean += d / n;
-        moments.count += absent ? Both(0.0) : Both(1.0);
-        const Lanes seen = NaNWhere(absent, x);
-        moments.min = seen < moments.min ? seen : moments.min;
-        moments.max = seen > moments.max ? seen : moments.max;
+void Accumulators::CountLongLists() {
+    for (LongList& list : mLongLists) {
+        for (std::size_t record = 0; record < mRecords; ++record) {
+            const double x = Row(record)[list.column];
+            if (!MCMV::IsMissing(x)) list.counts[LowerBound(*list.cutPoints, x)] += 1.0;
+        }
     }
 }
 
-void Accumulators::StartWith(const double* values) {
-    const auto starts = [this, values](const Unseen& unseen) {
-        Moments& moments = mMoments[unseen.pair];
-        const double x = values[moments.variables[unseen.lane].position];
-        if (MCMV::IsMissing(x)) return false;
-        moments.min[unseen.lane] = x;
-        moments.max[unseen.lane] = x;
-        return true;
-    };
-    mUnseen.erase(std::remove_if(mUnseen.begin(), mUnseen.end(), starts), mUnseen.end());
-}
-
-void Accumulators::CountBins(const double* values) {
-    const Lanes missing = Both(MCMV::Missing());
-    for (ShortBins& bins : mShortBins) {
-        const Lanes x = ValuesOf(bins.variables, values);
-        // In an ascending list the lower bound is the number of cut points below the value.
-        LaneMask index = {0, 0};
-        for (const Lanes& cut : bins.cutPoints) index -= cut < x;
-        index = x == missing ? LaneMask{kShortList + 1, kShortList + 1} : index;
-        bins.counts[0][static_cast<std::size_t>(index[0])] += 1.0;
-        bins.counts[1][static_cast<std::size_t>(index[1])] += 1.0;
+// The cases of each category, up to the highest code seen.
+std::vector<double> Accumulators::CodesOf(std::size_t variable) const {
+    const std::vector<double>& many = mManyCodes[variable];
+    std::vector<double> codes(kFewCodes);
+    for (std::size_t code = 0; code < kFewCodes; ++code) {
+        const auto& copies = mFewCodes[variable].counts[code + 1];
+        codes[code] = static_cast<double>(
+            std::accumulate(std::begin(copies), std::end(copies), std::uint64_t{0}));
     }
-    for (LongBins& bins : mLongBins) {
-        const double x = values[bins.variable.position];
-        if (!MCMV::IsMissing(x)) bins.counts[LowerBound(*bins.cutPoints, x)] += 1.0;
-    }
+    codes.insert(codes.end(), many.begin(), many.end());
+    while (!codes.empty() && codes.back() == 0.0) codes.pop_back();
+    return codes;
 }
 
 void Accumulators::StoreSummaries(std::vector<VarSummary>& summaries,
                                   std::vector<std::vector<double>>& frequencies) const {
-    for (const Categories& categories : mCategories) {
-        const std::size_t slot = categories.variable.slot;
-        frequencies[slot].assign(categories.counts.begin() + 1, categories.counts.end());
-        double cases = 0.0;
-        for (const double count : frequencies[slot]) cases += count;
-        summaries[slot].count = static_cast<unsigned long>(cases);
+    for (std::size_t i = 0; i < mCategorical.slots.size(); ++i) {
+        const std::size_t slot = mCategorical.slots[i];
+        frequencies[slot] = CodesOf(i);
+        summaries[slot].count = static_cast<unsigned long>(
+            std::accumulate(frequencies[slot].begin(), frequencies[slot].end(), 0.0));
     }
-    for (const Moments& moments : mMoments) {
-        for (std::size_t lane = 0; lane < LanesInUse(moments.variables); ++lane) {
-            VarSummary& summary = summaries[moments.variables[lane].slot];
-            summary.count = static_cast<unsigned long>(moments.count[lane]);
-            summary.min = moments.min[lane];
-            summary.max = moments.max[lane];
-            summary.mean = moments.mean[lane];
-            summary.stdDev = moments.squares[lane];
-        }
+    for (std::size_t i = 0; i < mContinuous.slots.size(); ++i) {
+        const Moments& moments = mMoments[i / kGroup];
+        const std::size_t lane = i % kGroup;
+        VarSummary& summary = summaries[mContinuous.slots[i]];
+        summary.count = static_cast<unsigned long>(moments.count.lanes[lane]);
+        summary.min = moments.min.lanes[lane];
+        summary.max = moments.max.lanes[lane];
+        summary.mean = moments.mean.lanes[lane];
+        summary.stdDev = moments.squares.lanes[lane];
     }
 }
 
+// Above a cut point lie the values of all bins right of it.
+std::vector<double> Accumulators::BinsOf(std::size_t variable, const ShortLists& lists,
+                                         std::size_t cutPoints) const {
+    const std::size_t lane = variable % kGroup;
+    const auto missing = static_cast<std::uint64_t>(lists.parts[0].missing.lanes[lane]);
+    std::vector<double> bins;
+    std::uint64_t left = mFolded - missing;
+    for (std::size_t j = 0; j < cutPoints; ++j) {
+        const CutPointCounts& part = lists.parts[j / kCutPointsAtOnce];
+        auto above = static_cast<std::uint64_t>(part.above[j % kCutPointsAtOnce].lanes[lane]);
+        if (part.cutPoints[j % kCutPointsAtOnce].lanes[lane] < MCMV::Missing()) above -= missing;
+        bins.push_back(static_cast<double>(left - above));
+        left = above;
+    }
+    bins.push_back(static_cast<double>(left));
+    return bins;
+}
+
 void Accumulators::StoreBins(std::vector<std::vector<double>>& frequencies) const {
-    for (const ShortBins& bins : mShortBins) {
-        for (std::size_t lane = 0; lane < LanesInUse(bins.variables); ++lane) {
-            std::vector<double>& stored = frequencies[bins.variables[lane].slot];
-            std::copy_n(bins.counts[lane].begin(), stored.size(), stored.begin());
+    for (const ShortLists& lists : mShortLists) {
+        for (std::size_t i = kGroup * lists.group;
+             i < std::min(kGroup * (lists.group + 1), mContinuous.slots.size()); ++i) {
+            std::vector<double>& stored = frequencies[mContinuous.slots[i]];
+            const std::size_t bins = stored.size();
+            if (bins > 1 && bins - 1 <= kCutPointsAtOnce * lists.parts.size()) {
+                stored = BinsOf(i, lists, bins - 1);
+            }
         }
     }
-    for (const LongBins& bins : mLongBins) frequencies[bins.variable.slot] = bins.counts;
+    for (const LongList& list : mLongLists) {
+        frequencies[mContinuous.slots[list.column]] = list.counts;
+    }
 }
 
 }  // namespace MADetail

@@ -34,7 +34,8 @@ struct MASummaryBuilder::State {
 
     void Begin() {
         accumulators = std::make_unique<Accumulators>(positions, categorical,
-                                                      SummaryMembers::CutPoints(summary));
+                                                      SummaryMembers::CutPoints(summary),
+                                                      MADetail::Gathered::SummariesAndBins);
         count = 0;
     }
 
@@ -61,10 +62,8 @@ MCStatus MASummaryBuilder::Add(const std::vector<double>& values) {
 MCStatus MASummaryBuilder::Add(const double* values, std::size_t size) {
     if (size != mState->size) return {MAStatusRecordSize, false};
     Accumulators& accumulators = *mState->accumulators;
-    accumulators.ReserveCategories(values);
-    accumulators.CountCategories(values);
-    accumulators.Fold(values);
-    accumulators.CountBins(values);
+    accumulators.Reserve(values);
+    accumulators.Add(values);
     ++mState->count;
     return {};
 }
@@ -75,6 +74,7 @@ MADistStats MASummaryBuilder::GetDistStats() const {
     auto made = std::make_unique<MADistStatsImp>(mState->summary);
     std::vector<VarSummary>& summaries = SummaryMembers::Summaries(*made);
     std::vector<std::vector<double>>& frequencies = SummaryMembers::Frequencies(*made);
+    mState->accumulators->Finish();
     mState->accumulators->StoreSummaries(summaries, frequencies);
     mState->accumulators->StoreBins(frequencies);
     for (VarSummary& summary : summaries) summary.Finish();

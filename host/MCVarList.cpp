@@ -58,8 +58,6 @@ void MCVarList::Append(Owned<IMCVariable> variable, Owned<IMCEncoder> encoder) {
     }
 }
 
-unsigned int MCVarList::Size() const { return static_cast<unsigned int>(mEntries.size()); }
-
 int MCVarList::GetNumInputVars() const {
     return static_cast<int>(std::count_if(mEntries.begin(), mEntries.end(), [](const Entry& entry) {
         return entry.variable.Get()->GetRole() == IMCVariable::VariableRoleInput;

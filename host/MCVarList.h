@@ -56,7 +56,7 @@ public:
                    std::shared_ptr<IMCEncoder> encoder = nullptr);
 
     /// The number of variables, those of all roles.
-    unsigned int Size() const;
+    unsigned int Size() const { return static_cast<unsigned int>(mEntries.size()); }
 
     /// The number of variables whose GetRole gives VariableRoleInput.
     int GetNumInputVars() const;

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -104,40 +104,115 @@ bool Same(double left, double right) {
     return std::isnan(left) ? std::isnan(right) : std::memcmp(&left, &right, sizeof left) == 0;
 }
 
-TEST(VarSummary, FoldsValuesAsAPassDoes) {
+// What a pass is to find of one variable, by one value after the other.
+struct Literal {
+    explicit Literal(const Numbers& values, const Numbers& cutPoints = {})
+        : bins(cutPoints.empty() ? 0 : cutPoints.size() + 1) {
+        for (const double x : values) {
+            summary.AddValue(x);
+            if (MCMV::IsMissing(x) || bins.empty()) continue;
+            std::size_t bin = 0;
+            while (bin < cutPoints.size() && cutPoints[bin] < x) ++bin;
+            ++bins[bin];
+        }
+        summary.Finish();
+    }
+
+    VarSummary summary;
+    Numbers bins;
+};
+
+void ExpectSame(const MADistStats& stats, unsigned int slot, const Numbers& values) {
+    const Numbers& cutPoints = stats.GetCutPoints(slot);
+    // Cut points that begin with NaN are searched in another way.
+    const bool hasBins = cutPoints.empty() || !std::isnan(cutPoints[0]);
+    const Literal expected(values, hasBins ? cutPoints : Numbers());
+    VarSummary inPass;
+    stats.GetMinMax(slot, inPass.min, inPass.max);
+    stats.GetMeanStdDev(slot, inPass.mean, inPass.stdDev);
+    EXPECT_EQ(stats.GetNumberOfCases(slot), expected.summary.count);
+    EXPECT_TRUE(Same(inPass.min, expected.summary.min) && Same(inPass.max, expected.summary.max));
+    EXPECT_TRUE(Same(inPass.mean, expected.summary.mean));
+    EXPECT_TRUE(Same(inPass.stdDev, expected.summary.stdDev));
+    if (!hasBins) return;
+    EXPECT_EQ(stats.GetFrequencies(slot), expected.bins);
+}
+
+// Kinds of columns, by the values that may come.
+std::vector<Numbers> KindsOfColumns() {
     const double inf = std::numeric_limits<double>::infinity();
-    const Numbers odd = {MCMV::Missing(), MCMV::Missing(), -0.0, 0.0,  5e-324,
-                         1e308,           -1e308,          inf,  -inf, std::nan("")};
-    const std::string names = "a b c d e ";
+    const double missing = MCMV::Missing();
+    return {
+        {},                          // none but random ones
+        {missing},                   // a part is missing
+        {0.0, 1.0, 2.0},             // the mean is met exactly
+        {0.0, -0.0, missing},        // the first zero stays minimum and maximum
+        {5e-324, 1e-310, -3e-300},   // quotients below the normal numbers
+        {1e308, -1e308, 1e300},      // differences and squares overflow
+        {inf, 1.0},                  // the mean becomes infinite, then a NaN
+        {std::nan(""), -inf, -0.0},  // NaN stays the minimum if it comes first
+    };
+}
+
+TEST(DataPass, GivesTheBitsOfOneValueAfterTheOther) {
+    const std::vector<Numbers> kinds = KindsOfColumns();
     std::mt19937 random(5);
     std::uniform_real_distribution<double> uniform(-1.0, 3.0);
-    for (int table = 0; table < 500; ++table) {
-        // Up to NaN in every third table, up to the tame ones in the others.
-        const std::size_t kinds = table % 3 == 0 ? odd.size() : 5;
-        const std::size_t width = random() % 5 + 1;
-        std::vector<Numbers> rows(random() % 12, Numbers(width));
-        std::vector<VarSummary> expected(width);
-        for (Numbers& row : rows) {
-            for (std::size_t i = 0; i < width; ++i) {
-                const std::size_t kind = random() % (2 * kinds);
-                row[i] = kind < kinds ? odd[kind] : uniform(random);
-                expected[i].AddValue(row[i]);
+    for (int table = 0; table < 400; ++table) {
+        const std::size_t width = random() % 20 + 1;
+        std::vector<Numbers> columns(width);
+        std::vector<Numbers> records(random() % 4 == 0 ? random() % 4 : random() % 300);
+        std::string names;
+        for (std::size_t i = 0; i < width; ++i) {
+            names += (i > 0 ? " v" : "v") + std::to_string(i);
+            // Odd values begin somewhere, so that blocks before are folded in another way.
+            const Numbers& odd = kinds[random() % 4 == 0 ? random() % kinds.size() : 0];
+            const std::size_t from = random() % (records.size() + 1);
+            const bool onlyOdd = random() % 3 == 0;
+            for (std::size_t r = 0; r < records.size(); ++r) {
+                const bool isOdd = !odd.empty() && r >= from && (onlyOdd || random() % 4 == 0);
+                columns[i].push_back(isOdd ? odd[random() % odd.size()] : uniform(random));
+                records[r].push_back(columns[i].back());
             }
         }
-        const MADistStats stats = fakes::Summary(List(names.substr(0, 2 * width)), rows);
+        std::vector<Numbers> cutPoints(table % 2 == 0 ? width : 0);
+        for (Numbers& list : cutPoints) {
+            for (std::size_t size = random() % 13; list.size() < size;) {
+                list.push_back(list.empty() ? -1.0 : list.back() + 0.25);
+            }
+            if (!list.empty() && random() % 4 == 0) list[0] = -HUGE_VAL;
+        }
+        const MADistStats stats = fakes::Summary(List(names), records, cutPoints);
         for (unsigned int slot = 0; slot < width; ++slot) {
-            VarSummary& alone = expected[slot];
-            alone.Finish();
-            VarSummary inPass;
-            stats.GetMinMax(slot, inPass.min, inPass.max);
-            stats.GetMeanStdDev(slot, inPass.mean, inPass.stdDev);
-            EXPECT_EQ(stats.GetNumberOfCases(slot), alone.count);
-            const Numbers& bins = stats.GetFrequencies(slot);
-            EXPECT_EQ(std::accumulate(bins.begin(), bins.end(), 0.0),
-                      bins.empty() ? 0.0 : static_cast<double>(alone.count));
-            EXPECT_TRUE(Same(inPass.min, alone.min) && Same(inPass.max, alone.max)) << table;
-            EXPECT_TRUE(Same(inPass.mean, alone.mean)) << table;
-            EXPECT_TRUE(Same(inPass.stdDev, alone.stdDev)) << table;
+            SCOPED_TRACE(std::to_string(table) + ' ' + std::to_string(slot));
+            ExpectSame(stats, slot, columns[slot]);
+        }
+    }
+}
+
+TEST(DataPass, CountsCategoriesByTheirTruncatedCodes) {
+    std::mt19937 random(6);
+    for (int table = 0; table < 60; ++table) {
+        // Some codes are beyond those that are counted in several copies.
+        const double bound = table % 2 == 0 ? 12.0 : 100.0;
+        std::uniform_real_distribution<double> uniform(-2.0, bound);
+        std::vector<Numbers> records(random() % 300);
+        std::vector<Numbers> expected(11);
+        std::string names;
+        for (int i = 0; i < 11; ++i) names += " c" + std::to_string(i) + ":a";
+        for (Numbers& record : records) {
+            for (Numbers& counts : expected) {
+                const double x = random() % 9 == 0 ? MCMV::Missing() : uniform(random);
+                record.push_back(x);
+                if (!(x > -1.0)) continue;
+                const auto code = static_cast<std::size_t>(std::max(x, 0.0));
+                if (code >= counts.size()) counts.resize(code + 1);
+                ++counts[code];
+            }
+        }
+        const MADistStats stats = fakes::Summary(List(names.substr(1)), records);
+        for (unsigned int slot = 0; slot < 11; ++slot) {
+            EXPECT_EQ(stats.GetFrequencies(slot), expected[slot]) << table;
         }
     }
 }
