@@ -133,8 +133,9 @@ struct CasesOfRecords {
             const Lanes before = first + (block.recordsBefore + static_cast<double>(record));
             const Lanes count = before + 1.0;
             LanesAt(n + record) = count;
-            LanesAt(reciprocal + record) = 1.0 / count;
-            LanesAt(share + record) = before / count;
+            const Lanes inverse = 1.0 / count;
+            LanesAt(reciprocal + record) = inverse;
+            LanesAt(share + record) = Quotient<Quotients::OfTheRecords>(before, count, inverse);
         }
     }
 
