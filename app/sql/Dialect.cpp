@@ -70,7 +70,8 @@ std::string PercentEncoded(const std::string& key, Engine engine) {
         const auto code = static_cast<unsigned char>(c);
         const std::string text = engine == Engine::Sqlite && code < 0x20U
                                      ? fmt::format("char({})", code)
-                                     : Dialect::Text(std::string(1, c));
+                                 : c == '\'' ? "''''"
+                                             : fmt::format("'{}'", c);
         sql = fmt::format("REPLACE({}, {}, '%{:02X}')", sql, text, code);
     }
     return fmt::format("'[' || {} || ']'", sql);
@@ -204,7 +205,9 @@ std::vector<std::string> Dialect::PartsOf(std::string_view table) const {
     bool isWithin = false;
     for (std::size_t i = 0; i < table.size(); ++i) {
         const char c = table[i];
-        if (isQuoted && c == Quote()) {
+        if (isWithin && c == '\\' && mEngine == Engine::ClickHouse && i + 1 < table.size()) {
+            parts.back() += table[++i];
+        } else if (isQuoted && c == Quote()) {
             const bool isDoubled = isWithin && i + 1 < table.size() && table[i + 1] == c;
             if (isDoubled) parts.back() += table[++i];
             if (!isDoubled) isWithin = !isWithin;
@@ -217,10 +220,11 @@ std::vector<std::string> Dialect::PartsOf(std::string_view table) const {
     return parts;
 }
 
-std::string Dialect::Text(std::string_view text) {
+std::string Dialect::Text(std::string_view text) const {
+    const bool escapes = mEngine == Engine::MySql || mEngine == Engine::ClickHouse;
     std::string quoted = "'";
     for (const char c : text) {
-        if (c == '\'') quoted += c;
+        if (c == '\'' || (c == '\\' && escapes)) quoted += c;
         quoted += c;
     }
     return quoted + "'";

@@ -63,8 +63,8 @@ public:
     std::string Column(std::string_view name) const;
     /// The parts of such a name, without quotes.
     std::vector<std::string> PartsOf(std::string_view table) const;
-    /// A text between quotes. It may hold no control characters and no backslash.
-    static std::string Text(std::string_view text);
+    /// A text between quotes. It may hold no control characters.
+    std::string Text(std::string_view text) const;
 
     /// A number.
     Expression Number(double number) const;

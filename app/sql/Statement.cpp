@@ -324,8 +324,8 @@ std::string Writer::Rotated(const std::vector<Row>& rows, const std::string& fro
     const bool hasValues = mHead.engine == Engine::PostgreSql || mHead.engine == Engine::Ansi;
     for (std::size_t n = 0; n < rows.size(); ++n) {
         const Row& row = rows[n];
-        const std::string part = Dialect::Text(row.part);
-        const std::string key = Dialect::Text(row.key);
+        const std::string part = mDialect.Text(row.part);
+        const std::string key = mDialect.Text(row.key);
         if (hasValues) {
             list.push_back(fmt::format("({}, {}, {}, {})", n, row.column, part, key));
         } else if (n == 0) {
@@ -398,10 +398,10 @@ std::string Writer::ClickHousePart(const Piece& piece) const {
     for (const Row& row : RowsOf(piece)) {
         const std::string key = row.part == AnswerRow::kType
                                     ? fmt::format("accredit_y{}", row.column - 1)
-                                : row.keySql.empty() ? Dialect::Text(row.key)
+                                : row.keySql.empty() ? mDialect.Text(row.key)
                                                      : fmt::format("ifNull({}, '')", row.keySql);
         tuples.push_back(fmt::format("(toUInt32({}), {}, {}, toUInt64(ifNull({}, 0)))", row.column,
-                                     Dialect::Text(row.part), key,
+                                     mDialect.Text(row.part), key,
                                      row.countSql.empty() ? "1" : row.countSql));
     }
     return fmt::format(
@@ -553,9 +553,9 @@ std::string ColumnRows(const StatementHead& head, const std::string& table) {
     const Dialect dialect(head.engine, Dialect::Numbers::Literal);
     std::vector<std::string> parts = dialect.PartsOf(table);
     for (const std::string& part : parts) RequirePlain(part, "--table:");
-    const std::string name = Dialect::Text(parts.back());
+    const std::string name = dialect.Text(parts.back());
     parts.pop_back();
-    const std::string schema = parts.empty() ? "" : Dialect::Text(parts.back());
+    const std::string schema = parts.empty() ? "" : dialect.Text(parts.back());
     const auto row = [](const std::string& number, const std::string& key) {
         return fmt::format("SELECT {}, '{}', {}, 1 FROM ", number, AnswerRow::kColumn, key);
     };
@@ -570,7 +570,7 @@ std::string ColumnRows(const StatementHead& head, const std::string& table) {
                    fmt::format(
                        "pg_attribute WHERE attrelid = CAST({} AS regclass) AND attnum > 0 "
                        "AND NOT attisdropped",
-                       Dialect::Text(dialect.TableName(table)));
+                       dialect.Text(dialect.TableName(table)));
         case Engine::MySql:
             return row("ORDINAL_POSITION",
                        fmt::format("CONCAT({}, ':', {})",
@@ -613,6 +613,7 @@ std::string WriteColumnsStatement(const StatementHead& head) {
             "--query: only of a table can the engine tell the columns; CREATE VIEW makes one of "
             "the query");
     }
+    const Dialect dialect(head.engine, Dialect::Numbers::Literal);
     std::vector<std::string> parts;
     for (const Row& row : HeadRows(head)) {
         const char* const form =
@@ -624,8 +625,8 @@ std::string WriteColumnsStatement(const StatementHead& head) {
                   "(accredit_column, accredit_part, accredit_key, accredit_count)"
                 : "SELECT {} AS accredit_column, {} AS accredit_part, {} AS accredit_key, 1 AS "
                   "accredit_count";
-        parts.push_back(fmt::format(fmt::runtime(form), row.column, Dialect::Text(row.part),
-                                    Dialect::Text(row.key)));
+        parts.push_back(fmt::format(fmt::runtime(form), row.column, dialect.Text(row.part),
+                                    dialect.Text(row.key)));
     }
     parts.push_back(ColumnRows(head, head.source.substr(blank + 1)));
     return Join(parts, "\nUNION ALL\n") + (head.engine == Engine::ClickHouse ? "\n" : ";\n");
