@@ -6,9 +6,11 @@
 namespace MCCommon {
 
 MCTableRecordIter::MCTableRecordIter(std::vector<double> values, int recordSize)
-    : mValues(std::move(values)), mRecordSize(static_cast<std::size_t>(std::max(recordSize, 0))) {}
+    : mRecordSize(static_cast<std::size_t>(std::max(recordSize, 0))) {
+    if (mRecordSize > 0) mValues = std::move(values);
+}
 
-bool MCTableRecordIter::HasMoreRecords() { return mRecordSize > 0 && mNext < mValues.size(); }
+bool MCTableRecordIter::HasMoreRecords() { return mNext < mValues.size(); }
 
 const Record* MCTableRecordIter::GetNextRecord() {
     if (!MCTableRecordIter::HasMoreRecords()) return nullptr;
