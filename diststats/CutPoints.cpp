@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "accredit/diststats/MACutPoints.h"
 #include "accredit/diststats/MADistStatsImp.h"
 #include "accredit/diststats/MAProblems.h"
 #include "accredit/host/internal/StrictlyAscending.h"
@@ -41,6 +42,12 @@ int MAFindBadCutPoints(const MCVarList& varList,
     return FindBadCutPoints(categorical, cutPoints);
 }
 
+std::vector<double> MAComputeCutPoints(double mean, double stdDev) {
+    if (MCMV::IsMissing(stdDev) || stdDev == 0.0) return {};
+    const double twice = stdDev + stdDev;
+    return {mean - twice, mean - stdDev, mean, mean + stdDev, mean + twice};
+}
+
 bool MADistStatsImp::CutPointsAreValid(const std::vector<int>& /*varIndex*/,
                                        const std::vector<std::int16_t>& categorical,
                                        const std::vector<std::vector<double>>& cutPoints) {
@@ -63,12 +70,9 @@ bool MADistStatsImp::ComputeCutPoints(const MCVarList& /*varList*/) {
     bool any = false;
     for (std::size_t slot = 0; slot < mVarIndex.size(); ++slot) {
         if (mCategorical[slot] != 0) continue;
-        const double s = mSummaries[slot].stdDev;
-        if (MCMV::IsMissing(s) || s == 0.0) continue;
+        mCutPoints[slot] = MAComputeCutPoints(mSummaries[slot].mean, mSummaries[slot].stdDev);
+        if (mCutPoints[slot].empty()) continue;
         any = true;
-        const double m = mSummaries[slot].mean;
-        const double twice = s + s;
-        mCutPoints[slot] = {m - twice, m - s, m, m + s, m + twice};
         mFrequencies[slot].resize(mCutPoints[slot].size() + 1);
     }
     return any;

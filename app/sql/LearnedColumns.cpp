@@ -8,8 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "accredit/diststats/MACutPoints.h"
 #include "accredit/documents/NumberText.h"
-#include "accredit/host/MCMV.h"
 #include "app/base/Printable.h"
 #include "app/base/ShellText.h"
 #include "app/data/CellText.h"
@@ -131,10 +131,8 @@ void ComputeCutPoints(std::vector<AnsweredColumn>& columns, std::uint64_t rows,
         if (each.column.kind != ColumnKind::Continuous) continue;
         const NumberFigures figures(each.answer, rows, missing);
         const double s = figures.Deviation();
-        if (MCMV::IsMissing(s) || s == 0.0) continue;
-        const double m = figures.Mean();
-        const double twice = s + s;
-        each.cutPoints = {m - twice, m - s, m, m + s, m + twice};
+        each.cutPoints = MAComputeCutPoints(figures.Mean(), s);
+        if (each.cutPoints.empty()) continue;
         const auto disorder =
             std::adjacent_find(each.cutPoints.begin(), each.cutPoints.end(),
                                [](double left, double right) { return !(left < right); });
