@@ -1,9 +1,6 @@
 #include "app/base/Fingerprint.h"
 
-#include <fmt/format.h>
-#include <xxhash.h>
-
-#include <new>
+#include <cstddef>
 
 namespace app {
 
@@ -13,13 +10,6 @@ namespace {
 constexpr std::size_t kPiece = std::size_t{1} << 16U;
 
 }  // namespace
-
-void Fingerprint::Free::operator()(XXH3_state_s* state) const { XXH3_freeState(state); }
-
-Fingerprint::Fingerprint() : mState(XXH3_createState()) {
-    if (!mState) throw std::bad_alloc();
-    XXH3_128bits_reset(mState.get());
-}
 
 void Fingerprint::AddRow(const std::vector<std::string_view>& cells) {
     for (const std::string_view cell : cells) {
@@ -48,14 +38,13 @@ void Fingerprint::AddPlainRow(std::string_view row) {
 }
 
 void Fingerprint::Flush() {
-    XXH3_128bits_update(mState.get(), mRows.data(), mRows.size());
+    mHash.Add(mRows.data(), mRows.size());
     mRows.clear();
 }
 
 std::string Fingerprint::Text() {
     Flush();
-    const XXH128_hash_t hash = XXH3_128bits_digest(mState.get());
-    return fmt::format("xxh128:{:016x}{:016x}", hash.high64, hash.low64);
+    return "xxh128:" + mHash.Text();
 }
 
 }  // namespace app

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-struct XXH3_state_s;
+#include "app/base/ByteHash.h"
 
 namespace app {
 
@@ -15,9 +13,6 @@ namespace app {
 /// accident, and is no protection against tables that are made to have the same one.
 class Fingerprint {
 public:
-    /// Of no rows. Throws std::bad_alloc.
-    Fingerprint();
-
     /// Adds a row of at least one cell.
     void AddRow(const std::vector<std::string_view>& cells);
 
@@ -25,18 +20,14 @@ public:
     /// them.
     void AddPlainRow(std::string_view row);
 
-    /// The hash, XXH3 with 128 bits: "xxh128:" and 32 hexadecimal digits.
+    /// "xxh128:" and the hash, see ByteHash.
     std::string Text();
 
 private:
-    struct Free {
-        void operator()(XXH3_state_s* state) const;
-    };
-
     void AddCell(std::string_view cell);
     void Flush();
 
-    std::unique_ptr<XXH3_state_s, Free> mState;
+    ByteHash mHash;
     std::string mRows;  // what has not been hashed yet
 };
 

@@ -63,9 +63,14 @@ void InputFile::PutBack(std::string beginning) {
 }
 
 void InputFile::KeepForRewind() {
-    if (mCanSeek || mCopy) return;
-    mCopy = std::make_unique<TemporaryCopy>(mName);
-    mCopy->Append(mPutBack.data(), mPutBack.size());
+    if (mCanSeek) {
+        // What was put back belongs to the hash, too.
+        Restart();
+        mHash.emplace();
+    } else if (!mCopy) {
+        mCopy = std::make_unique<TemporaryCopy>(mName);
+        mCopy->Append(mPutBack.data(), mPutBack.size());
+    }
 }
 
 std::size_t InputFile::Read(char* buffer, std::size_t size) {
@@ -137,12 +142,14 @@ std::size_t InputFile::ReadDescriptor(char* buffer, std::size_t size) {
         const ssize_t got = read(descriptor, buffer + filled, size - filled);
         if (got == 0) {
             RequireUnchanged();
+            RequireSameBytes();
             break;
         }
         if (got < 0) {
             if (errno == EINTR) continue;
             Fail(errno);
         }
+        if (mHash) mHash->Add(buffer + filled, static_cast<std::size_t>(got));
         filled += static_cast<std::size_t>(got);
         mDone += static_cast<std::uint64_t>(got);
         std::optional<std::uint64_t> length;
@@ -161,6 +168,12 @@ void InputFile::Rewind() {
         mCopyIsRead = true;
     }
     if (!mCopy) RequireUnchanged();
+    if (mHash) mHash.emplace();
+    Restart();
+    ++mPass;
+}
+
+void InputFile::Restart() {
     if (lseek(mCopy ? mCopy->Descriptor() : mDescriptor, 0, SEEK_SET) != 0) Fail(errno);
     mDone = 0;
     mHasBegun = false;
@@ -168,7 +181,6 @@ void InputFile::Rewind() {
     mArchive = mPlain = {};
     mDecompressed = 0;
     PutBack({});
-    ++mPass;
 }
 
 // What another program writes meanwhile is read half, and passes over different contents do not
@@ -182,6 +194,14 @@ void InputFile::RequireUnchanged() const {
         now.st_mtim.tv_nsec != mOpened.st_mtim.tv_nsec) {
         RefuseChanged();
     }
+}
+
+// A file can be written to without becoming longer or, by its clock, younger.
+void InputFile::RequireSameBytes() {
+    if (!mHash) return;
+    const std::string hash = mHash->Text();
+    if (mWholeHash.empty()) mWholeHash = hash;
+    if (hash != mWholeHash) RefuseChanged();
 }
 
 void InputFile::RefuseChanged() const { throw InputError(mName + ": changed while it was read"); }

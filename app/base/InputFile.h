@@ -6,11 +6,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "accredit/host/MCQueryCancel.h"
+#include "app/base/ByteHash.h"
 #include "app/base/Decompressor.h"
 #include "app/base/Progress.h"
 #include "app/base/TemporaryCopy.h"
@@ -41,15 +43,17 @@ public:
 
     /// Fills `buffer` with the next `size` bytes, fewer only at the end of the file, and gives
     /// their number. Throws InputError, also when a regular file turns out at its end to have
-    /// changed since it was opened, and for archives that are cut short, damaged, or so much larger
-    /// than their length that they could take for ever; OutputError, see KeepForRewind; Cancelled.
+    /// changed since it was opened, or to hold other bytes than when it was first read to its end,
+    /// and for archives that are cut short, damaged, or so much larger than their length that they
+    /// could take for ever; OutputError, see KeepForRewind; Cancelled.
     std::size_t Read(char* buffer, std::size_t size);
 
     /// Gives back what was read from the beginning, and nothing else yet, to be read again.
     void PutBack(std::string beginning);
 
     /// To be called before Rewind is, when nothing has been read or all of it was put back: of what
-    /// is no regular file a temporary copy is made while it is read. Throws OutputError.
+    /// is no regular file a temporary copy is made while it is read, of a regular file a hash is
+    /// taken. Throws InputError, OutputError.
     void KeepForRewind();
 
     /// Goes back to the beginning. Throws InputError, also when the file has changed since it was
@@ -65,6 +69,8 @@ private:
     std::size_t ReadDescriptor(char* buffer, std::size_t size);
     void RequireBearable(std::uint64_t decompressed) const;
     void RequireUnchanged() const;
+    void RequireSameBytes();
+    void Restart();
     [[noreturn]] void RefuseArchive(std::uint64_t byte, const std::string& problem) const;
     [[noreturn]] void Fail(int error) const;
 
@@ -90,6 +96,8 @@ private:
 
     std::string mPutBack;  // to be read before all else, from mPutBackUsed on
     std::size_t mPutBackUsed = 0;
+    std::optional<ByteHash> mHash;  // of this pass, if the file is read again
+    std::string mWholeHash;         // of the first pass to the end
     std::unique_ptr<TemporaryCopy> mCopy;
     bool mCopyIsRead = false;  // and is whole
 };

@@ -162,6 +162,7 @@ SettledColumn Settle(const CsvReader& reader, std::size_t column, Choice choice,
     settled.column.name = reader.Headings()[column];
     settled.facts = scan.Facts();
     if (!SettleByFacts(choice, settled)) RefuseSpreadsheetNumbers(reader, column, settled.facts);
+    if (settled.column.kind == ColumnKind::Continuous) settled.cutPoints = scan.CutPoints();
     return settled;
 }
 

@@ -50,6 +50,8 @@ struct SettledColumn {
     LeftOut leftOut = LeftOut::No;
     bool isChosen = false;  ///< By the user.
     ColumnFacts facts;      ///< None of a column that the user ignores.
+    /// Of a continuous column of files, those that a data pass computes.
+    std::vector<double> cutPoints;
 };
 
 /// The columns of a reference's data, in their order, and what else its first reading found.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "accredit/diststats/MACutPoints.h"
 #include "accredit/documents/NumberText.h"
 #include "app/data/CellText.h"
 
@@ -30,6 +31,7 @@ void ColumnScan::Take(std::string_view field, std::string_view text, std::option
                       const CsvReader& reader) {
     ++mFacts.present;
     if (number) {
+        mMoments.AddValue(*number);
         TakeNumber(*number);
         mDistinct.Add(*number);
         if (reader.Delimiter() == ';' && mHasNoOtherPoints) TakePoint(text);
@@ -106,6 +108,12 @@ ColumnFacts ColumnScan::Facts() const {
     facts.mayHaveThousands = mHasPoints && mHasNoOtherPoints;
     if (mHasFewWholeNumbers) facts.wholeNumbers = mWholeNumbers.size();
     return facts;
+}
+
+std::vector<double> ColumnScan::CutPoints() const {
+    VarSummary moments = mMoments;
+    moments.Finish();
+    return MAComputeCutPoints(moments.mean, moments.stdDev);
 }
 
 }  // namespace app

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "accredit/diststats/VarSummary.h"
 #include "app/data/CsvReader.h"
 #include "app/data/DistinctCounter.h"
 
@@ -71,6 +72,10 @@ public:
     /// The facts of all cells so far.
     ColumnFacts Facts() const;
 
+    /// The cut points that a data pass computes for the numbers among the cells that Take took;
+    /// see MAComputeCutPoints.
+    std::vector<double> CutPoints() const;
+
 private:
     void TakeNumber(double number);
     void TakePoint(std::string_view number);
@@ -80,6 +85,7 @@ private:
     std::size_t mDistinctLimit;
     ColumnFacts mFacts;
     DistinctCounter mDistinct;
+    VarSummary mMoments;                // not finished
     std::vector<double> mWholeNumbers;  // ascending
     bool mHasFewWholeNumbers = true;
     bool mHasPoints = false;

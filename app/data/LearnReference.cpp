@@ -3,38 +3,18 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <numeric>
 
-#include "accredit/diststats/MAPredictorDist.h"
+#include "accredit/diststats/MAProblems.h"
 #include "app/base/Errors.h"
 #include "app/data/CsvRecordIter.h"
+#include "app/data/DataPass.h"
 
 using MADocuments::MissingTokens;
 using MADocuments::Reference;
-using MCCommon::MCStatus;
 
 namespace app {
 
 namespace {
-
-// A file that another program wrote to meanwhile has passes that do not belong together.
-void RequireWholePasses(const LearnedReference& learned, const CsvRecordIter& records,
-                        const CsvReader& reader) {
-    const MADistStats& stats = learned.reference.stats;
-    for (unsigned int slot = 0; slot < stats.GetVarCount(); ++slot) {
-        const std::vector<double>& frequencies = stats.GetFrequencies(slot);
-        const unsigned long cases = stats.GetNumberOfCases(slot);
-        const double sum = std::accumulate(frequencies.begin(), frequencies.end(), 0.0);
-        const auto column = static_cast<std::size_t>(stats.GetVarListIndex(slot));
-        const std::uint64_t unreadable = learned.reference.uncounted[slot].unreadable.value_or(0);
-        const bool isContinuous = !stats.IsCategorical(slot);
-        if (cases > records.RecordCount() ||
-            (isContinuous && unreadable != learned.data.columns[column].facts.noNumbers) ||
-            (!frequencies.empty() && sum != static_cast<double>(cases))) {
-            reader.RefuseChanged();
-        }
-    }
-}
 
 void RequireColumnsLeft(const SettledColumns& data, const CsvReader& reader) {
     const std::vector<SettledColumn>& columns = data.columns;
@@ -65,21 +45,23 @@ LearnedReference LearnReference(CsvReader& reader, const ColumnChoices& choices,
     }
     RequireColumnsLeft(learned.data, reader);
     std::vector<Column> columns;
-    for (const SettledColumn& settled : learned.data.columns) columns.push_back(settled.column);
+    std::vector<std::vector<double>> cutPoints;
+    for (const SettledColumn& settled : learned.data.columns) {
+        columns.push_back(settled.column);
+        if (settled.leftOut == LeftOut::No) cutPoints.push_back(settled.cutPoints);
+    }
     CsvRecordIter records(reader, columns, missing);
-    MAPredictorDist predictor(records.VarList(), records, &cancel);
-    const MCStatus status = predictor.ComputeDistStats();
-    if (status.GetCode() == MAStatusCancelled) throw Cancelled();
-    if (!status.IsOK()) throw InputError(reader.Name() + ": " + status.GetMessage());
+    // What cannot be given, because values vary too much or too little for it, the pass computes by
+    // itself, and reads the data once more.
+    if (MAFindBadCutPoints(records.VarList(), cutPoints) != MACutPointsAreGood) cutPoints.clear();
 
     Reference& reference = learned.reference;
-    reference.stats = predictor.GetDistStats();
+    reference.stats = Summarise(records, cutPoints, reader, cancel);
     reference.missing = missing;
     for (unsigned int slot = 0; slot < reference.stats.GetVarCount(); ++slot) {
         reference.uncounted.push_back(records.Uncounted(reference.stats.GetVarListIndex(slot),
                                                         reference.stats.GetNumberOfCases(slot)));
     }
-    RequireWholePasses(learned, records, reader);
     return learned;
 }
 
