@@ -32,8 +32,7 @@ void ColumnScan::Take(std::string_view field, std::string_view text, std::option
     ++mFacts.present;
     if (number) {
         mMoments.AddValue(*number);
-        TakeNumber(*number);
-        mDistinct.Add(*number);
+        if (mDistinct.Add(*number)) TakeNumber(*number);
         if (reader.Delimiter() == ';' && mHasNoOtherPoints) TakePoint(text);
     } else {
         TakeText(text, 1, &reader);
@@ -49,8 +48,7 @@ void ColumnScan::TakeGroup(std::string_view text, std::optional<double> number,
                            std::uint64_t count) {
     mFacts.present += count;
     if (number) {
-        TakeNumber(*number);
-        mDistinct.Add(*number);
+        if (mDistinct.Add(*number)) TakeNumber(*number);
     } else {
         TakeText(MADocuments::TrimBlanks(text), count, nullptr);
         mDistinct.Add(text);
@@ -89,16 +87,21 @@ void ColumnScan::TakeText(std::string_view text, std::uint64_t count, const CsvR
         const std::uint64_t others = mFacts.noNumbers - count - found;
         return others <= kMaxOdd || found > others;
     };
+    if (isWorthIt(mFacts.spreadsheetNumbers)) TakeSpreadsheetNumber(text, count, reader);
+    if (isWorthIt(mFacts.dates) && IsDate(text)) mFacts.dates += count;
+}
+
+// If it is one.
+void ColumnScan::TakeSpreadsheetNumber(std::string_view text, std::uint64_t count,
+                                       const CsvReader* reader) {
     // With a decimal comma, a number that has a point is one of another program.
     const bool hasPoint = ParseCell(text, false).has_value();
-    if (isWorthIt(mFacts.spreadsheetNumbers) && (hasPoint || IsSpreadsheetNumber(text))) {
-        if (mFacts.spreadsheetNumbers == 0) mFacts.firstSpreadsheetNumber = CellAt(reader, text);
-        mFacts.spreadsheetNumbers += count;
-        if (hasPoint) mFacts.points += count;
-        if (ParseCell(text, true)) mFacts.decimalCommas += count;
-        if (IsAmbiguousComma(text)) mFacts.ambiguousCommas += count;
-    }
-    if (isWorthIt(mFacts.dates) && IsDate(text)) mFacts.dates += count;
+    if (!hasPoint && !IsSpreadsheetNumber(text)) return;
+    if (mFacts.spreadsheetNumbers == 0) mFacts.firstSpreadsheetNumber = CellAt(reader, text);
+    mFacts.spreadsheetNumbers += count;
+    if (hasPoint) mFacts.points += count;
+    if (ParseCell(text, true)) mFacts.decimalCommas += count;
+    if (IsAmbiguousComma(text)) mFacts.ambiguousCommas += count;
 }
 
 ColumnFacts ColumnScan::Facts() const {

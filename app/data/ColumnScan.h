@@ -81,6 +81,7 @@ private:
     void TakePoint(std::string_view number);
     // The texts are from the reader's row, unless it is null.
     void TakeText(std::string_view text, std::uint64_t count, const CsvReader* reader);
+    void TakeSpreadsheetNumber(std::string_view text, std::uint64_t count, const CsvReader* reader);
 
     std::size_t mDistinctLimit;
     ColumnFacts mFacts;

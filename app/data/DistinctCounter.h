@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -15,13 +14,14 @@ namespace app {
 /// same texts give the same count in any order.
 class DistinctCounter {
 public:
-    explicit DistinctCounter(std::size_t limit) : mLimit(limit) {}
+    explicit DistinctCounter(std::size_t limit);
 
     /// The limit from here on. What has been estimated stays so.
     void SetLimit(std::size_t limit) { mLimit = limit; }
 
-    void Add(std::string_view text);
-    void Add(double number);
+    /// False if the text or number was met before, or one that has the same hash.
+    bool Add(std::string_view text);
+    bool Add(double number);
 
     std::uint64_t Count() const { return std::uint64_t{mSample.size()} << mZeroBits; }
 
@@ -29,10 +29,9 @@ public:
     bool IsExact() const { return mZeroBits == 0; }
 
 private:
-    void AddHash(std::uint64_t hash) {
-        if (IsSampled(hash)) AddSampled(hash);
-    }
+    bool AddHash(std::uint64_t hash);
     void AddSampled(std::uint64_t hash);
+    void ForgetMet(std::size_t size);
     bool IsSampled(std::uint64_t hash) const {
         return mZeroBits == 0 || hash >> (64U - mZeroBits) == 0;
     }
@@ -42,8 +41,9 @@ private:
     // Ascending, because a file can be made in which all hashes would fall into one place of a
     // table.
     std::vector<std::uint64_t> mSample;
-    // The hash that was met last for each value of its last bits: most columns have few texts.
-    std::array<std::uint64_t, 64> mLast{};
+    // The hash that was met last for each value of its last bits, so that most need not be searched
+    // for. A place that none was met for has one that belongs elsewhere.
+    std::vector<std::uint64_t> mMet;
 };
 
 }  // namespace app

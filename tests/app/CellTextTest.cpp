@@ -23,11 +23,20 @@ TABLE_TEST(CellText, Is, 2) {
 TEST(DistinctCounter, CountsUpToItsLimitAndEstimatesFromThereOn) {
     app::DistinctCounter counter(1000);
     for (int i = 1; i <= 200000; ++i) {
-        counter.Add(std::to_string(i));
+        ASSERT_TRUE(counter.Add(std::to_string(i))) << i << " is new";
         counter.Add(std::to_string(i / 2 + 1));
         // Five standard errors of the sample, which holds 500 texts at least.
         ASSERT_NEAR(static_cast<double>(counter.Count()), i, i <= 1000 ? 0.0 : 0.22 * i);
     }
+}
+
+TEST(DistinctCounter, KnowsWhatItHasJustMet) {
+    app::DistinctCounter counter(1000);
+    EXPECT_TRUE(counter.Add(0.0));
+    EXPECT_FALSE(counter.Add(-0.0)) << "is the same number";
+    EXPECT_TRUE(counter.Add("0"));
+    EXPECT_FALSE(counter.Add("0"));
+    EXPECT_EQ(counter.Count(), 2U);
 }
 
 }  // namespace
