@@ -47,10 +47,10 @@ struct Checked {
     std::vector<std::string> remarks;
 };
 
-/// Compares each new file with the reference. A data file is read up to three times and learned as
-/// a reference; of a stored reference, which its beginning tells apart, all that is known, and the
-/// result is the same to the last bit. So it is with new data and its stored summary. New data is
-/// read once. Memory does not grow with the number of rows. `log` takes the queries to an engine
+/// Compares each new file with the reference. A data file is learned as a reference, see
+/// LearnReference; of a stored reference, which its beginning tells apart, all that is known, and
+/// the result is the same to the last bit. So it is with new data and its stored summary. New data
+/// is read once. Memory does not grow with the number of rows. `log` takes the queries to an engine
 /// where they are to be shown.
 ///
 /// Throws UsageError for options that do not fit the reference, InputError, OutputError, Cancelled.

@@ -50,7 +50,7 @@ struct SettledColumn {
     LeftOut leftOut = LeftOut::No;
     bool isChosen = false;  ///< By the user.
     ColumnFacts facts;      ///< None of a column that the user ignores.
-    /// Of a continuous column of files, those that a data pass computes.
+    /// Of a continuous column of files, those that a data pass computes; see MAComputeCutPoints.
     std::vector<double> cutPoints;
 };
 
@@ -63,8 +63,8 @@ struct SettledColumns {
     ShownCell firstEmptyRow;  ///< Without a text.
 };
 
-/// The columns of a reference with their kinds, for which the data is read to its end and gone
-/// back to the beginning. Missing values do not count.
+/// The columns of a reference with their kinds and cut points, for which the data is read to its
+/// end and gone back to the beginning. Missing values do not count.
 ///
 /// - A column is continuous if all its cells are numbers but for a few, at most 100 and at most one
 ///   in a thousand.

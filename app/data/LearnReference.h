@@ -17,9 +17,9 @@ struct LearnedReference {
     SettledColumns data;  ///< In the order of the list.
 };
 
-/// The reference that is learned from data, which is read up to three times: for the kinds of its
-/// columns, see SettleKinds, for the summary, and for the bins. Memory does not grow with the
-/// number of rows.
+/// The reference that is learned from data, which is read twice: for the kinds of its columns and
+/// their cut points, see SettleKinds, and for the summary. Where cut points coincide or overflow it
+/// is read a third time, for the bins. Memory does not grow with the number of rows.
 ///
 /// Throws UsageError for choices that do not fit the data, InputError, also for data without rows
 /// or without a column that is not left out, OutputError, and Cancelled.

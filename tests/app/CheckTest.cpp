@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "Accredit.h"
 #include "app/base/Errors.h"
@@ -71,7 +73,7 @@ TEST(Check, ReadsPipesOneAfterTheOther) {
     writer.join();
 }
 
-// Whenever the query says yes, be it in a read, the first, second or third pass, the run ends.
+// Whenever the query says yes, be it in a read or in a pass, the run ends.
 TEST(Check, AndLearnCanBeCancelledAtEveryPoll) {
     const fakes::Files files("n,c\n@100(#,x\n)", "");
     app::CheckOptions check;
@@ -93,8 +95,29 @@ TEST(Check, AndLearnCanBeCancelledAtEveryPoll) {
     }
 }
 
+// Values whose cut points coincide are put into bins by one more pass.
+TEST(Check, AndLearnReadAReferenceTwice) {
+    for (const auto& [data, passes] :
+         {std::pair("n,c\n1,x\n2,y\n", 2),
+          std::pair("n,c\n1e16,x\n1e16,y\n10000000000000002,y\n", 3)}) {
+        const fakes::Files files(data, "");
+        app::LearnOptions options;
+        options.dataPaths = {"A"};
+        std::ostringstream terminal;
+        app::Progress progress(&terminal, std::chrono::milliseconds(0));
+        fakes::Query query;
+        app::Learn(options, progress, query);
+        for (int pass = 1; pass <= 4; ++pass) {
+            const bool isMade =
+                terminal.str().find("pass " + std::to_string(pass)) != std::string::npos;
+            EXPECT_EQ(isMade, pass <= passes) << pass;
+        }
+    }
+}
+
 // Whenever the reference is written to, the run compares with what it held before or holds after,
-// or ends. The second change leaves size and time as they were: a new category gives it away.
+// or ends. The last two changes leave size and time as they were, and the very last one what is
+// counted of the numbers.
 TEST(Check, AReferenceThatChangesIsNotReadHalfAndHalf) {
     const std::string before = "n,c\n1,x\n2,y\n4,x\n8,y\n16,x\n";
     const fakes::Files files("", "n,c\n1,x\n9,y\n9,y\n9,y\n");
@@ -113,7 +136,8 @@ TEST(Check, AReferenceThatChangesIsNotReadHalfAndHalf) {
     change(before);
     const std::string old = report(fakes::Query());
     for (const std::string& after :
-         {before + "99,x\n99,x\n", before.substr(0, 4) + "1,z" + before.substr(7)}) {
+         {before + "99,x\n99,x\n", before.substr(0, 4) + "1,z" + before.substr(7),
+          before.substr(0, 4) + "1,y" + before.substr(7)}) {
         change(after);
         const std::string other = report(fakes::Query());
         int refused = 0;
