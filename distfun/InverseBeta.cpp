@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "accredit/distfun/MCDistFun.h"
+#include "accredit/distfun/internal/IncompleteBeta.h"
 #include "accredit/distfun/internal/Numerics.h"
 #include "accredit/host/MCMV.h"
 
@@ -92,14 +93,16 @@ double MCDistFun::betinv(const double& P, const double& a, const double& b) {
 
     // Newton's method, its step shortened while it leads out of (0, 1) or is no shorter than the
     // last one before the change of sign.
+    IncompleteBeta distribution(A, B);
     double x = Clamp(*start);
     double d_prev = 0.0;
     double sq = 1.0;
     double prev = 1.0;
     for (int count = 1; count <= kMaxEvaluations; ++count) {
-        long code = 0;
-        const double F = cdfbet(x, A, B, code);
-        const double v = beta + (1.0 - A) * std::log(x) + (1.0 - B) * std::log(1.0 - x);
+        const double logX = std::log(x);
+        const double logC = std::log(1.0 - x);
+        const double F = distribution.At(x, logX, logC);
+        const double v = beta + (1.0 - A) * logX + (1.0 - B) * logC;
         if (v > kExponentCeiling) return a / (a + b);
         // F may be infinite, and has no say where the slope of its inverse counts as 0.
         const double d = v < kExponentFloor ? 0.0 : (F - alpha) * std::exp(v);
