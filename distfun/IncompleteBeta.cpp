@@ -64,7 +64,7 @@ double PowerSeries(const Integral& I) {
         i += 2.0;
         const double first = t * factors[0];
         t = first * factors[1];
-        if (!(t >= kTolerance)) return first >= kTolerance ? s + first + t : s + first;
+        if (!(t >= kTolerance)) return s + first + (first >= kTolerance ? t : 0.0);
         s = s + first + t;
     }
     t *= (I.S + kMaxSteps) / (I.A + 1.0 + kMaxSteps) * I.X;
