@@ -1,7 +1,5 @@
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -14,6 +12,7 @@ namespace MAMath {
 
 using Numerics::ExpOrZero;
 using Numerics::kExponentFloor;
+using Numerics::Pair;
 
 namespace {
 
@@ -30,21 +29,22 @@ bool IsProbability(double p) { return p >= 0.0 && p <= 1.0; }
 
 // Adds to `sum` up to `steps` probabilities that lead away from the mode, until they no longer
 // count: the one with probability f times ratio(0), that times ratio(1), and so on. The ratios are
-// taken a block at a time, so that their divisions can go side by side.
+// taken in pairs, so that their divisions keep up with the products, each of which waits for the
+// last.
 template <class Ratio>
 double AddWhileItCounts(double sum, double f, double steps, Ratio ratio) {
-    constexpr int kBlock = 8;
     double t = f;
-    double step = 0.0;
-    for (auto left = static_cast<std::int64_t>(steps); left > 0; left -= kBlock) {
-        std::array<double, kBlock> ratios;
-        for (double& r : ratios) r = ratio(step++);
-        const auto count = static_cast<std::size_t>(std::min<std::int64_t>(kBlock, left));
-        for (std::size_t i = 0; i < count; ++i) {
-            t *= ratios[i];
-            if (!(sum + t > sum)) return sum;
-            sum += t;
-        }
+    Pair step = {0.0, 1.0};
+    for (auto left = static_cast<std::int64_t>(steps); left > 0; left -= 2) {
+        const Pair ratios = ratio(step);
+        step += 2.0;
+        t *= ratios[0];
+        if (!(sum + t > sum)) return sum;
+        sum += t;
+        if (left == 1) return sum;
+        t *= ratios[1];
+        if (!(sum + t > sum)) return sum;
+        sum += t;
     }
     return sum;
 }
@@ -52,16 +52,16 @@ double AddWhileItCounts(double sum, double f, double steps, Ratio ratio) {
 // Adds to `sum` the probabilities below s, from the largest down. f is the probability of s,
 // r = q / p.
 double AddBelow(double sum, double f, double s, double n, double r) {
-    return AddWhileItCounts(sum, f, s, [=](double step) {
-        const double i = s - 1.0 - step;
+    return AddWhileItCounts(sum, f, s, [=](Pair step) {
+        const Pair i = s - 1.0 - step;
         return (i + 1.0) / (n - i) * r;
     });
 }
 
 // Adds to `sum` the probabilities above m up to that of k. f is the probability of m, r = p / q.
 double AddAbove(double sum, double f, double m, double k, double n, double r) {
-    return AddWhileItCounts(sum, f, k - m, [=](double step) {
-        const double i = m + 1.0 + step;
+    return AddWhileItCounts(sum, f, k - m, [=](Pair step) {
+        const Pair i = m + 1.0 + step;
         return (n + 1.0 - i) / i * r;
     });
 }
