@@ -51,9 +51,9 @@ bool SeriesIsHopeless(const Integral& I) {
 }
 
 // What X^A C^B / (A Beta(A, B)) is to be multiplied by, as a power series in X; Abramowitz and
-// Stegun 26.5.4. NaN if it does not converge. Two factors at a time, so that their divisions keep up
-// with the products, each of which waits for the last; with B <= 1 no factor is above 1, so that the
-// first of two terms is below the tolerance only where the second is.
+// Stegun 26.5.4. NaN if it does not converge. Two factors at a time, so that their divisions keep
+// up with the products, each of which waits for the last; with B <= 1 no factor is above 1, so that
+// the first of two terms is below the tolerance only where the second is.
 double PowerSeries(const Integral& I) {
     static_assert(kMaxSteps % 2 == 0);
     double t = 1.0;
@@ -168,8 +168,9 @@ double MCDistFun::IncompleteBeta::LogScale(bool exchanged) {
     return L;
 }
 
-double MCDistFun::IncompleteBeta::At(double x, double logX, double logC) {
-    if (mA == 1.0 && mB == 1.0) return x;
+MCDistFun::IncompleteBeta::Result MCDistFun::IncompleteBeta::At(double x, double logX,
+                                                                double logC) {
+    if (mA == 1.0 && mB == 1.0) return {x, x};
     Integral I{x, 1.0 - x, logX, logC, mA, mB, mA + mB};
     double w = kNotConverged;
     if (mA <= 1.0 || mB <= 1.0) {
@@ -182,10 +183,11 @@ double MCDistFun::IncompleteBeta::At(double x, double logX, double logC) {
     }
     if (!std::isnan(w)) {
         const double r = ExpOrZero(LogOfIntegral(I, w, LogScale(!I.direct)));
-        return I.direct ? r : 1.0 - r;
+        if (I.direct) return {r, r};
+        return {1.0 - r, 1.0};
     }
     const double z = PeizerPratt(I);
-    return prbnrm(I.direct ? z : -z);
+    return {prbnrm(I.direct ? z : -z), std::numeric_limits<double>::quiet_NaN()};
 }
 
 double MCDistFun::cdfbet(const double& x, const double& a, const double& b, long& code) {
@@ -200,7 +202,7 @@ double MCDistFun::cdfbet(const double& x, const double& a, const double& b, long
     if (std::isnan(x)) return x;
     if (a == 1.0 && b != 1.0) return 1.0 - ExpOrZero(b * std::log(C));
     if (b == 1.0 && a != 1.0) return ExpOrZero(a * std::log(x));
-    return IncompleteBeta(a, b).At(x, std::log(x), std::log(C));
+    return IncompleteBeta(a, b).At(x, std::log(x), std::log(C)).value;
 }
 
 }  // namespace MAMath

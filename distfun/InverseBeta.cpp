@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -57,11 +58,45 @@ double Clamp(double x) {
     return x;
 }
 
+// Newton's step d from x, divided by 3 until it does not lead out of (0, 1) and its square is below
+// `limit`. Ends at the latest when it has underflowed.
+double Shortened(double d, double x, double limit) {
+    for (double g = 1.0;; g /= 3.0) {
+        const double step = g * d;
+        const double tx = x - step;
+        if ((step * step < limit && tx > 0.0 && tx < 1.0) || step == 0.0) return step;
+    }
+}
+
+// A step of Newton's method is the last if its square is not above this.
+constexpr double kSmallSquare = 1e-20;
+
+// Whether the step after Newton's step d, which led to x, is sure to be the last, so that the
+// distribution function need not be asked for it. By Taylor's theorem that step is d^2 / 2 times
+// |f' / f| between the two places at most, for the density f of shapes A and B, and what rounding
+// adds, at most `noise`; the constants leave room for the change of f on the way. Says nothing of
+// shapes so large that the continued fraction could converge at one place and not at the other.
+bool NextStepIsLast(double x, double d, double A, double B, double noise) {
+    constexpr double kLargestShapes = 1e5;
+    constexpr double kNear = 0.01;
+    constexpr double kHalfAndRoom = 0.55;
+    constexpr double kSmallAndRoom = 0.9e-10;
+    const double size = std::fabs(d);
+    const double bend = std::fabs(A - 1.0) / x + std::fabs(B - 1.0) / (1.0 - x);
+    return A + B <= kLargestShapes && size <= kNear * std::min(x, 1.0 - x) &&
+           size * bend <= kNear && kHalfAndRoom * bend * d * d + noise <= kSmallAndRoom;
+}
+
 }  // namespace
 
 double MCDistFun::betinv(const double& P, const double& a, const double& b) {
-    constexpr double kSmallSquare = 1e-20;
     constexpr int kMaxEvaluations = 50;
+    // The rounding of F and of the slope, relative to the sizes of the logarithms that make them up
+    // and as many for the terms of series and fraction: a hundred times what has been seen.
+    constexpr double kRounding = 2e-15;
+    constexpr double kTerms = 5000.0;
+    // Where ln(slope) is below, neither its own limit is near nor does an F that underflows count.
+    constexpr double kLargeSlope = 350.0;
 
     if (P == 0.0) return 0.0;
     if (P == 1.0) return 1.0;
@@ -86,13 +121,17 @@ double MCDistFun::betinv(const double& P, const double& a, const double& b) {
     const double B = upper ? a : b;
     const double alpha = upper ? 1.0 - P : P;
     const double y = upper ? z : -z;
-    const double beta = dnlgam(A) + dnlgam(B) - dnlgam(A + B);
+    const double gammaA = dnlgam(A);
+    const double gammaB = dnlgam(B);
+    const double gammaS = dnlgam(A + B);
+    const double beta = gammaA + gammaB - gammaS;
     const std::optional<double> start =
         A > 1.0 && B > 1.0 ? NormalStart(A, B, y) : ChiSquareStart(A, B, alpha, y, beta);
     if (!start) return a / (a + b);
 
     // Newton's method, its step shortened while it leads out of (0, 1) or is no shorter than the
     // last one before the change of sign.
+    const double sizes = kTerms + A + B + std::fabs(gammaA) + std::fabs(gammaB) + std::fabs(gammaS);
     IncompleteBeta distribution(A, B);
     double x = Clamp(*start);
     double d_prev = 0.0;
@@ -101,25 +140,26 @@ double MCDistFun::betinv(const double& P, const double& a, const double& b) {
     for (int count = 1; count <= kMaxEvaluations; ++count) {
         const double logX = std::log(x);
         const double logC = std::log(1.0 - x);
-        const double F = distribution.At(x, logX, logC);
+        const auto [F, scale] = distribution.At(x, logX, logC);
         const double v = beta + (1.0 - A) * logX + (1.0 - B) * logC;
         if (v > kExponentCeiling) return a / (a + b);
         // F may be infinite, and has no say where the slope of its inverse counts as 0.
-        const double d = v < kExponentFloor ? 0.0 : (F - alpha) * std::exp(v);
+        const double slope = v < kExponentFloor ? 0.0 : std::exp(v);
+        const double d = slope == 0.0 ? 0.0 : (F - alpha) * slope;
         if (std::isnan(d)) return -1.0;
         if (d * d_prev <= 0.0) prev = sq;
 
-        // Ends at the latest when g has underflowed and with it adj.
-        double tx = 0.0;
-        for (double g = 1.0;; g /= 3.0) {
-            const double adj = g * d;
-            sq = adj * adj;
-            tx = x - adj;
-            if ((sq < prev && tx > 0.0 && tx < 1.0) || adj == 0.0) break;
-        }
+        const double step = Shortened(d, x, prev);
+        const double tx = x - step;
         if (prev <= kSmallSquare || d * d <= kSmallSquare || tx == x) break;
         x = tx;
         d_prev = d;
+        sq = step * step;
+        if (step == d && v < kLargeSlope) {
+            const double rounding = kRounding * (sizes - A * logX - B * logC);
+            const double noise = rounding * (2.0 * scale * slope + std::fabs(d));
+            if (NextStepIsLast(x, d, A, B, noise)) break;
+        }
     }
     return upper ? 1.0 - x : x;
 }

@@ -14,9 +14,16 @@ class MCDistFun::IncompleteBeta {
 public:
     IncompleteBeta(double a, double b);
 
+    struct Result {
+        double value;
+        /// What its rounding is relative to: the value itself, or 1 where it was taken from 1; NaN
+        /// if the value is that of the normal approximation.
+        double scale;
+    };
+
     /// I_x(a, b) for 0 < x < 1, where neither shape is 1 or both are. logX and logC are the
     /// logarithms of x and 1 - x.
-    double At(double x, double logX, double logC);
+    Result At(double x, double logX, double logC);
 
 private:
     // ln(1 / (A Beta(A, B))) of the shapes as they are or exchanged.
