@@ -11,6 +11,7 @@ namespace MAMath {
 using Numerics::ExpOrZero;
 using Numerics::Horner;
 using Numerics::OrMissing;
+using Numerics::Pair;
 
 namespace {
 
@@ -149,8 +150,12 @@ constexpr Polynomial8 kFarDenominator = {
     2.0442631033899397e-15, 1.421511758316446e-07, 1.8463183175100548e-05, 0.0007868691311456133,
     0.014875361290850615,   0.1369298809227358,    0.599832206555888,      1.0};
 
-double Ratio(const Polynomial8& numerator, const Polynomial8& denominator, double r) {
-    return Horner(numerator, r) / Horner(denominator, r);
+// Numerator and denominator side by side, as two chains of the same length.
+Pair Both(const Polynomial8& numerator, const Polynomial8& denominator, double r) {
+    Pair value = {numerator[0], denominator[0]};
+    for (std::size_t i = 1; i < numerator.size(); ++i)
+        value = value * r + Pair{numerator[i], denominator[i]};
+    return value;
 }
 
 }  // namespace
@@ -161,12 +166,14 @@ double MCDistFun::probit(const double& p) {
     if (q == 0.0) return 0.0;
     if (std::fabs(q) <= 0.425) {
         const double r = 0.180625 - q * q;
-        return q * Horner(kCentralNumerator, r) / Horner(kCentralDenominator, r);
+        const Pair central = Both(kCentralNumerator, kCentralDenominator, r);
+        return q * central[0] / central[1];
     }
     const double tail = q < 0.0 ? p : 1.0 - p;
     const double r = std::sqrt(-std::log(tail));
-    const double v = r <= 5.0 ? Ratio(kIntermediateNumerator, kIntermediateDenominator, r - 1.6)
-                              : Ratio(kFarNumerator, kFarDenominator, r - 5.0);
+    const Pair both = r <= 5.0 ? Both(kIntermediateNumerator, kIntermediateDenominator, r - 1.6)
+                               : Both(kFarNumerator, kFarDenominator, r - 5.0);
+    const double v = both[0] / both[1];
     return q < 0.0 ? -v : v;
 }
 
