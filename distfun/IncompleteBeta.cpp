@@ -72,8 +72,8 @@ double PowerSeries(const Integral& I) {
 }
 
 // The same as a continued fraction, two of its levels to a step; Abramowitz and Stegun 26.5.8.
-// NaN if it does not converge. Only the divisions of bp wait for those of the step before; the
-// others are taken in pairs, to leave the divider to them.
+// NaN if it does not converge. A step waits for the quotient bm of the one before; the other
+// divisions are taken in pairs, so that it seldom waits for the divider as well.
 double ContinuedFraction(const Integral& I) {
     const double X = I.X;
     const double A = I.A;

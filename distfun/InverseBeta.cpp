@@ -95,7 +95,7 @@ double MCDistFun::betinv(const double& P, const double& a, const double& b) {
     // and as many for the terms of series and fraction: a hundred times what has been seen.
     constexpr double kRounding = 2e-15;
     constexpr double kTerms = 5000.0;
-    // Where ln(slope) is below, neither its own limit is near nor does an F that underflows count.
+    // With ln(slope) below it neither is kExponentCeiling near nor does an F count that underflows.
     constexpr double kLargeSlope = 350.0;
 
     if (P == 0.0) return 0.0;

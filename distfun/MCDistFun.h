@@ -186,6 +186,7 @@ private:
     /// is not high enough; code 1 for start <= 0, code 2 if p is not between.
     static double idfchb(const double& p, const double& df, const double& start, long& code);
 
+    /// The regularised incomplete beta function of fixed shapes; internal/IncompleteBeta.h.
     class IncompleteBeta;
     /// The regularised incomplete beta function I_x(a, b); code 1 for a <= 0 or b <= 0, and a NaN
     /// for a NaN x. Not clamped: rounding may carry it past 0 or 1.

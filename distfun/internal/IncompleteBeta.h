@@ -26,7 +26,7 @@ public:
     Result At(double x, double logX, double logC);
 
 private:
-    // ln(1 / (A Beta(A, B))) of the shapes as they are or exchanged.
+    // ln(1 / (A Beta(A, B))) of the shapes as they are or exchanged; kept from the first call on.
     double LogScale(bool exchanged);
 
     double mA;
