@@ -1,8 +1,8 @@
 // Files of any bytes, up to three read as one, beside a plainer reader of all of it at once: the
 // same rows on the same lines, and the first bad one, or a file of another format, refused by both.
-// After a rewind they are read once more with a buffer so small that its end falls anywhere; the
-// first byte of the input tells how small, the second the delimiter, if it is given. The ASCII
-// separator of files stands between files.
+// After a rewind they are read once more in pieces so small that they end anywhere; the first byte of
+// the input tells how small, the second the delimiter, if it is given. The ASCII separator of files
+// stands between files.
 
 #include <algorithm>
 #include <array>
@@ -252,9 +252,8 @@ std::vector<std::string> FilesFrom(std::string_view input) {
     return files;
 }
 
-// The size of a buffer, at least `size`, that holds enough of all beginnings to know their formats,
-// also when it has grown.
-std::size_t BufferSize(const std::vector<std::string>& files, std::size_t size) {
+// The size of a piece, at least `size`, that holds enough of all beginnings to know their formats.
+std::size_t PieceSize(const std::vector<std::string>& files, std::size_t size) {
     // So many bytes besides blanks tell every format.
     constexpr std::size_t kTelling = 16;
     for (const std::string& file : files) {
@@ -263,8 +262,7 @@ std::size_t BufferSize(const std::vector<std::string>& files, std::size_t size) 
         for (std::size_t i = 0; i < file.size() && telling < kTelling; ++i) {
             if (" \t\r\n"sv.find(file[i]) == std::string_view::npos) ++telling;
             const bool seemsOther = app::OtherFormat(file.substr(0, i)).has_value();
-            // A line end stands behind what the buffer holds.
-            if (seemsOther != isOther) size = std::max(size, i + 2);
+            if (seemsOther != isOther) size = std::max(size, i + 1);
         }
     }
     return size;
@@ -274,8 +272,8 @@ std::size_t BufferSize(const std::vector<std::string>& files, std::size_t size) 
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    // A byte-order mark and the line end behind the buffer are the least that it must hold.
-    const std::size_t bufferSize = 4 + input.Below(64);
+    // A byte-order mark is the least that a piece must hold.
+    const std::size_t pieceSize = 3 + input.Below(64);
     const std::optional<char> delimiter = GivenDelimiter(input);
     const std::vector<std::string> files = FilesFrom(input.Take(size));
     std::vector<std::unique_ptr<fuzz::MemoryFile>> memory;
@@ -294,9 +292,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         app::CsvReader reader(names, app::Reading::Repeated, {delimiter}, isOptional, progress,
                               cancel);
         Require(ReadRows(reader) == expected, "the rows are those of the files");
-        reader.mBuffer = std::vector<char>(BufferSize(files, bufferSize));
+        reader.ReadInPieces(PieceSize(files, pieceSize), 0);
         reader.Rewind();
-        Require(ReadRows(reader) == expected, "the rows are the same in a small buffer");
+        Require(ReadRows(reader) == expected, "the rows are the same in small pieces");
     } catch (const app::InputError&) {
         Require(expected.rows.empty() && !expected.good, "a good heading is read");
     }

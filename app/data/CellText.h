@@ -4,13 +4,18 @@
 #include <string_view>
 
 /// @file
-/// What the text of a cell looks like. All of these take texts without blanks around them.
+/// What the text of a cell looks like. All of these but one take texts without blanks
+/// around them.
 
 namespace app {
 
 /// The number that a cell spells; see MADocuments::ParseNumber. With `decimalComma` a comma stands
 /// where otherwise a point does, and a text with a point is no number.
 std::optional<double> ParseCell(std::string_view text, bool decimalComma);
+
+/// The same of a field that may have blanks around it; a NaN, which no text spells, for any other
+/// text.
+double NumberIn(std::string_view field, bool decimalComma);
 
 /// Whether this is a number as spreadsheets show them: with separators between thousands, which are
 /// commas, points, apostrophes or blanks; with a comma or a point before decimals; with a sign for

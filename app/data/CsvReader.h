@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -13,6 +12,9 @@
 #include "app/base/Fingerprint.h"
 #include "app/base/InputFile.h"
 #include "app/base/Progress.h"
+#include "app/data/CsvPiece.h"
+#include "app/data/PieceQueue.h"
+#include "app/data/PieceReader.h"
 
 namespace app {
 
@@ -93,8 +95,24 @@ public:
 
     /// The fields of the row, as many as there are headings and in their order, without their
     /// quotes. They stay in place until the next call of Next or Rewind.
-    const std::vector<std::string_view>& Fields() const {
-        return mPlaces.empty() ? mFields : mOrdered;
+    const std::vector<std::string_view>& Fields() const;
+
+    /// The field of the row in this column, counted from 0; the same as in Fields, faster for a few
+    /// of them.
+    std::string_view Field(std::size_t column) const {
+        const std::size_t place = mPlaces.empty() ? column : mPlaces[column];
+        return place == kNoPlace ? std::string_view() : mPiece->Text(RowFields()[place]);
+    }
+
+    /// Has the fields of these columns read as numbers while rows are split, so that Number is fast
+    /// for them. Takes effect before the first row, with the next file and with Rewind.
+    void ExpectNumbers(std::vector<std::size_t> columns);
+
+    /// The number that the field of the row in this column spells, blanks around it aside; see
+    /// ParseCell. A NaN, which no text spells, for any other text.
+    double Number(std::size_t column) const {
+        const std::size_t place = mNumberPlaces.empty() ? kNoPlace : mNumberPlaces[column];
+        return place == kNoPlace ? UnexpectedNumber(column) : mPiece->numbers[mFirstNumber + place];
     }
 
     /// Takes the fingerprint of every file while it is read for the first time. To be called before
@@ -108,6 +126,13 @@ public:
     /// The name of the first file that turned out to have no rows, fit to be shown; empty if none
     /// has so far.
     const std::string& FileWithoutRows() const { return mFileWithoutRows; }
+
+    /// Has files read in pieces of about so many bytes, at least 3, and split with the help of so
+    /// many threads, from the next file and the next Rewind on. What is read is the same.
+    void ReadInPieces(std::size_t size, std::size_t helpers) {
+        mPieceSize = size;
+        mHelpers = helpers;
+    }
 
     /// Goes back to before the first row of files that are read repeatedly. Throws InputError, also
     /// when a file has changed, OutputError, Cancelled.
@@ -125,32 +150,26 @@ public:
 
 private:
     static constexpr auto kNoPlace = static_cast<std::size_t>(-1);
-
-    enum class BlankLines { ArePassedOver, AreRows };
+    static constexpr std::size_t kPieceSize = std::size_t{1} << 18U;
 
     void BeginFile();
     void OpenFile();
     void BeginFingerprint();
-    void AddToFingerprint();
-    void BeginBuffer();
-    void ReadHeading();
+    void AddToFingerprint(const CsvPiece::Row& row);
+    std::vector<std::string> ReadHeading();
+    bool FindHeading();
     bool PassOverSeparatorLine();
     void FindDelimiter();
-    void UseDelimiter(char delimiter);
     std::vector<std::size_t> PlacesIn(const CsvReader& further) const;
-    void PutInOrder();
-    bool ReadRow(BlankLines blankLines);
-    bool FindRow(BlankLines blankLines);
-    bool SplitRow();
-    bool FindClosingQuote(const char*& at, unsigned long long line);
-    bool EndsField(char byte) const { return byte == mDelimiter || byte == '\n' || byte == '\r'; }
-    void AddField(const char* begin, const char* end);
-    [[noreturn]] void RefuseFurtherFields() const;
-    void UndoubleQuotes();
-    bool IsIncomplete(const char* at) const { return at == mEnd && !mAtEnd; }
-    void Refill();
-    [[noreturn]] void Fail(unsigned long long line, const std::string& problem) const;
+    void PlaceNumbers();
+    double UnexpectedNumber(std::size_t column) const;
+    bool TakePiece();
+    bool BeginNextFile();
+    const CsvPiece::Field* RowFields() const { return mPiece->fields.data() + mFirstField; }
+    [[noreturn]] void Fail(const CsvPiece::Error& error) const;
     [[noreturn]] void FailAt(std::size_t place, const std::string& problem) const;
+    [[noreturn]] void Fail(unsigned long long line, std::size_t place,
+                           const std::string& problem) const;
     std::string Column(std::size_t place) const;
 
     // Every file that was opened stays open, so that it can be gone back in.
@@ -167,31 +186,32 @@ private:
     std::vector<std::vector<std::string>> mFileHeadings;  // of each file that was opened
     // Where the columns stand in the file that is read; empty if they stand in their order.
     std::vector<std::size_t> mPlaces;
-    std::vector<std::string_view> mOrdered;
 
-    std::vector<std::string_view> mFields;
-    std::vector<std::size_t> mDoubled;  // the fields of the row that hold doubled quotes
-    std::size_t mMaxFields = 0;
     std::string mFileWithoutRows;             // the first one
     std::optional<Fingerprint> mFingerprint;  // of the file that is read, if it is taken
     std::vector<std::string> mFingerprints;
+    std::vector<std::string_view> mCells;  // of the row, as the file has them, for the fingerprint
     char mDelimiter = ',';
-    bool mRowHasQuotes = false;
-    bool mReadsHeading = true;
     bool mHasRows = false;  // the file that is read
-    // The bytes at which an unquoted field ends, or must not go on.
-    std::array<bool, 256> mStops{};
 
-    // What has been read and not yet used is from mNext to mEnd. A line end stands at mEnd, so that
-    // a search need not look out for the end.
-    std::vector<char> mBuffer;
-    const char* mNext = nullptr;
-    const char* mEnd = nullptr;
-    bool mAtEnd = false;
+    std::size_t mPieceSize = kPieceSize;
+    std::size_t mHelpers;
+    std::unique_ptr<PieceReader> mPieces;
+    RowFormat mRowFormat;                       // of the rows behind the heading
+    std::vector<std::size_t> mExpectedNumbers;  // columns
+    // Of each column, where its numbers are among those of a row; empty if none are expected.
+    std::vector<std::size_t> mNumberPlaces;
+    std::unique_ptr<CsvPiece> mPiece;
+    std::unique_ptr<PieceQueue> mQueue;  // of the pieces behind it, null before the first row
+    std::size_t mNextRow = 0;            // in the piece
+    std::size_t mFirstField = 0;         // of the row
+    std::size_t mFirstNumber = 0;
+    // Made when they are first asked for.
+    mutable std::vector<std::string_view> mFields;
+    mutable bool mHasFields = false;
 
-    unsigned long long mLine = 1;  // the line of mNext, from 1
+    unsigned long long mLine = 1;  // that on which the piece begins
     unsigned long long mRowLine = 1;
-    bool mAfterCarriageReturn = false;
 };
 
 /// The complaint about a heading that cannot tell which column is meant.

@@ -50,6 +50,10 @@ bool IsOneCategory(double number, std::string_view text) {
            digits.find_first_not_of("0.,", kDigits.size()) == std::string_view::npos;
 }
 
+bool HasNumbers(ColumnKind kind) {
+    return kind == ColumnKind::Continuous || kind == ColumnKind::NumberCategory;
+}
+
 // A categorical variable whose encoder grows.
 class GrowingVariable : public MCVariable {
 public:
@@ -70,7 +74,17 @@ CsvRecordIter::CsvRecordIter(CsvReader& reader, const std::vector<Column>& colum
       mMissing(missing),
       mValues(columns.size(), MCMV::Missing()),
       mRecord(mValues.data(), static_cast<int>(mValues.size())) {
-    for (std::size_t i = 0; i < columns.size(); ++i) AddVariable(columns[i], i);
+    std::vector<std::size_t> numbers;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        AddVariable(columns[i], i);
+        if (HasNumbers(columns[i].kind)) numbers.push_back(i);
+    }
+    reader.ExpectNumbers(std::move(numbers));
+    const std::vector<std::string> tokens = missing.Texts();
+    mNumbersCanBeMissing =
+        std::any_of(tokens.begin(), tokens.end(), [&reader](const std::string& token) {
+            return ParseCell(token, reader.HasDecimalComma()).has_value();
+        });
 }
 
 void CsvRecordIter::AddVariable(const Column& column, std::size_t position) {
@@ -108,8 +122,7 @@ const Record* CsvRecordIter::GetNextRecord() {
     if (!HasMoreRecords()) return nullptr;
     mHasRow = false;
     ++mRecordCount;
-    const std::vector<std::string_view>& fields = mReader.Fields();
-    for (Source& source : mSources) mValues[source.column] = Value(source, fields[source.column]);
+    for (Source& source : mSources) mValues[source.column] = Value(source);
     return &mRecord;
 }
 
@@ -138,13 +151,19 @@ int CsvRecordIter::Rewind() {
     return 0;
 }
 
-double CsvRecordIter::Value(Source& source, std::string_view field) {
+double CsvRecordIter::Value(Source& source) {
+    const bool isContinuous = source.kind == ColumnKind::Continuous;
+    if (isContinuous && !mNumbersCanBeMissing) {
+        const double number = mReader.Number(source.column);
+        if (!std::isnan(number)) return number;
+    }
+    const std::string_view field = mReader.Field(source.column);
     const std::string_view text = TrimBlanks(field);
     if (mMissing.Contains(text)) return MCMV::Missing();
     if (source.texts) return TextCategory(source, field);
-    if (source.numbers) return NumberCategory(source, text);
-    const std::optional<double> number = ParseCell(text, mReader.HasDecimalComma());
-    return number ? *number : UnreadableValue(source, text);
+    const double number = mReader.Number(source.column);
+    if (std::isnan(number)) return UnreadableValue(source, text);
+    return isContinuous ? number : NumberCategory(source, number, text);
 }
 
 double CsvRecordIter::UnreadableValue(Source& source, std::string_view text) {
@@ -169,24 +188,22 @@ int CsvRecordIter::TextCategory(Source& source, std::string_view field) {
     return source.texts->AddCategory(field);
 }
 
-double CsvRecordIter::NumberCategory(Source& source, std::string_view text) {
-    const std::optional<double> number = ParseCell(text, mReader.HasDecimalComma());
-    if (!number) return UnreadableValue(source, text);
-    if (!IsOneCategory(*number, text)) {
+double CsvRecordIter::NumberCategory(Source& source, double number, std::string_view text) {
+    if (!IsOneCategory(number, text)) {
         mReader.Refuse(source.column,
                        fmt::format("\"{}\" lies beyond {:.0f}, where several whole numbers are one "
                                    "double and would be one category; {} leaves the column out",
                                    Shortened(text), kMaxWhole,
                                    ShellOption("--ignore", mReader.Headings()[source.column])));
     }
-    const double code = source.numbers->EncodeNumber(*number);
+    const double code = source.numbers->EncodeNumber(number);
     if (code >= 0.0) return code;
     if (!source.isCompared) {
         CountCategory(source, 0);
-    } else if (source.reference->EncodeNumber(*number) < 0.0 && !HasRoomForUnknown(0)) {
+    } else if (source.reference->EncodeNumber(number) < 0.0 && !HasRoomForUnknown(0)) {
         return OtherCategories(source);
     }
-    return source.numbers->AddCategory(*number);
+    return source.numbers->AddCategory(number);
 }
 
 // Once there is no room for one category there is none for any later one, so that those with a name

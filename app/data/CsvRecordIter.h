@@ -77,10 +77,10 @@ private:
     const Source& At(int position) const;
 
     void AddVariable(const Column& column, std::size_t position);
-    double Value(Source& source, std::string_view field);
+    double Value(Source& source);
     double UnreadableValue(Source& source, std::string_view text);
     int TextCategory(Source& source, std::string_view field);
-    double NumberCategory(Source& source, std::string_view text);
+    double NumberCategory(Source& source, double number, std::string_view text);
     bool HasRoomForUnknown(std::size_t length);
     int OtherCategories(Source& source);
     void CountCategory(Source& source, std::size_t length);
@@ -91,6 +91,7 @@ private:
     MCMTD_NAMESPACE::MCVarList mVarList;
     std::vector<double> mValues;
     MCCommon::Record mRecord;
+    bool mNumbersCanBeMissing = false;
     std::size_t mCategoryBytes = 0;
     bool mReferenceIsCounted = false;
     bool mNoRoom = false;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <string>
 
 #include "accredit/documents/NumberText.h"
@@ -112,6 +113,11 @@ std::optional<double> ParseCell(std::string_view text, bool decimalComma) {
     std::string withPoint(text);
     withPoint[comma] = '.';
     return MADocuments::ParseNumber(withPoint);
+}
+
+double NumberIn(std::string_view field, bool decimalComma) {
+    return ParseCell(MADocuments::TrimBlanks(field), decimalComma)
+        .value_or(std::numeric_limits<double>::quiet_NaN());
 }
 
 bool IsSpreadsheetNumber(std::string_view text) {

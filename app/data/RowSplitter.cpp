@@ -1,0 +1,209 @@
+#include "app/data/RowSplitter.h"
+
+#include <fmt/format.h>
+
+#include <string_view>
+#include <utility>
+
+#include "app/data/CellText.h"
+
+namespace app {
+
+namespace {
+
+constexpr std::size_t kMiB = 1'048'576;
+constexpr std::size_t kMaxFields = 1'000'000;
+constexpr const char* kNulByte = "a NUL byte, this is not a text file in UTF-8";
+constexpr const char* kQuoteWithin =
+    "a quote in a field that does not begin with one; CSV has such a field in quotes, and its "
+    "own quotes doubled";
+
+bool IsLineEnd(char byte) { return byte == '\n' || byte == '\r'; }
+
+}  // namespace
+
+RowSplitter::RowSplitter(const RowFormat& format, CsvPiece& piece)
+    : mFormat(format),
+      mPiece(piece),
+      mMaxFields(format.columns.value_or(kMaxFields)),
+      mEnd(piece.bytes.data() + piece.end),
+      mStops({format.delimiter, '\n', '\r', '"', '\0'}),
+      mBlock(piece.bytes.data() + piece.begin),
+      mFound(mStops.Find(mBlock)) {
+    piece.fields.clear();
+    piece.rows.clear();
+    piece.numbers.clear();
+    piece.error.reset();
+}
+
+// The end of the file, and of what has been read, is a stop too.
+inline const char* RowSplitter::NextStop() {
+    while (mFound == 0) {
+        mBlock += kBlock;
+        mFound = mStops.Find(mBlock);
+    }
+    const char* const stop = mBlock + __builtin_ctzll(mFound);
+    mFound &= mFound - 1;
+    return stop;
+}
+
+void RowSplitter::PassStopsBefore(const char* at) {
+    const auto offset = static_cast<std::size_t>(at - mBlock);
+    if (offset < kBlock) {
+        mFound &= ~std::uint64_t{0} << offset;
+    } else {
+        mBlock = at;
+        mFound = mStops.Find(at);
+    }
+}
+
+bool RowSplitter::FindRow() {
+    const bool blankLinesAreRows = mFormat.columns == 1;
+    const char* at = Text() + mPiece.begin;
+    for (; at != mEnd && IsLineEnd(*at); ++at) {
+        const bool endsPair = *at == '\n' && mPiece.followsCarriageReturn;
+        if (!endsPair) {
+            if (mPiece.followsLineEnd && blankLinesAreRows) break;
+            mPiece.followsLineEnd = true;
+            ++mPiece.lineEnds;
+        }
+        mPiece.followsCarriageReturn = *at == '\r';
+    }
+    mPiece.begin = static_cast<std::size_t>(at - Text());
+    mPiece.followsLineEnd = false;
+    mPiece.followsCarriageReturn = false;
+    PassStopsBefore(at);
+    return at != mEnd;
+}
+
+bool RowSplitter::SplitRow() {
+    if (mPiece.error || !FindRow()) return false;
+    mFirstField = mPiece.fields.size();
+    mLine = mPiece.lineEnds;
+    mHasQuotes = false;
+    if (!SplitFields()) return false;
+    if (mFormat.columns && FieldCount() < mMaxFields) {
+        return Fail(mLine, FieldCount() - 1,
+                    fmt::format("the row ends here, the heading has {} columns", mMaxFields));
+    }
+    mPiece.rows.push_back({mLine, mHasQuotes});
+    AddNumbers();
+    return true;
+}
+
+bool RowSplitter::SplitFields() {
+    for (const char* begin = Text() + mPiece.begin;;) {
+        const char* stop = NextStop();
+        if (*stop == '"' && stop == begin) {
+            if (!SplitQuoted(stop)) return false;
+        } else if (IsIncomplete(stop)) {
+            return FailTooLong();
+        } else if (!AddField(begin, stop)) {
+            return FailFurtherFields();
+        } else if (!EndsField(*stop)) {
+            return Fail(mPiece.lineEnds, FieldCount() - 1, *stop == '"' ? kQuoteWithin : kNulByte);
+        }
+        if (*stop != mFormat.delimiter) {
+            mPiece.begin = static_cast<std::size_t>(stop - Text());
+            return true;
+        }
+        begin = stop + 1;
+    }
+}
+
+// Moves `stop` from the opening quote behind the closing one, where the field must end.
+bool RowSplitter::SplitQuoted(const char*& stop) {
+    const char* const begin = stop + 1;
+    const char* const closing = FindClosingQuote(begin);
+    if (!closing && mPiece.endsFile) {
+        return Fail(mPiece.lineEnds, FieldCount(), "the quote at its beginning is not closed");
+    }
+    if (!closing) return FailTooLong();
+    if (!AddField(begin, closing)) return FailFurtherFields();
+    if (mHasNul) return Fail(mPiece.lineEnds, FieldCount() - 1, kNulByte);
+    mPiece.lineEnds += mLineEnds;
+    if (mHasDoubled) Undouble(mPiece.fields.back());
+    mHasQuotes = true;
+    stop = closing + 1;
+    if (!EndsField(*stop)) {
+        return Fail(mPiece.lineEnds, FieldCount() - 1, "text behind the closing quote");
+    }
+    PassStopsBefore(stop + 1);
+    return true;
+}
+
+// Null if there is none.
+const char* RowSplitter::FindClosingQuote(const char* begin) {
+    mHasDoubled = mHasNul = false;
+    mLineEnds = 0;
+    for (;;) {
+        const char* const at = NextStop();
+        if (at >= mEnd) return nullptr;
+        switch (*at) {
+            case '"':
+                if (IsIncomplete(at + 1)) return nullptr;
+                if (at[1] != '"') return at;
+                mHasDoubled = true;
+                NextStop();
+                break;
+            case '\n':
+                if (at == begin || at[-1] != '\r') ++mLineEnds;
+                break;
+            case '\r':
+                ++mLineEnds;
+                break;
+            case '\0':
+                mHasNul = true;
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+inline bool RowSplitter::AddField(const char* begin, const char* end) {
+    if (FieldCount() == mMaxFields) return false;
+    CsvPiece::Field& field = mPiece.fields.emplace_back();
+    field.begin = static_cast<std::uint32_t>(begin - Text());
+    field.size = static_cast<std::uint32_t>(end - begin);
+    return true;
+}
+
+// Done in place: fields only become shorter.
+void RowSplitter::Undouble(CsvPiece::Field& field) {
+    char* const begin = mPiece.bytes.data() + field.begin;
+    char* to = begin;
+    for (std::size_t i = 0; i < field.size; ++i) {
+        *to++ = begin[i];
+        if (begin[i] == '"') ++i;
+    }
+    field.size = static_cast<std::uint32_t>(to - begin);
+}
+
+void RowSplitter::AddNumbers() {
+    const CsvPiece::Field* const fields = mPiece.fields.data() + mFirstField;
+    for (const std::size_t place : mFormat.numbers) {
+        mPiece.numbers.push_back(NumberIn(mPiece.Text(fields[place]), mFormat.decimalComma));
+    }
+}
+
+bool RowSplitter::Fail(std::uint32_t line, std::size_t place, std::string problem) {
+    mPiece.error = {line, place, std::move(problem)};
+    return false;
+}
+
+bool RowSplitter::FailFurtherFields() {
+    return Fail(
+        mLine, mMaxFields,
+        fmt::format("the row goes on, {} {}",
+                    mMaxFields == 1 ? "1 column is" : fmt::format("{} columns are", mMaxFields),
+                    mFormat.columns ? "all that the heading has" : "the most that are read"));
+}
+
+bool RowSplitter::FailTooLong() {
+    return Fail(
+        mLine, FieldCount(),
+        fmt::format("the row is longer than {} MiB; is a quote not closed?", kMaxRowSize / kMiB));
+}
+
+}  // namespace app
