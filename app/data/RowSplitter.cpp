@@ -2,10 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <string_view>
 #include <utility>
 
 #include "app/data/CellText.h"
+#include "app/data/ShortNumber.h"
 
 namespace app {
 
@@ -182,8 +184,14 @@ void RowSplitter::Undouble(CsvPiece::Field& field) {
 
 void RowSplitter::AddNumbers() {
     const CsvPiece::Field* const fields = mPiece.fields.data() + mFirstField;
+    const char point = mFormat.decimalComma ? ',' : '.';
     for (const std::size_t place : mFormat.numbers) {
-        mPiece.numbers.push_back(NumberIn(mPiece.Text(fields[place]), mFormat.decimalComma));
+        const CsvPiece::Field field = fields[place];
+        double number = ShortNumber(Text() + field.begin, field.size, point);
+        if (std::isnan(number) && field.size > 0) {
+            number = NumberIn(mPiece.Text(field), mFormat.decimalComma);
+        }
+        mPiece.numbers.push_back(number);
     }
 }
 

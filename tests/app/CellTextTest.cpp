@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <random>
 #include <string>
 
 #include "app/data/DistinctCounter.h"
+#include "app/data/ShortNumber.h"
 #include "fakes/Fakes.h"
 #include "fakes/Repeats.h"
 
@@ -18,6 +21,29 @@ TABLE_TEST(CellText, Is, 2) {
     if (app::IsAmbiguousComma(text)) what += "ambiguous ";
     if (app::IsDate(text)) what += "date ";
     EXPECT_EQ(what.substr(0, what.find_last_not_of(' ') + 1), row.Text(1));
+}
+
+// All texts of digits and a point are short numbers, whatever else a text may be.
+TEST(ShortNumber, IsTheNumberThatTheTextSpells) {
+    constexpr std::string_view kBytes = "0123456789.,-+ e\n\x80;/:\x1e\x01";
+    std::minstd_rand random(1);
+    for (int i = 0; i < 400000; ++i) {
+        const bool decimalComma = i % 2 == 0;
+        const std::size_t kinds = i % 3 == 0 ? kBytes.size() : 12;
+        std::string text(i % 5 == 0 ? "-" : "");
+        for (std::size_t n = random() % 11; n > 0; --n) text += kBytes[random() % kinds];
+        const std::string readable = text + "12345678";
+        const double number =
+            app::ShortNumber(readable.data(), text.size(), decimalComma ? ',' : '.');
+        const std::size_t begin = text.substr(0, 1) == "-" ? 1 : 0;
+        const bool isShort = text.size() - begin <= 8 &&
+                             text.find_first_not_of(decimalComma ? "0123456789," : "0123456789.",
+                                                    begin) == text.npos;
+        const double expected = app::NumberIn(text, decimalComma);
+        if (isShort || !std::isnan(number)) {
+            ASSERT_EQ(std::memcmp(&number, &expected, sizeof number), 0) << text;
+        }
+    }
 }
 
 TEST(DistinctCounter, CountsUpToItsLimitAndEstimatesFromThereOn) {

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+/// @file
+/// Most numbers in files are short. These are read eight digits at a time.
+
+namespace app {
+
+/// Stands for a text that is no short number.
+inline constexpr double kNoShortNumber = std::numeric_limits<double>::quiet_NaN();
+
+namespace short_number {
+
+inline constexpr std::uint64_t kOnes = 0x0101010101010101U;
+inline constexpr std::uint64_t kTopBits = 0x80 * kOnes;
+
+// By what a number with so many decimals is divided.
+inline constexpr std::array<double, 8> kPowersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+
+// Eight bytes as a number, the first one lowest.
+inline std::uint64_t Word(const char* bytes) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    word = __builtin_bswap64(word);
+#endif
+    return word;
+}
+
+// The number of eight digits, each a byte from 0 to 9, the first one lowest: first pairs of them
+// become one number, then pairs of these, then both halves.
+inline std::uint64_t Join(std::uint64_t digits) {
+    digits = (digits * (10 * 256 + 1)) >> 8U;
+    digits = ((digits & 0x00FF00FF00FF00FFU) * (100 * 65536 + 1)) >> 16U;
+    return ((digits & 0x0000FFFF0000FFFFU) * ((std::uint64_t{10000} << 32U) + 1)) >> 32U;
+}
+
+}  // namespace short_number
+
+/// The number that a text spells in up to eight digits and `point` with an optional minus sign
+/// before them, at least one digit and no more than eight bytes besides the sign: the nearest
+/// double, because the digits and the power of ten by which they are divided are doubles, and a
+/// division is rounded once. A NaN for any other text. The 8 bytes at `text`, and behind a sign
+/// there, must be readable, even if the text is shorter.
+inline double ShortNumber(const char* text, std::size_t size, char point) {
+    using namespace short_number;
+    const bool isNegative = size > 0 && *text == '-';
+    if (isNegative) ++text, --size;
+    if (size - 1 >= 8) return kNoShortNumber;
+    // The text moves to the last bytes, digits become their values, and zeros go before them.
+    const std::size_t absent = 8 * (8 - size);
+    std::uint64_t digits = (Word(text) << absent) ^ (('0' * kOnes) << absent);
+    // The top bit of each byte that is no digit. A carry can only come from such a byte, to those
+    // above it.
+    const std::uint64_t others = ((digits + (0x80 - 10) * kOnes) | digits) & kTopBits;
+    double number = 0.0;
+    if (others == 0) {
+        number = static_cast<double>(static_cast<std::int64_t>(Join(digits)));
+    } else {
+        // The bits up to the point, and it alone.
+        const std::uint64_t upTo = others ^ (others - 1);
+        const std::uint64_t only = upTo & ~(upTo >> 8U);
+        const auto spelled = static_cast<unsigned char>(point ^ '0');
+        if ((others & (others - 1)) != 0 || ((digits ^ (spelled * kOnes)) & only) != 0 ||
+            size == 1) {
+            return kNoShortNumber;
+        }
+        const auto decimals = static_cast<std::size_t>(__builtin_clzll(others)) / 8;
+        digits = (digits & ~upTo) | ((digits << 8U) & upTo);
+        number =
+            static_cast<double>(static_cast<std::int64_t>(Join(digits))) / kPowersOfTen[decimals];
+    }
+    return isNegative ? -number : number;
+}
+
+}  // namespace app
