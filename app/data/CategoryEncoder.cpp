@@ -1,14 +1,14 @@
 #include "app/data/CategoryEncoder.h"
 
-#include <cstddef>
-
 #include "accredit/host/MCMV.h"
 
 namespace app {
 
-int CategoryEncoder::FindCategory(std::string_view value) const {
+int CategoryEncoder::FindCategory(std::string_view value) {
     const auto found = mCodes.find(value);
-    return found == mCodes.end() ? -1 : found->second;
+    if (found == mCodes.end()) return -1;
+    mRecent[RecentPlace(value)] = {found->first, found->second};
+    return found->second;
 }
 
 int CategoryEncoder::AddCategory(std::string_view value) {
@@ -24,7 +24,10 @@ int CategoryEncoder::AddNamelessCategory() {
     return Count() - 1;
 }
 
-double CategoryEncoder::EncodeString(const std::string& value) const { return FindCategory(value); }
+double CategoryEncoder::EncodeString(const std::string& value) const {
+    const auto found = mCodes.find(value);
+    return found == mCodes.end() ? -1.0 : found->second;
+}
 
 double CategoryEncoder::EncodeNumber(double /*value*/) const { return -1.0; }
 

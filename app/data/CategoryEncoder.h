@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <string>
@@ -19,7 +21,13 @@ public:
     CategoryEncoder& operator=(const CategoryEncoder&) = delete;
 
     /// The code of the category, -1 if there is no such category.
-    int FindCategory(std::string_view value) const;
+    int FindCategory(std::string_view value);
+
+    /// The same, fast, if the category is one of a few that were found last; otherwise -1.
+    int FindRecent(std::string_view value) const {
+        const Recent& recent = mRecent[RecentPlace(value)];
+        return recent.value == value ? recent.code : -1;
+    }
 
     /// The code of the category, which is added behind the others if it is new.
     int AddCategory(std::string_view value);
@@ -39,10 +47,26 @@ public:
     double DecodeNumber(int code) const override;
 
 private:
+    struct Recent {
+        std::string_view value;
+        int code = -1;
+    };
+
+    static constexpr std::size_t kRecent = 64;
+
+    // Texts that differ at their ends, or in their length, mostly have different places.
+    static std::size_t RecentPlace(std::string_view value) {
+        if (value.empty()) return 0;
+        const auto front = static_cast<unsigned char>(value.front());
+        const auto back = static_cast<unsigned char>(value.back());
+        return (value.size() + 5U * front + 11U * back) % kRecent;
+    }
+
     int Count() const { return static_cast<int>(mCategories.size()); }
 
     // The texts are a stranger's, who could choose them so that a hash map becomes slow.
     std::map<std::string, int, std::less<>> mCodes;
+    std::array<Recent, kRecent> mRecent;
     std::vector<const std::string*> mCategories;  // the keys by code, null for a nameless one
 };
 

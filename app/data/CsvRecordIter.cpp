@@ -50,10 +50,6 @@ bool IsOneCategory(double number, std::string_view text) {
            digits.find_first_not_of("0.,", kDigits.size()) == std::string_view::npos;
 }
 
-bool HasNumbers(ColumnKind kind) {
-    return kind == ColumnKind::Continuous || kind == ColumnKind::NumberCategory;
-}
-
 // A categorical variable whose encoder grows.
 class GrowingVariable : public MCVariable {
 public:
@@ -74,17 +70,18 @@ CsvRecordIter::CsvRecordIter(CsvReader& reader, const std::vector<Column>& colum
       mMissing(missing),
       mValues(columns.size(), MCMV::Missing()),
       mRecord(mValues.data(), static_cast<int>(mValues.size())) {
-    std::vector<std::size_t> numbers;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        AddVariable(columns[i], i);
-        if (HasNumbers(columns[i].kind)) numbers.push_back(i);
-    }
-    reader.ExpectNumbers(std::move(numbers));
+    for (std::size_t i = 0; i < columns.size(); ++i) AddVariable(columns[i], i);
     const std::vector<std::string> tokens = missing.Texts();
-    mNumbersCanBeMissing =
+    const bool numbersCanBeMissing =
         std::any_of(tokens.begin(), tokens.end(), [&reader](const std::string& token) {
             return ParseCell(token, reader.HasDecimalComma()).has_value();
         });
+    std::vector<std::size_t> numbers;
+    for (Source& source : mSources) {
+        source.takesAnyNumber = source.kind == ColumnKind::Continuous && !numbersCanBeMissing;
+        if (source.kind != ColumnKind::TextCategory) numbers.push_back(source.column);
+    }
+    reader.ExpectNumbers(std::move(numbers));
 }
 
 void CsvRecordIter::AddVariable(const Column& column, std::size_t position) {
@@ -122,7 +119,11 @@ const Record* CsvRecordIter::GetNextRecord() {
     if (!HasMoreRecords()) return nullptr;
     mHasRow = false;
     ++mRecordCount;
-    for (Source& source : mSources) mValues[source.column] = Value(source);
+    for (Source& source : mSources) {
+        double& value = mValues[source.column];
+        value = source.takesAnyNumber ? mReader.Number(source.column) : MCMV::Missing();
+        if (!source.takesAnyNumber || std::isnan(value)) value = Value(source);
+    }
     return &mRecord;
 }
 
@@ -152,18 +153,18 @@ int CsvRecordIter::Rewind() {
 }
 
 double CsvRecordIter::Value(Source& source) {
-    const bool isContinuous = source.kind == ColumnKind::Continuous;
-    if (isContinuous && !mNumbersCanBeMissing) {
-        const double number = mReader.Number(source.column);
-        if (!std::isnan(number)) return number;
-    }
     const std::string_view field = mReader.Field(source.column);
+    if (field.empty()) return MCMV::Missing();
+    if (source.texts) {
+        const int code = source.texts->FindRecent(field);
+        if (code >= 0) return code;
+    }
     const std::string_view text = TrimBlanks(field);
     if (mMissing.Contains(text)) return MCMV::Missing();
     if (source.texts) return TextCategory(source, field);
     const double number = mReader.Number(source.column);
     if (std::isnan(number)) return UnreadableValue(source, text);
-    return isContinuous ? number : NumberCategory(source, number, text);
+    return source.kind == ColumnKind::Continuous ? number : NumberCategory(source, number, text);
 }
 
 double CsvRecordIter::UnreadableValue(Source& source, std::string_view text) {

@@ -69,7 +69,8 @@ private:
         std::shared_ptr<MCMTD_NAMESPACE::MCNumberEncoder> numbers;
         const MCMTD_NAMESPACE::IMCEncoder* reference;  // null if it has none
         bool isCompared;
-        std::size_t bytes = 0;  // what its categories take
+        bool takesAnyNumber = false;  // because none is a missing value
+        std::size_t bytes = 0;        // what its categories take
         MADocuments::UncountedData uncounted = {};
         std::string unreadableFile = {};
     };
@@ -91,7 +92,6 @@ private:
     MCMTD_NAMESPACE::MCVarList mVarList;
     std::vector<double> mValues;
     MCCommon::Record mRecord;
-    bool mNumbersCanBeMissing = false;
     std::size_t mCategoryBytes = 0;
     bool mReferenceIsCounted = false;
     bool mNoRoom = false;

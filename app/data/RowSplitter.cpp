@@ -88,7 +88,9 @@ bool RowSplitter::SplitRow() {
         return Fail(mLine, FieldCount() - 1,
                     fmt::format("the row ends here, the heading has {} columns", mMaxFields));
     }
-    mPiece.rows.push_back({mLine, mHasQuotes});
+    CsvPiece::Row& row = mPiece.rows.emplace_back();
+    row.line = mLine;
+    row.hasQuotes = mHasQuotes;
     AddNumbers();
     return true;
 }
