@@ -96,10 +96,18 @@ bool RowSplitter::SplitRow() {
 }
 
 bool RowSplitter::SplitFields() {
-    for (const char* begin = Text() + mPiece.begin;;) {
+    const char* begin = Text() + mPiece.begin;
+    const char delimiter = mFormat.delimiter;
+    for (;;) {
         const char* stop = NextStop();
+        if (*stop == delimiter) {
+            if (!AddField(begin, stop)) return FailFurtherFields();
+            begin = stop + 1;
+            continue;
+        }
         if (*stop == '"' && stop == begin) {
-            if (!SplitQuoted(stop)) return false;
+            stop = SplitQuoted(stop);
+            if (!stop) return false;
         } else if (IsIncomplete(stop)) {
             return FailTooLong();
         } else if (!AddField(begin, stop)) {
@@ -107,7 +115,7 @@ bool RowSplitter::SplitFields() {
         } else if (!EndsField(*stop)) {
             return Fail(mPiece.lineEnds, FieldCount() - 1, *stop == '"' ? kQuoteWithin : kNulByte);
         }
-        if (*stop != mFormat.delimiter) {
+        if (*stop != delimiter) {
             mPiece.begin = static_cast<std::size_t>(stop - Text());
             return true;
         }
@@ -115,25 +123,32 @@ bool RowSplitter::SplitFields() {
     }
 }
 
-// Moves `stop` from the opening quote behind the closing one, where the field must end.
-bool RowSplitter::SplitQuoted(const char*& stop) {
-    const char* const begin = stop + 1;
+// Gives the end of the field that begins with this quote; null if it is malformed.
+const char* RowSplitter::SplitQuoted(const char* quote) {
+    const char* const begin = quote + 1;
     const char* const closing = FindClosingQuote(begin);
-    if (!closing && mPiece.endsFile) {
-        return Fail(mPiece.lineEnds, FieldCount(), "the quote at its beginning is not closed");
+    if (!closing) {
+        FailUnclosed();
+        return nullptr;
     }
-    if (!closing) return FailTooLong();
-    if (!AddField(begin, closing)) return FailFurtherFields();
-    if (mHasNul) return Fail(mPiece.lineEnds, FieldCount() - 1, kNulByte);
+    if (!AddField(begin, closing)) {
+        FailFurtherFields();
+        return nullptr;
+    }
+    if (mHasNul) {
+        Fail(mPiece.lineEnds, FieldCount() - 1, kNulByte);
+        return nullptr;
+    }
     mPiece.lineEnds += mLineEnds;
+    const char* const end = closing + 1;
+    if (!EndsField(*end)) {
+        Fail(mPiece.lineEnds, FieldCount() - 1, "text behind the closing quote");
+        return nullptr;
+    }
     if (mHasDoubled) Undouble(mPiece.fields.back());
     mHasQuotes = true;
-    stop = closing + 1;
-    if (!EndsField(*stop)) {
-        return Fail(mPiece.lineEnds, FieldCount() - 1, "text behind the closing quote");
-    }
-    PassStopsBefore(stop + 1);
-    return true;
+    PassStopsBefore(end + 1);
+    return end;
 }
 
 // Null if there is none.
@@ -187,13 +202,16 @@ void RowSplitter::Undouble(CsvPiece::Field& field) {
 void RowSplitter::AddNumbers() {
     const CsvPiece::Field* const fields = mPiece.fields.data() + mFirstField;
     const char point = mFormat.decimalComma ? ',' : '.';
+    std::vector<double>& numbers = mPiece.numbers;
+    numbers.resize(numbers.size() + mFormat.numbers.size());
+    double* number = numbers.data() + (numbers.size() - mFormat.numbers.size());
     for (const std::size_t place : mFormat.numbers) {
         const CsvPiece::Field field = fields[place];
-        double number = ShortNumber(Text() + field.begin, field.size, point);
-        if (std::isnan(number) && field.size > 0) {
-            number = NumberIn(mPiece.Text(field), mFormat.decimalComma);
+        *number = ShortNumber(Text() + field.begin, field.size, point);
+        if (std::isnan(*number) && field.size > 0) {
+            *number = NumberIn(mPiece.Text(field), mFormat.decimalComma);
         }
-        mPiece.numbers.push_back(number);
+        ++number;
     }
 }
 
@@ -208,6 +226,11 @@ bool RowSplitter::FailFurtherFields() {
         fmt::format("the row goes on, {} {}",
                     mMaxFields == 1 ? "1 column is" : fmt::format("{} columns are", mMaxFields),
                     mFormat.columns ? "all that the heading has" : "the most that are read"));
+}
+
+bool RowSplitter::FailUnclosed() {
+    if (!mPiece.endsFile) return FailTooLong();
+    return Fail(mPiece.lineEnds, FieldCount(), "the quote at its beginning is not closed");
 }
 
 bool RowSplitter::FailTooLong() {

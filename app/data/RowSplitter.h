@@ -33,7 +33,7 @@ private:
     const char* NextStop();
     void PassStopsBefore(const char* at);
     bool SplitFields();
-    bool SplitQuoted(const char*& stop);
+    const char* SplitQuoted(const char* quote);
     const char* FindClosingQuote(const char* begin);
     bool AddField(const char* begin, const char* end);
     void Undouble(CsvPiece::Field& field);
@@ -46,6 +46,7 @@ private:
     std::size_t FieldCount() const { return mPiece.fields.size() - mFirstField; }
     bool Fail(std::uint32_t line, std::size_t place, std::string problem);
     bool FailFurtherFields();
+    bool FailUnclosed();
     bool FailTooLong();
 
     const RowFormat& mFormat;

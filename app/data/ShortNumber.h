@@ -34,10 +34,11 @@ inline std::uint64_t Word(const char* bytes) {
 
 // The number of eight digits, each a byte from 0 to 9, the first one lowest: first pairs of them
 // become one number, then pairs of these, then both halves.
-inline std::uint64_t Join(std::uint64_t digits) {
+inline double Join(std::uint64_t digits) {
     digits = (digits * (10 * 256 + 1)) >> 8U;
     digits = ((digits & 0x00FF00FF00FF00FFU) * (100 * 65536 + 1)) >> 16U;
-    return ((digits & 0x0000FFFF0000FFFFU) * ((std::uint64_t{10000} << 32U) + 1)) >> 32U;
+    digits = ((digits & 0x0000FFFF0000FFFFU) * ((std::uint64_t{10000} << 32U) + 1)) >> 32U;
+    return static_cast<std::int32_t>(digits);
 }
 
 }  // namespace short_number
@@ -60,20 +61,15 @@ inline double ShortNumber(const char* text, std::size_t size, char point) {
     const std::uint64_t others = ((digits + (0x80 - 10) * kOnes) | digits) & kTopBits;
     double number = 0.0;
     if (others == 0) {
-        number = static_cast<double>(static_cast<std::int64_t>(Join(digits)));
+        number = Join(digits);
     } else {
-        // The bits up to the point, and it alone.
-        const std::uint64_t upTo = others ^ (others - 1);
-        const std::uint64_t only = upTo & ~(upTo >> 8U);
-        const auto spelled = static_cast<unsigned char>(point ^ '0');
-        if ((others & (others - 1)) != 0 || ((digits ^ (spelled * kOnes)) & only) != 0 ||
-            size == 1) {
-            return kNoShortNumber;
-        }
         const auto decimals = static_cast<std::size_t>(__builtin_clzll(others)) / 8;
+        const bool isOne = (others & (others - 1)) == 0;
+        if (!isOne || text[size - 1 - decimals] != point || size == 1) return kNoShortNumber;
+        // The digits before the point move on by its place.
+        const std::uint64_t upTo = others ^ (others - 1);
         digits = (digits & ~upTo) | ((digits << 8U) & upTo);
-        number =
-            static_cast<double>(static_cast<std::int64_t>(Join(digits))) / kPowersOfTen[decimals];
+        number = Join(digits) / kPowersOfTen[decimals];
     }
     return isNegative ? -number : number;
 }

@@ -50,12 +50,10 @@ TABLE_TEST(CsvReader, SplitsRowsAsRfc4180SaysOrRefuses, 2) {
         std::vector<std::size_t> columns(reader.Headings().size());
         std::iota(columns.begin(), columns.end(), std::size_t{0});
         reader.ExpectNumbers(columns);
-        for (const std::size_t size : {16, 300, 100000}) {
-            for (const std::size_t helpers : {0, 3}) {
-                reader.ReadInPieces(size, helpers);
-                reader.Rewind();
-                EXPECT_EQ(ReadAll(reader), expected) << "in pieces of " << size;
-            }
+        for (const std::size_t helpers : {0U, 3U}) {
+            reader.ReadInPieces(16 + 200 * helpers, helpers);
+            reader.Rewind();
+            EXPECT_EQ(ReadAll(reader), expected) << "in pieces, with " << helpers << " helpers";
         }
     } catch (const app::InputError& error) {
         EXPECT_EQ(error.what(), expected);
@@ -67,7 +65,7 @@ TEST(CsvReader, FailsInTheOrderOfTheFile) {
     const std::string rows = fakes::Repeated("a,b\n@3000(1,#\n)");
     const auto shorter = static_cast<off_t>(rows.size()) + 1500;
     for (const bool isBad : {false, true}) {
-        for (const std::size_t helpers : {0, 3}) {
+        for (const std::size_t helpers : {0U, 3U}) {
             const fakes::Files files(rows + (isBad ? "1\n" : "1,2\n") + rows, "");
             fakes::Query query(20, [shorter] { EXPECT_EQ(truncate("A", shorter), 0); });
             app::Progress progress(nullptr);
