@@ -150,7 +150,7 @@ public:
 
 private:
     static constexpr auto kNoPlace = static_cast<std::size_t>(-1);
-    static constexpr std::size_t kPieceSize = std::size_t{1} << 18U;
+    static constexpr std::size_t kPieceSize = std::size_t{1} << 17U;
 
     void BeginFile();
     void OpenFile();
