@@ -202,16 +202,13 @@ void RowSplitter::Undouble(CsvPiece::Field& field) {
 void RowSplitter::AddNumbers() {
     const CsvPiece::Field* const fields = mPiece.fields.data() + mFirstField;
     const char point = mFormat.decimalComma ? ',' : '.';
-    std::vector<double>& numbers = mPiece.numbers;
-    numbers.resize(numbers.size() + mFormat.numbers.size());
-    double* number = numbers.data() + (numbers.size() - mFormat.numbers.size());
     for (const std::size_t place : mFormat.numbers) {
         const CsvPiece::Field field = fields[place];
-        *number = ShortNumber(Text() + field.begin, field.size, point);
-        if (std::isnan(*number) && field.size > 0) {
-            *number = NumberIn(mPiece.Text(field), mFormat.decimalComma);
+        double& number =
+            mPiece.numbers.emplace_back(ShortNumber(Text() + field.begin, field.size, point));
+        if (std::isnan(number) && field.size > 0) {
+            number = NumberIn(mPiece.Text(field), mFormat.decimalComma);
         }
-        ++number;
     }
 }
 
