@@ -57,9 +57,9 @@ private:
     // Texts that differ at their ends, or in their length, mostly have different places.
     static std::size_t RecentPlace(std::string_view value) {
         if (value.empty()) return 0;
-        const auto front = static_cast<unsigned char>(value.front());
-        const auto back = static_cast<unsigned char>(value.back());
-        return (value.size() + 5U * front + 11U * back) % kRecent;
+        const std::size_t front = static_cast<unsigned char>(value.front());
+        const std::size_t back = static_cast<unsigned char>(value.back());
+        return (value.size() + 5 * front + 11 * back) % kRecent;
     }
 
     int Count() const { return static_cast<int>(mCategories.size()); }

@@ -273,15 +273,16 @@ bool CsvReader::Next() {
 
 // Goes to the rows behind those of the piece. False at the end of the file.
 bool CsvReader::TakePiece() {
-    if (!mQueue) {
-        mQueue = std::make_unique<PieceQueue>(*mPieces, mRowFormat, std::move(mPiece), mHelpers);
-    } else if (mPiece->error) {
-        Fail(*mPiece->error);
-    } else {
+    std::unique_ptr<CsvPiece> used;
+    if (mQueue) {
+        if (mPiece->error) Fail(*mPiece->error);
         mLine += mPiece->lineEnds;
+        used = std::move(mPiece);
+    } else {
+        mQueue = std::make_unique<PieceQueue>(*mPieces, mRowFormat, std::move(mPiece), mHelpers);
     }
     mNextRow = 0;
-    mPiece = mQueue->Take(std::move(mPiece));
+    mPiece = mQueue->Take(std::move(used));
     if (mPiece) return true;
     mPiece = std::make_unique<CsvPiece>();
     return false;
