@@ -66,10 +66,12 @@ struct CsvPiece {
     bool followsLineEnd = false;
     bool followsCarriageReturn = false;
 
-    /// The fields of all rows, row by row.
+    /// The fields of all rows, row by row, and their number. What else the vector holds is room.
     std::vector<Field> fields;
+    std::size_t fieldCount = 0;
     std::vector<Row> rows;
     /// The numbers of all rows, row by row in the order of RowFormat::numbers; NaN for no number.
+    /// What else the vector holds is room.
     std::vector<double> numbers;
     /// The line ends that have been passed.
     std::uint32_t lineEnds = 0;

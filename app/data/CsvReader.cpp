@@ -108,7 +108,7 @@ void CsvReader::ExpectNumbers(std::vector<std::size_t> columns) {
 
 void CsvReader::PlaceNumbers() {
     mRowFormat.numbers.clear();
-    mNumberPlaces.assign(mExpectedNumbers.empty() ? 0 : mHeadings.size(), kNoPlace);
+    mNumberPlaces.assign(mHeadings.size(), kNoPlace);
     for (const std::size_t column : mExpectedNumbers) {
         const std::size_t place = mPlaces.empty() ? column : mPlaces[column];
         if (place == kNoPlace) continue;
@@ -144,7 +144,9 @@ std::vector<std::string> CsvReader::ReadHeading() {
     if (piece.error) Fail(*piece.error);
     mRowLine = mLine + piece.rows.front().line;
     std::vector<std::string> headings;
-    for (const CsvPiece::Field& field : piece.fields) headings.emplace_back(piece.Text(field));
+    for (std::size_t i = 0; i < piece.fieldCount; ++i) {
+        headings.emplace_back(piece.Text(piece.fields[i]));
+    }
     piece.rows.clear();
     mNextRow = 0;
     return headings;

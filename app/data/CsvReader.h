@@ -111,7 +111,7 @@ public:
     /// The number that the field of the row in this column spells, blanks around it aside; see
     /// ParseCell. A NaN, which no text spells, for any other text.
     double Number(std::size_t column) const {
-        const std::size_t place = mNumberPlaces.empty() ? kNoPlace : mNumberPlaces[column];
+        const std::size_t place = mNumberPlaces[column];
         return place == kNoPlace ? UnexpectedNumber(column) : mPiece->numbers[mFirstNumber + place];
     }
 
@@ -199,7 +199,7 @@ private:
     std::unique_ptr<PieceReader> mPieces;
     RowFormat mRowFormat;                       // of the rows behind the heading
     std::vector<std::size_t> mExpectedNumbers;  // columns
-    // Of each column, where its numbers are among those of a row; empty if none are expected.
+    // Of each column, where its numbers are among those of a row.
     std::vector<std::size_t> mNumberPlaces;
     std::unique_ptr<CsvPiece> mPiece;
     std::unique_ptr<PieceQueue> mQueue;  // of the pieces behind it, null before the first row

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -15,6 +16,8 @@ namespace {
 
 constexpr std::size_t kMiB = 1'048'576;
 constexpr std::size_t kMaxFields = 1'000'000;
+// For so many fields, or numbers, memory is taken first.
+constexpr std::size_t kLeastRoom = 1024;
 constexpr const char* kNulByte = "a NUL byte, this is not a text file in UTF-8";
 constexpr const char* kQuoteWithin =
     "a quote in a field that does not begin with one; CSV has such a field in quotes, and its "
@@ -32,9 +35,8 @@ RowSplitter::RowSplitter(const RowFormat& format, CsvPiece& piece)
       mStops({format.delimiter, '\n', '\r', '"', '\0'}),
       mBlock(piece.bytes.data() + piece.begin),
       mFound(mStops.Find(mBlock)) {
-    piece.fields.clear();
+    piece.fieldCount = 0;
     piece.rows.clear();
-    piece.numbers.clear();
     piece.error.reset();
 }
 
@@ -80,7 +82,8 @@ bool RowSplitter::FindRow() {
 
 bool RowSplitter::SplitRow() {
     if (mPiece.error || !FindRow()) return false;
-    mFirstField = mPiece.fields.size();
+    mFirstField = mPiece.fieldCount;
+    UseRoom(mFirstField);
     mLine = mPiece.lineEnds;
     mHasQuotes = false;
     if (!SplitFields()) return false;
@@ -88,10 +91,11 @@ bool RowSplitter::SplitRow() {
         return Fail(mLine, FieldCount() - 1,
                     fmt::format("the row ends here, the heading has {} columns", mMaxFields));
     }
+    mPiece.fieldCount = FieldsSoFar();
+    AddNumbers();
     CsvPiece::Row& row = mPiece.rows.emplace_back();
     row.line = mLine;
     row.hasQuotes = mHasQuotes;
-    AddNumbers();
     return true;
 }
 
@@ -145,7 +149,7 @@ const char* RowSplitter::SplitQuoted(const char* quote) {
         Fail(mPiece.lineEnds, FieldCount() - 1, "text behind the closing quote");
         return nullptr;
     }
-    if (mHasDoubled) Undouble(mPiece.fields.back());
+    if (mHasDoubled) Undouble(mField[-1]);
     mHasQuotes = true;
     PassStopsBefore(end + 1);
     return end;
@@ -181,10 +185,25 @@ const char* RowSplitter::FindClosingQuote(const char* begin) {
 }
 
 inline bool RowSplitter::AddField(const char* begin, const char* end) {
+    if (mField == mRoom && !MakeRoom()) return false;
+    mField->begin = static_cast<std::uint32_t>(begin - Text());
+    mField->size = static_cast<std::uint32_t>(end - begin);
+    ++mField;
+    return true;
+}
+
+void RowSplitter::UseRoom(std::size_t fieldsSoFar) {
+    std::vector<CsvPiece::Field>& fields = mPiece.fields;
+    mField = fields.data() + fieldsSoFar;
+    mRoom = fields.data() + std::min(fields.size(), mFirstField + mMaxFields);
+}
+
+// For one more field at least. False if the row must not have one.
+bool RowSplitter::MakeRoom() {
     if (FieldCount() == mMaxFields) return false;
-    CsvPiece::Field& field = mPiece.fields.emplace_back();
-    field.begin = static_cast<std::uint32_t>(begin - Text());
-    field.size = static_cast<std::uint32_t>(end - begin);
+    const std::size_t soFar = FieldsSoFar();
+    mPiece.fields.resize(std::max(kLeastRoom, 2 * soFar));
+    UseRoom(soFar);
     return true;
 }
 
@@ -200,15 +219,19 @@ void RowSplitter::Undouble(CsvPiece::Field& field) {
 }
 
 void RowSplitter::AddNumbers() {
+    const std::size_t first = mPiece.rows.size() * mFormat.numbers.size();
+    const std::size_t end = first + mFormat.numbers.size();
+    if (mPiece.numbers.size() < end) mPiece.numbers.resize(std::max(kLeastRoom, 2 * end));
     const CsvPiece::Field* const fields = mPiece.fields.data() + mFirstField;
     const char point = mFormat.decimalComma ? ',' : '.';
+    double* number = mPiece.numbers.data() + first;
     for (const std::size_t place : mFormat.numbers) {
         const CsvPiece::Field field = fields[place];
-        double& number =
-            mPiece.numbers.emplace_back(ShortNumber(Text() + field.begin, field.size, point));
-        if (std::isnan(number) && field.size > 0) {
-            number = NumberIn(mPiece.Text(field), mFormat.decimalComma);
+        *number = ShortNumber(Text() + field.begin, field.size, point);
+        if (std::isnan(*number) && field.size > 0) {
+            *number = NumberIn(mPiece.Text(field), mFormat.decimalComma);
         }
+        ++number;
     }
 }
 

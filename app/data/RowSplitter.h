@@ -36,6 +36,8 @@ private:
     const char* SplitQuoted(const char* quote);
     const char* FindClosingQuote(const char* begin);
     bool AddField(const char* begin, const char* end);
+    void UseRoom(std::size_t fieldsSoFar);
+    bool MakeRoom();
     void Undouble(CsvPiece::Field& field);
     void AddNumbers();
     const char* Text() const { return mPiece.bytes.data(); }
@@ -43,7 +45,10 @@ private:
         return byte == mFormat.delimiter || byte == '\n' || byte == '\r';
     }
     bool IsIncomplete(const char* at) const { return at >= mEnd && !mPiece.endsFile; }
-    std::size_t FieldCount() const { return mPiece.fields.size() - mFirstField; }
+    std::size_t FieldCount() const { return FieldsSoFar() - mFirstField; }
+    std::size_t FieldsSoFar() const {
+        return static_cast<std::size_t>(mField - mPiece.fields.data());
+    }
     bool Fail(std::uint32_t line, std::size_t place, std::string problem);
     bool FailFurtherFields();
     bool FailUnclosed();
@@ -61,6 +66,8 @@ private:
 
     // Of the row.
     std::size_t mFirstField = 0;
+    CsvPiece::Field* mField = nullptr;  // the next one
+    CsvPiece::Field* mRoom = nullptr;   // the end of those that may follow
     std::uint32_t mLine = 0;
     bool mHasQuotes = false;
     // Of the field in quotes.
