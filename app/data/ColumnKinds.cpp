@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -101,7 +102,7 @@ std::string NotPlain(std::string_view text, const ColumnFacts& facts, const CsvR
 
 std::string NotContinuous(std::string_view text, const CsvReader& reader) {
     ColumnScan cell(1);
-    cell.Take(text, text, std::nullopt, reader);
+    cell.Take(text, text, std::nan(""), reader);
     const ColumnFacts facts = cell.Facts();
     if (facts.spreadsheetNumbers > 0) return NotPlain(text, facts, reader);
     return fmt::format("{}; {} reads it as a missing value", NotANumber(text),
@@ -123,21 +124,22 @@ std::vector<ColumnScan> ScanColumns(CsvReader& reader, const std::vector<Choice>
         scans.emplace_back(DistinctLimit(choices.size()));
         if (choices[i] != Choice::Ignored) open.push_back(i);
     }
+    reader.ExpectNumbers(open);
     const auto isKnown = [&](std::size_t column) {
-        const std::string_view field = reader.Fields()[column];
+        const std::string_view field = reader.Field(column);
         const std::string_view text = TrimBlanks(field);
         if (missing.Contains(text)) return false;
-        const std::optional<double> number = ParseCell(text, reader.HasDecimalComma());
-        if (!number && choices[column] == Choice::Continuous) {
+        const double number = reader.Number(column);
+        if (std::isnan(number) && choices[column] == Choice::Continuous) {
             reader.Refuse(column, NotContinuous(text, reader));
         }
         scans[column].Take(field, text, number, reader);
-        return !number && choices[column] == Choice::Categorical;
+        return std::isnan(number) && choices[column] == Choice::Categorical;
     };
     if (open.empty()) return scans;
     while (reader.Next()) {
         open.erase(std::remove_if(open.begin(), open.end(), isKnown), open.end());
-        if (IsEmptyRow(reader.Fields()) && settled.emptyRows++ == 0) {
+        if (reader.Field(0).empty() && IsEmptyRow(reader.Fields()) && settled.emptyRows++ == 0) {
             settled.firstEmptyRow = {reader.FileName(), reader.RowLine()};
         }
     }

@@ -27,12 +27,12 @@ ShownCell CellAt(const CsvReader* reader, std::string_view text) {
 ColumnScan::ColumnScan(std::size_t distinctLimit)
     : mDistinctLimit(distinctLimit), mDistinct(std::min(distinctLimit, kLimitOfNumbers)) {}
 
-void ColumnScan::Take(std::string_view field, std::string_view text, std::optional<double> number,
+void ColumnScan::Take(std::string_view field, std::string_view text, double number,
                       const CsvReader& reader) {
     ++mFacts.present;
-    if (number) {
-        mMoments.AddValue(*number);
-        if (mDistinct.Add(*number)) TakeNumber(*number);
+    if (!std::isnan(number)) {
+        mMoments.AddValue(number);
+        if (mDistinct.Add(number)) TakeNumber(number);
         if (reader.Delimiter() == ';' && mHasNoOtherPoints) TakePoint(text);
     } else {
         TakeText(text, 1, &reader);

@@ -62,8 +62,8 @@ public:
     explicit ColumnScan(std::size_t distinctLimit);
 
     /// Takes a cell of the reader's row that is not missing: `field` as it stands, `text` without
-    /// the blanks around it, and the number that it is.
-    void Take(std::string_view field, std::string_view text, std::optional<double> number,
+    /// the blanks around it, and the number that it is, or a NaN.
+    void Take(std::string_view field, std::string_view text, double number,
               const CsvReader& reader);
 
     /// Takes so many equal values of a table that are not missing, which stand on no line.
