@@ -1,8 +1,8 @@
 // Files of any bytes, up to three read as one, beside a plainer reader of all of it at once: the
 // same rows on the same lines, and the first bad one, or a file of another format, refused by both.
-// After a rewind they are read once more in pieces so small that they end anywhere; the first byte of
-// the input tells how small, the second the delimiter, if it is given. The ASCII separator of files
-// stands between files.
+// After a rewind they are read once more in pieces so small that they end anywhere; the first byte
+// of the input tells how small, the second the delimiter, if it is given. The ASCII separator of
+// files stands between files.
 
 #include <algorithm>
 #include <array>
