@@ -60,8 +60,9 @@ Accumulators::Accumulators(const std::vector<int>& varIndex,
     for (Columns* columns : {&mContinuous, &mCategorical}) {
         const std::vector<std::size_t>& positions = columns->positions;
         const std::size_t count = positions.size();
-        if (count >= kGroup && positions.back() - positions.front() + 1 == count)
+        if (count >= kGroup && positions.back() - positions.front() + 1 == count) {
             columns->neighbours = count;
+        }
     }
     mCategorical.first = kGroup * mContinuous.Groups();
     mStride = mCategorical.first + kGroup * mCategorical.Groups();
@@ -96,8 +97,9 @@ void Accumulators::TakeCutPoints(const std::vector<std::vector<double>>& cutPoin
             continue;
         }
         if (mShortLists.empty() || mShortLists.back().group != group) {
-            mShortLists.push_back({group, {}});
+            mShortLists.push_back({group, {}, {}});
         }
+        mShortLists.back().sizes[i % kGroup] = list.size();
         std::vector<CutPointCounts>& parts = mShortLists.back().parts;
         for (std::size_t j = 0; j < list.size(); ++j) {
             if (j / kCutPointsAtOnce == parts.size()) parts.push_back(none);
@@ -212,13 +214,11 @@ void Accumulators::StoreSummaries(std::vector<VarSummary>& summaries,
 }
 
 // Above a cut point lie the values of all bins right of it.
-std::vector<double> Accumulators::BinsOf(std::size_t variable, const ShortLists& lists,
-                                         std::size_t cutPoints) const {
-    const std::size_t lane = variable % kGroup;
+std::vector<double> Accumulators::BinsOf(const ShortLists& lists, std::size_t lane) const {
     const auto missing = static_cast<std::uint64_t>(lists.parts[0].missing.lanes[lane]);
     std::vector<double> bins;
     std::uint64_t left = mFolded - missing;
-    for (std::size_t j = 0; j < cutPoints; ++j) {
+    for (std::size_t j = 0; j < lists.sizes[lane]; ++j) {
         const CutPointCounts& part = lists.parts[j / kCutPointsAtOnce];
         auto above = static_cast<std::uint64_t>(part.above[j % kCutPointsAtOnce].lanes[lane]);
         if (part.cutPoints[j % kCutPointsAtOnce].lanes[lane] < MCMV::Missing()) above -= missing;
@@ -231,13 +231,9 @@ std::vector<double> Accumulators::BinsOf(std::size_t variable, const ShortLists&
 
 void Accumulators::StoreBins(std::vector<std::vector<double>>& frequencies) const {
     for (const ShortLists& lists : mShortLists) {
-        for (std::size_t i = kGroup * lists.group;
-             i < std::min(kGroup * (lists.group + 1), mContinuous.slots.size()); ++i) {
-            std::vector<double>& stored = frequencies[mContinuous.slots[i]];
-            const std::size_t bins = stored.size();
-            if (bins > 1 && bins - 1 <= kCutPointsAtOnce * lists.parts.size()) {
-                stored = BinsOf(i, lists, bins - 1);
-            }
+        for (std::size_t lane = 0; lane < kGroup; ++lane) {
+            if (lists.sizes[lane] == 0) continue;
+            frequencies[mContinuous.slots[kGroup * lists.group + lane]] = BinsOf(lists, lane);
         }
     }
     for (const LongList& list : mLongLists) {

@@ -2,18 +2,24 @@
 
 #include "accredit/diststats/internal/BlockFold.h"
 
-#include <cstdlib>
+#include <atomic>
 
 namespace MADetail {
 
+namespace {
+
+std::atomic<const BlockFold*> gInUse = nullptr;
+
+}  // namespace
+
 const BlockFold& WidestBlockFold(std::size_t lanes) {
 #ifdef __x86_64__
+    const bool hasFour = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
     if (lanes >= kFoldEight.lanes && __builtin_cpu_supports("avx512f") &&
-        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")) {
+        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") && hasFour) {
         return kFoldEight;
     }
-    if (lanes >= kFoldFour.lanes && __builtin_cpu_supports("avx2") &&
-        __builtin_cpu_supports("fma")) {
+    if (lanes >= kFoldFour.lanes && hasFour) {
         return kFoldFour;
     }
 #endif
@@ -21,11 +27,10 @@ const BlockFold& WidestBlockFold(std::size_t lanes) {
 }
 
 const BlockFold& BlockFoldInUse() {
-    static const BlockFold& inUse = []() -> const BlockFold& {
-        const char* const asked = std::getenv("ACCREDIT_LANES");
-        return WidestBlockFold(asked ? std::strtoul(asked, nullptr, 10) : kGroup);
-    }();
-    return inUse;
+    if (gInUse == nullptr) gInUse = &WidestBlockFold(kGroup);
+    return *gInUse;
 }
+
+void UseBlockFold(const BlockFold& fold) { gInUse = &fold; }
 
 }  // namespace MADetail

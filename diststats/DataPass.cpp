@@ -45,6 +45,7 @@ MCStatus MADistStatsImp::MakeADataPass(const MCVarList& varList, MultiPassRecord
         }
     }
     mPass = nullptr;
+    if (!status.IsOK()) return status;
     pass.Finish();
     if (updateSummaries) pass.StoreSummaries(mSummaries, mFrequencies);
     if (updateBins) pass.StoreBins(mFrequencies);

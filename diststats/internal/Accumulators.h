@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -14,9 +15,8 @@ namespace MADetail {
 enum class Gathered { Summaries, Bins, SummariesAndBins };
 
 /// What one pass over the records gathers, laid out for speed: records are copied into a block, and
-/// when it is full its variables are gone through several at a time, without a branch that depends
-/// on a value. It gives to the last bit what VarSummary::AddValue gives for one value after the
-/// other.
+/// when it is full its variables are gone through several at a time. It gives to the last bit what
+/// VarSummary::AddValue gives for one value after the other.
 class Accumulators {
 public:
     /// Of each slot the position of its value in a record, whether it is categorical (1) or
@@ -83,6 +83,7 @@ private:
     // The lists of a group's variables, as many parts as the longest one has.
     struct ShortLists {
         std::size_t group;
+        std::array<std::size_t, kGroup> sizes;  // 0 of a variable without a short list
         std::vector<CutPointCounts> parts;
     };
 
@@ -96,8 +97,7 @@ private:
         return reinterpret_cast<double*>(mBlock.data()) + record * mStride;
     }
     void TakeCutPoints(const std::vector<std::vector<double>>& cutPoints);
-    std::vector<double> BinsOf(std::size_t variable, const ShortLists& lists,
-                               std::size_t cutPoints) const;
+    std::vector<double> BinsOf(const ShortLists& lists, std::size_t lane) const;
     bool StartMoments(std::size_t variable);
     void CountManyCodes();
     void CountLongLists();

@@ -22,6 +22,9 @@ namespace {
 
 constexpr std::size_t kLanes = ACCREDIT_LANES;
 constexpr bool kHasMultiplyAdd = kLanes > 2;
+// Not asked for in the functions below, because without optimisation each would call an inline
+// function that is not this source's own.
+constexpr double kMissing = MCMV::Missing();
 
 // Doubles that are reckoned with at once, one for each of kLanes variables. Every lane is rounded
 // as a double by itself is. They lie in the memory of groups and blocks.
@@ -98,21 +101,24 @@ struct Cases {
     Lanes n, reciprocal, share;
 };
 
-// x / n, where `reciprocal` is 1 / n, rounded. If not divided, x r is corrected by its remainder.
+// x / n for a whole number n, where `reciprocal` is 1 / n, rounded. If not divided, the product of
+// the two is corrected by its remainder.
 //
-// Let u = 2^-53, q = x / n, r = (1 + d1) / n, and q0 = x r (1 + d2), where neither d1 nor d2 is
-// more than u. Then q0 is off q by at most |q| (2 u + u^2). The remainder e = x - n q0 is a whole
-// multiple of the last place of q0, and fewer than 2^53 of them while n is at most 2^50, so the
-// first fused multiply-add gives it exactly. q0 + e r is q + (q - q0) d1, off q by at most |q| (2
-// u^2 + u^3), and the second one rounds that once. It gives q, rounded, unless a number m halfway
-// between two doubles lies between the two. None does. Let q be in [1, 2); then no m below 1 or
-// above 2 is near enough, and one in between is a whole multiple of u. So is x = n q, because it is
-// not below 1, and so is n (q - m). That is not 0: m has 54 binary digits, n m has no fewer, and x
-// has 53. So m is off q by at least u / n, which is more than the 4 u^2 + 2 u^3 above while n is at
-// most 2^50. All other q are such a one times a power of two, as long as nothing on the way is
-// below the normal numbers, and it is not if x is 0 or at least 2^-500. Where x is 0, the sign of
-// the quotient may be another, which does not show in a sum with a mean that is never -0. Where x
-// is infinite or a NaN, so is e.
+// Let x be positive; the signs of all that follows change with its own. Let u = 2^-53, q = x / n,
+// r = (1 + d1) / n, and q0 = x r (1 + d2), where neither d1 nor d2 is more than u. Then q0 is off q
+// by at most q (2 u + u^2). The remainder e = x - n q0 is a whole multiple of the last place of q0,
+// as x is because q0 is not above it, and as n q0 is because n is whole. It is fewer than 2^53 of
+// them while n is at most 2^50, so the first fused multiply-add gives it exactly. q0 + e r is q +
+// (q - q0) d1, off q by at most q (2 u^2 + u^3), and the second one rounds that once. It gives q,
+// rounded, unless a number m halfway between two doubles lies between the two or is one of them.
+// None does. Let q be in [1, 2); then no m below 1 or above 2 is near enough, and one in between is
+// a whole multiple of u. So is x = n q, because it is not below 1, and so is n (q - m). That is not
+// 0: m has 54 binary digits, n m has no fewer, and x has 53. So m is off q by at least u / n, which
+// is more than the 4 u^2 + 2 u^3 above while n is at most 2^50. All other q are such a one times a
+// power of two, as long as nothing on the way is below the normal numbers, and nothing is if x is
+// at least 2^-500. Nothing is larger than x. Where x is 0 the sign of the quotient may be another,
+// which does not show in a sum with a mean that is never -0. Where x is infinite or a NaN, e is a
+// NaN.
 template <Quotients how>
 inline Lanes Quotient(Lanes x, Lanes n, [[maybe_unused]] Lanes reciprocal) {
 #if ACCREDIT_LANES > 2
@@ -159,9 +165,9 @@ inline void FoldRecord(Slice& slice, Lanes x, const Cases& records) {
         slice.mean += Quotient<how>(d, records.n, records.reciprocal);
         slice.squares += records.share * square;
     } else {
-        const LaneMask absent = x == All(MCMV::Missing());
+        const LaneMask absent = x == All(kMissing);
         const Lanes n = slice.count + 1.0;
-        const Lanes reciprocal = how == Quotients::Corrected ? 1.0 / n : n;
+        const Lanes reciprocal = how == Quotients::Corrected ? 1.0 / n : Lanes{};  // else not used
         // Adding these 0 changes nothing: neither the mean nor the squares are ever -0.
         slice.mean += Quotient<how>(absent ? Lanes{} : d, n, reciprocal);
         slice.squares += Quotient<how>(slice.count, n, reciprocal) * (absent ? Lanes{} : square);
@@ -172,22 +178,19 @@ inline void FoldRecord(Slice& slice, Lanes x, const Cases& records) {
     slice.max = x > slice.max ? x : slice.max;
 }
 
-// Whether a way other than division cannot be relied on, see Quotients. A variable whose values are
-// all the same has differences of 0 only, behind the first value, which is divided by 1.
-template <Quotients how>
-inline bool IsInexact(const Slice& slice) {
-    LaneMask bad = (slice.leastSquare < All(kTinySquare)) & (slice.min != slice.max);
-    bad |= IsNaN(slice.mean);
-    // A missing value was the least of all, or infinity and NaN have made the mean a NaN.
-    if (how == Quotients::OfTheRecords) bad |= ~(slice.min > All(MCMV::Missing()));
-    return Any(bad);
+// Where the quotients cannot be relied on, see Quotient. A variable whose values are all the same
+// has differences of 0 only, behind the first value, which is divided by 1.
+inline LaneMask IsInexact(const Slice& slice) {
+    return ((slice.leastSquare < All(kTinySquare)) & (slice.min != slice.max)) | IsNaN(slice.mean);
 }
 
-// Folds the block into the moments of kGroups groups that stand side by side. False, and nothing
-// has changed, if this way cannot do that.
+enum class Outcome { Folded, MissesValues, IsInexact };
+
+// Folds the block into the moments of kGroups groups that stand side by side. Nothing has changed
+// if this way cannot do that.
 template <Quotients how, std::size_t kGroups>
-inline bool Fold(const Block& block, std::size_t column, Moments* groups,
-                 const CasesOfRecords& cases) {
+inline Outcome Fold(const Block& block, std::size_t column, Moments* groups,
+                    const CasesOfRecords& cases) {
     constexpr std::size_t kSlices = kGroups * kGroup / kLanes;
     Slice slices[kSlices];
     for (std::size_t i = 0; i < kSlices; ++i) {
@@ -207,10 +210,16 @@ inline bool Fold(const Block& block, std::size_t column, Moments* groups,
             FoldRecord<how>(slices[i], ValuesAt(block, record, column + i * kLanes), records);
         }
     }
+    LaneMask missesValues = {};
+    LaneMask isInexact = {};
     for (Slice& slice : slices) {
-        if (how != Quotients::Divided && IsInexact<how>(slice)) return false;
+        // The missing value is the least of all but -infinity.
+        missesValues |= ~(slice.min > All(kMissing));
+        isInexact |= IsInexact(slice);
         if (how == Quotients::OfTheRecords) slice.count += static_cast<double>(block.records);
     }
+    if (how == Quotients::OfTheRecords && Any(missesValues)) return Outcome::MissesValues;
+    if (how != Quotients::Divided && kHasMultiplyAdd && Any(isInexact)) return Outcome::IsInexact;
     for (std::size_t i = 0; i < kSlices; ++i) {
         Moments& group = groups[i * kLanes / kGroup];
         const std::size_t lane = i * kLanes % kGroup;
@@ -220,28 +229,31 @@ inline bool Fold(const Block& block, std::size_t column, Moments* groups,
         LanesAt(group.mean.lanes + lane) = slices[i].mean;
         LanesAt(group.squares.lanes + lane) = slices[i].squares;
     }
-    return true;
+    return Outcome::Folded;
 }
 
 template <std::size_t kGroups>
 inline void FoldGroups(const Block& block, std::size_t column, Moments* groups,
                        const CasesOfRecords& cases) {
-    LaneMask differ = {};
-    LaneMask bad = {};
+    LaneMask missedValues = {};
+    LaneMask isNaN = {};
     for (std::size_t i = 0; i < kGroups * kGroup; i += kLanes) {
         Moments& group = groups[i / kGroup];
-        differ |= LanesAt(group.count.lanes + i % kGroup) != All(block.recordsBefore);
-        bad |= IsNaN(LanesAt(group.mean.lanes + i % kGroup));
+        missedValues |= LanesAt(group.count.lanes + i % kGroup) != All(block.recordsBefore);
+        isNaN |= IsNaN(LanesAt(group.mean.lanes + i % kGroup));
     }
-    if (!Any(bad) && block.recordsBefore < kMostCorrected - kBlockRecords) {
-        if (!Any(differ) && Fold<Quotients::OfTheRecords, kGroups>(block, column, groups, cases)) {
-            return;
-        }
-        if (kHasMultiplyAdd && Fold<Quotients::Corrected, kGroups>(block, column, groups, cases)) {
-            return;
-        }
+    // A mean that is a NaN stays one, so that nothing else need be tried.
+    const bool mayBeCorrected = block.recordsBefore < kMostCorrected - kBlockRecords && !Any(isNaN);
+    Outcome outcome = Outcome::MissesValues;
+    if (mayBeCorrected && !Any(missedValues)) {
+        outcome = Fold<Quotients::OfTheRecords, kGroups>(block, column, groups, cases);
     }
-    Fold<Quotients::Divided, kGroups>(block, column, groups, cases);
+    if (kHasMultiplyAdd && mayBeCorrected && outcome == Outcome::MissesValues) {
+        outcome = Fold<Quotients::Corrected, kGroups>(block, column, groups, cases);
+    }
+    if (outcome != Outcome::Folded) {
+        Fold<Quotients::Divided, kGroups>(block, column, groups, cases);
+    }
 }
 
 // A difference must wait for the mean of the record before, so as many groups as the registers hold
@@ -269,7 +281,7 @@ void CountAbove(const Block& block, std::size_t column, CutPointCounts* counts) 
         LaneMask missing = CountsAt(counts->missing.lanes + lane);
         for (std::size_t record = 0; record < block.records; ++record) {
             const Lanes x = ValuesAt(block, record, column + lane);
-            missing -= x == All(MCMV::Missing());
+            missing -= x == All(kMissing);
             for (std::size_t i = 0; i < kCutPointsAtOnce; ++i) {
                 above[i] = CountBelow(above[i], cutPoints[i], x);
             }

@@ -43,7 +43,7 @@ struct Block {
     const double* values = nullptr;
     std::size_t stride = 0;
     std::size_t records = 0;     ///< 1 to kBlockRecords.
-    double recordsBefore = 0.0;  ///< Of the whole pass.
+    double recordsBefore = 0.0;  ///< Records of the pass before this block.
 };
 
 /// The running moments of a group of variables. A variable that has no value yet has the missing
@@ -96,8 +96,10 @@ extern const BlockFold kFoldEight;
 /// The widest one that this processor can run, of at most so many lanes.
 const BlockFold& WidestBlockFold(std::size_t lanes);
 
-/// The one that is in use: the widest, unless the environment variable ACCREDIT_LANES asks for at
-/// most 4 or 2 lanes. All give the same bits.
+/// The one that is in use: the widest of all. All give the same bits.
 const BlockFold& BlockFoldInUse();
+
+/// Has another one used by whatever begins from now on, in all threads; for tests.
+void UseBlockFold(const BlockFold& fold);
 
 }  // namespace MADetail

@@ -22,7 +22,7 @@ void ExpectQuotients(const BlockFold& fold, const GroupOfDoubles& x, double n,
         moments.count.lanes[i] = n - 1.0;
         moments.min.lanes[i] = moments.max.lanes[i] = 1.0;
     }
-    const Block block{x.lanes, kGroup, 1, isOfTheRecords ? n - 1.0 : 0.0};
+    const Block block{x.lanes, kGroup, 1, isOfTheRecords ? n - 1.0 : n};
     fold.foldMoments(block, 0, &moments, 1);
     for (std::size_t i = 0; i < kGroup; ++i) {
         // A sum with 0 has no -0.
@@ -68,7 +68,7 @@ TEST(BlockFold, DividesAsADivisionRounds) {
         std::mt19937_64 random(7);
         for (std::uint64_t round = 0; round < rounds; ++round) {
             const double n = 1.0 + std::floor(std::ldexp(static_cast<double>(random() >> 11),
-                                                         -static_cast<int>(random() % 53)));
+                                                         -3 - static_cast<int>(random() % 50)));
             // All numbers have one size, so that not all are divided for the sake of one; some are
             // at the ends of what is corrected.
             const int size = round % 8 == 0 ? static_cast<int>(random() % 2100) - 1070 : 0;
@@ -87,9 +87,23 @@ TEST(BlockFold, IsTheWidestThatIsAskedFor) {
         EXPECT_LE(WidestBlockFold(lanes).lanes, lanes < 2 ? 2 : lanes);
     }
 #ifdef __x86_64__
-    EXPECT_EQ(WidestBlockFold(4).lanes == 4,
-              __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"));
+    const bool hasFour = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    EXPECT_EQ(WidestBlockFold(4).lanes, hasFour ? 4 : 2);
+    EXPECT_EQ(WidestBlockFold(8).lanes == 8, hasFour && __builtin_cpu_supports("avx512f") &&
+                                                 __builtin_cpu_supports("avx512dq") &&
+                                                 __builtin_cpu_supports("avx512vl"));
 #endif
 }
+
+// All tests of this program have registers of at most so many doubles, if the environment says so.
+class RegistersThatAreAskedFor : public testing::Environment {
+public:
+    void SetUp() override {
+        const char* const asked = std::getenv("ACCREDIT_LANES");
+        if (asked) UseBlockFold(WidestBlockFold(std::strtoul(asked, nullptr, 10)));
+    }
+};
+
+const auto* const gRegisters = testing::AddGlobalTestEnvironment(new RegistersThatAreAskedFor);
 
 }  // namespace
