@@ -308,7 +308,7 @@ inline LaneCodes CodeIndex(Lanes value) {
 // last one is stored.
 void CountCodes(const Block& block, std::size_t column, CodeCounts* counts, std::size_t size) {
     for (std::size_t record = 0; record < block.records; ++record) {
-        alignas(64) std::int32_t indices[kGroup];
+        alignas(64) std::int32_t indices[kGroup] = {};
         for (std::size_t lane = 0; lane < kGroup; lane += kLanes) {
             *reinterpret_cast<LaneCodes*>(indices + lane) =
                 CodeIndex(ValuesAt(block, record, column + lane));
