@@ -19,10 +19,11 @@ namespace short_number {
 inline constexpr std::uint64_t kOnes = 0x0101010101010101U;
 inline constexpr std::uint64_t kTopBits = 0x80 * kOnes;
 
-// By what a number without and with a minus sign is divided that has so many decimals. To take the
-// sign from here is no slower where it is as often one as the other.
+// By what a number without and with a minus sign is divided, by the place of its point among eight
+// bytes; the last one of numbers without a point. To take the sign from here is no slower where it
+// is as often one as the other.
 inline constexpr std::array<std::array<double, 8>, 2> kDivisors = {
-    {{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7}, {-1e0, -1e1, -1e2, -1e3, -1e4, -1e5, -1e6, -1e7}}};
+    {{1e7, 1e6, 1e5, 1e4, 1e3, 1e2, 1e1, 1e0}, {-1e7, -1e6, -1e5, -1e4, -1e3, -1e2, -1e1, -1e0}}};
 
 // Eight bytes as a number, the first one lowest.
 inline std::uint64_t Word(const char* bytes) {
@@ -62,14 +63,14 @@ inline double ShortNumber(const char* text, std::size_t size, char point) {
     // The top bit of each byte that is no digit. A carry can only come from such a byte, to those
     // above it.
     const std::uint64_t others = ((digits + (0x80 - 10) * kOnes) | digits) & kTopBits;
-    if (others == 0) return Join(digits) * kDivisors[sign][0];
-    const auto decimals = static_cast<std::size_t>(__builtin_clzll(others)) / 8;
+    if (others == 0) return Join(digits) * kDivisors[sign][7];
+    const auto place = static_cast<std::size_t>(__builtin_ctzll(others)) / 8;
     const bool isOne = (others & (others - 1)) == 0;
-    if (!isOne || text[size - 1 - decimals] != point || size == 1) return kNoShortNumber;
+    if (!isOne || text[size + place - 8] != point || size == 1) return kNoShortNumber;
     // The digits before the point move on by its place.
     const std::uint64_t upTo = others ^ (others - 1);
     digits = (digits & ~upTo) | ((digits << 8U) & upTo);
-    return Join(digits) / kDivisors[sign][decimals];
+    return Join(digits) / kDivisors[sign][place];
 }
 
 }  // namespace app
